@@ -1,0 +1,71 @@
+// Files, standard streams and folders. Names are UTF-8 on every system; forward slashes are
+// accepted everywhere.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace vistel::platform {
+
+struct FileCloser {
+    void operator()(FILE* file) const {
+        if (file) std::fclose(file);
+    }
+};
+using FilePtr = std::unique_ptr<FILE, FileCloser>;
+
+// Opens a file as fopen does ("r", "w", "r+"), always binary. A folder is never opened: null with
+// errno EISDIR. Null with errno set on failure.
+[[nodiscard]] FILE* openFile(const std::string& name, const char* mode);
+
+// A new stream on a duplicate of the given standard descriptor (0, 1), mode as fopen; null on failure.
+[[nodiscard]] FILE* duplicateStandardStream(int descriptor, const char* mode);
+
+enum class StreamKind { regular, fifo, characterDevice, other };
+
+struct StreamStatus {
+    StreamKind kind = StreamKind::other;
+    uint64_t size = 0;  // bytes, regular files only
+};
+
+// What the stream is connected to (fstat).
+StreamStatus streamStatus(FILE* stream);
+
+// The descriptor of a stream (0 to 2 are the standard streams).
+int streamDescriptor(FILE* stream);
+
+// 64-bit position and seek; origin as fseek. seekStream returns false on failure.
+int64_t streamPosition(FILE* stream);
+[[nodiscard]] bool seekStream(FILE* stream, int64_t offset, int origin);
+
+// True when something of that name exists (file or folder).
+bool fileExists(const std::string& name);
+
+// Names in a folder, one bare name each, in the system's own order; searchDirectory and folder are
+// the two halves of the path (either may be empty; both empty means the current folder). An
+// unreadable folder gives an empty list.
+std::vector<std::string> listFolder(const std::string& searchDirectory, const std::string& folder);
+
+// Full path of the running program, with the system's own separators.
+std::string programPath();
+
+std::string currentDirectory();
+bool setCurrentDirectory(const std::string& folder);
+
+// Whether the standard stream with this descriptor is a character device (a console).
+bool isCharacterDevice(int descriptor);
+// Whether it is a terminal that a person reads.
+bool isTerminal(int descriptor);
+
+// Puts the process's standard streams into binary mode and makes binary the default of files
+// opened later (a no-operation where text mode does not exist).
+void setBinaryFileMode();
+
+// Sets the process's locale to the user's own; numbers keep the decimal point.
+void setNativeLocale();
+
+}  // namespace vistel::platform

@@ -1,0 +1,64 @@
+// Rectangles, lines and text in the current colour.
+#include <algorithm>
+#include <cstdlib>
+
+#include "platform/gl/gl_state.h"
+
+namespace vistel::platform {
+
+void setColour(uint8_t red, uint8_t green, uint8_t blue, uint8_t alpha) {
+    GLubyte* colour = drawingState().colour;
+    colour[0] = red;
+    colour[1] = green;
+    colour[2] = blue;
+    colour[3] = alpha;
+    glColor4ubv(colour);
+}
+
+void clearSurface() {
+    const GLubyte* colour = drawingState().colour;
+    glClearColor(colour[0] / 255.0F, colour[1] / 255.0F, colour[2] / 255.0F, colour[3] / 255.0F);
+    glClear(GL_COLOR_BUFFER_BIT);
+}
+
+void fillRectangle(int x0, int y0, int x1, int y1) {
+    glRectf(
+        static_cast<float>(std::min(x0, x1)) - 0.5F, static_cast<float>(std::min(y0, y1)) - 0.5F,
+        static_cast<float>(std::max(x0, x1)) + 0.5F, static_cast<float>(std::max(y0, y1)) + 0.5F);
+}
+
+// OpenGL leaves open which pixels a line takes and leaves out its last one, so a line is drawn as
+// the pixels themselves, both ends included.
+void drawLine(int x0, int y0, int x1, int y1) {
+    if (x0 == x1 || y0 == y1) return fillRectangle(x0, y0, x1, y1);
+    const int64_t across = int64_t{x1} - x0, up = int64_t{y1} - y0;
+    const int64_t steps = std::max(std::abs(across), std::abs(up));
+    glBegin(GL_POINTS);
+    for (int64_t i = 0; i <= steps; ++i) {
+        glVertex2i(static_cast<GLint>(x0 + across * i / steps),
+                   static_cast<GLint>(y0 + up * i / steps));
+    }
+    glEnd();
+}
+
+void drawCoverage(int x, int y, const TextCoverage& coverage) {
+    const int width = coverage.width, height = coverage.height;
+    if (width <= 0 || height <= 0) return;
+    DrawingState& state = drawingState();
+    if (!bindTexture(state.text, width, height, GL_ALPHA8)) return;
+    glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
+    // Coverage has its first row at the top.
+    for (int row = 0; row < height; ++row) {
+        glTexSubImage2D(GL_TEXTURE_2D, 0, 0, height - 1 - row, width, 1, GL_ALPHA, GL_UNSIGNED_BYTE,
+                        coverage.rows.data() + static_cast<size_t>(row) * width);
+    }
+    glPixelStorei(GL_UNPACK_ALIGNMENT, 4);
+    glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);
+    glEnable(GL_BLEND);
+    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+    const int bottom = y - coverage.descent;
+    drawTexture(state.text, {x, bottom, x + width, bottom + height}, width, height);
+    glDisable(GL_BLEND);
+}
+
+}  // namespace vistel::platform

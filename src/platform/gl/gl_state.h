@@ -1,0 +1,47 @@
+// The drawing state of one thread's surface, shared by the drawing routines.
+#pragma once
+
+#include <cstdint>
+
+#include "platform/gl/gl_api.h"
+#include "platform/surface.h"
+
+namespace vistel::platform {
+
+// A texture that grows to the largest rectangle drawn through it. Its sides are powers of two,
+// which every OpenGL 1.1 takes.
+struct GrowingTexture {
+    GLuint name = 0;
+    int width = 0, height = 0;
+};
+
+// Window pixels, right and top exclusive.
+struct PixelBox {
+    int left = 0, bottom = 0, right = 0, top = 0;
+    bool empty() const { return left >= right || bottom >= top; }
+};
+
+struct DrawingState {
+    bool doubleBuffered = true;
+    bool scissorTest = false;
+    PixelBox scissor;
+    int viewWidth = 0, viewHeight = 0;
+    GLubyte colour[4] = {255, 255, 255, 255};
+    int largestTexture = 0;
+    GrowingTexture picture, text, kept;
+};
+
+DrawingState& drawingState();
+
+// What can be seen of a drawing: the viewport within the scissor rectangle.
+PixelBox visibleBox();
+
+// Binds the texture and makes it at least width x height, one of `internalFormat`. False when this
+// OpenGL takes no texture of that size; then nothing is bound.
+bool bindTexture(GrowingTexture& texture, int width, int height, GLint internalFormat);
+
+// Draws the lower-left sourceWidth x sourceHeight texels of the bound texture over the box.
+void drawTexture(const GrowingTexture& texture, const PixelBox& box, int sourceWidth,
+                 int sourceHeight);
+
+}  // namespace vistel::platform

@@ -1,0 +1,60 @@
+// The desktop and the clocks as plain memory: what unit tests of the viewer use instead of a window
+// system. Time is a manual clock, the surface an array of pixels, the user a script.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "platform/window.h"
+
+namespace vistel::platform::headless {
+
+// A new desktop: no window, tick 0, screen 1280 x 1024 with a work area of the same size.
+void reset();
+
+// --- clock ---
+void setMicroseconds(uint64_t now);
+void advanceMilliseconds(uint64_t milliseconds);
+
+// --- user ---
+// Each step is handled by one pump (or wait); a step usually calls press, click, close.
+void script(std::function<void()> step);
+void press(int code);    // key down
+void release(int code);  // key up
+void type(int code);     // down and up
+void moveMouse(int x, int y);
+// The user closes the window.
+void close();
+// Called when the program waits and the script is at its end; closes the window by default, so
+// that no test can hang.
+void whenIdle(std::function<void()> action);
+
+// --- what the program did ---
+struct Image {
+    int width = 0, height = 0;
+    std::vector<uint32_t> pixels;  // rows from bottom to top
+    uint32_t at(int x, int y) const { return pixels[size_t(y) * width + x]; }
+};
+// The picture that the last swap or flush made visible.
+const Image& visibleImage();
+int presents();  // pictures made visible since reset
+const std::string& title();
+const std::vector<std::string>& titles();  // every title ever set
+PixelRect windowRect();
+bool windowOpen();
+const std::vector<std::string>& messageBoxes();
+bool menuChecked(int command);
+bool menuEnabled(int command);
+// Texts drawn since the last present became visible, with the position of their baseline start.
+struct DrawnText {
+    std::string text;
+    int x = 0, y = 0;
+};
+const std::vector<DrawnText>& visibleTexts();
+
+// Makes the next openWindow fail.
+void refuseWindow();
+
+}  // namespace vistel::platform::headless

@@ -1,0 +1,139 @@
+#include "platform/surface.h"
+
+#include <algorithm>
+
+#include "platform/headless/headless.h"
+#include "platform/headless/surface_memory.h"
+
+namespace vistel::platform {
+
+struct FontHandle {};
+
+namespace {
+
+// One pixel rectangle, right and top exclusive, bottom-left origin.
+struct Box {
+    int x0 = 0, y0 = 0, x1 = 0, y1 = 0;
+};
+
+struct MemorySurface {
+    bool exists = false;
+    bool doubleBuffered = true;
+    bool scissorTest = false;
+    Box scissor;
+    uint32_t colour = 0xFF000000;
+    headless::Image drawn, visible;
+    int presents = 0;
+    std::vector<headless::DrawnText> drawnTexts, visibleTexts;
+};
+MemorySurface surface;
+
+Box clip() {
+    const Box all{0, 0, surface.drawn.width, surface.drawn.height};
+    if (!surface.scissorTest) return all;
+    const Box& s = surface.scissor;
+    return {std::max(all.x0, s.x0), std::max(all.y0, s.y0), std::min(all.x1, s.x1),
+            std::min(all.y1, s.y1)};
+}
+
+void fill(Box box) {
+    const Box limits = clip();
+    for (int y = std::max(box.y0, limits.y0); y < std::min(box.y1, limits.y1); ++y) {
+        for (int x = std::max(box.x0, limits.x0); x < std::min(box.x1, limits.x1); ++x) {
+            surface.drawn.pixels[size_t(y) * surface.drawn.width + x] = surface.colour;
+        }
+    }
+}
+
+void present() {
+    surface.visible = surface.drawn;
+    surface.visibleTexts = std::move(surface.drawnTexts);
+    surface.drawnTexts.clear();
+    ++surface.presents;
+}
+
+std::string lastRendered;  // the text whose coverage was made last
+
+}  // namespace
+
+void memorySurfaceReset() { surface = MemorySurface{}; }
+
+void memorySurfaceResize(int width, int height) {
+    surface.drawn = {width, height, std::vector<uint32_t>(size_t(width) * height)};
+    surface.visible = surface.drawn;
+}
+
+bool createSurface() { return surface.exists = true; }
+void destroySurface() { surface.exists = false; }
+bool surfaceExists() { return surface.exists; }
+int screenColourBits() { return 24; }
+void setDoubleBuffered(bool on) { surface.doubleBuffered = on; }
+void setViewport(int, int) {}
+void setProjection(int, int) {}
+void setScissorTest(bool on) { surface.scissorTest = on; }
+void setScissor(int x, int y, int width, int height) {
+    surface.scissor = {x, y, x + width, y + height};
+}
+void setColour(uint8_t red, uint8_t green, uint8_t blue, uint8_t alpha) {
+    surface.colour = red | uint32_t{green} << 8 | uint32_t{blue} << 16 | uint32_t{alpha} << 24;
+}
+void clearSurface() { fill({0, 0, surface.drawn.width, surface.drawn.height}); }
+
+void drawPixels(int x, int y, const PixelSource& source, int zoom) {
+    const uint32_t before = surface.colour;
+    for (int r = 0; r < source.height; ++r) {
+        for (int c = 0; c < source.width; ++c) {
+            surface.colour = source.pixels[size_t(source.row + r) * source.rowLength + source.column + c];
+            fill({x + c * zoom, y + r * zoom, x + (c + 1) * zoom, y + (r + 1) * zoom});
+        }
+    }
+    surface.colour = before;
+}
+
+void fillRectangle(int x0, int y0, int x1, int y1) { fill({x0, y0, x1 + 1, y1 + 1}); }
+
+void drawLine(int x0, int y0, int x1, int y1) {
+    const int steps = std::max({std::abs(x1 - x0), std::abs(y1 - y0), 1});
+    for (int i = 0; i <= steps; ++i) {
+        const int x = x0 + (x1 - x0) * i / steps, y = y0 + (y1 - y0) * i / steps;
+        fill({x, y, x + 1, y + 1});
+    }
+}
+
+void drawCoverage(int x, int y, const TextCoverage& coverage) {
+    surface.drawnTexts.push_back({lastRendered, x, y});
+    fill({x, y, x + coverage.width, y + coverage.height - coverage.descent});
+}
+
+void readPixels(int x, int y, int width, int height, uint32_t* pixels) {
+    for (int r = 0; r < height; ++r) {
+        for (int c = 0; c < width; ++c) *pixels++ = surface.drawn.at(x + c, y + r);
+    }
+}
+
+void flushSurface() {
+    if (!surface.doubleBuffered) present();
+}
+void swapBuffers() { present(); }
+
+FontHandle* createFont(const FontRequest&) {
+    static FontHandle font;
+    return &font;
+}
+int textWidth(FontHandle*, const std::string& text) { return static_cast<int>(text.size()) * 6; }
+TextCoverage renderText(FontHandle* font, const std::string& text) {
+    lastRendered = text;
+    TextCoverage coverage{textWidth(font, text), 8, 0, {}};
+    coverage.rows.assign(size_t(coverage.width) * coverage.height, 255);
+    return coverage;
+}
+
+namespace headless {
+
+const Image& visibleImage() { return surface.visible; }
+int presents() { return surface.presents; }
+const std::vector<DrawnText>& visibleTexts() { return surface.visibleTexts; }
+
+}  // namespace headless
+
+}  // namespace vistel::platform

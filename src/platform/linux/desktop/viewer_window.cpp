@@ -1,0 +1,114 @@
+#include "platform/linux/desktop/viewer_window.h"
+
+#include <QCloseEvent>
+#include <QScreen>
+#include <QWindow>
+#include <algorithm>
+
+#include "platform/linux/desktop/menu_bar.h"
+#include "platform/linux/desktop/surface_context.h"
+
+namespace vistel::platform {
+
+namespace {
+
+constexpr int smallestWidth = 320;
+
+// A caption and its buttons, but no sizing and no maximising.
+constexpr Qt::WindowFlags withBorder = Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
+                                       Qt::WindowSystemMenuHint | Qt::WindowMinimizeButtonHint |
+                                       Qt::WindowCloseButtonHint;
+constexpr Qt::WindowFlags withoutBorder = Qt::Window | Qt::FramelessWindowHint;
+
+ViewerWindow* currentWindow = nullptr;
+WindowSink currentSink{};
+
+void sendCommand(int id) {
+    const WindowSink sink = currentSink;
+    sink.commandStarts();
+    sink.command(id);
+    sink.commandEnds();
+}
+
+void areaResized() {
+    makeSurfaceCurrent();
+    currentSink.resized();
+}
+
+void openMenuOf(char mnemonic) {
+    if (currentWindow && currentWindow->menuBar().isVisible()) {
+        openMenu(currentWindow->menuBar(), mnemonic);
+    }
+}
+
+}  // namespace
+
+ViewerWindow::ViewerWindow(const WindowSink& sink) : QWidget(nullptr, withBorder) {
+    currentWindow = this;
+    currentSink = sink;
+    menus = createMenuBar(this, sendCommand);
+    client = new GlArea(this, sink, {closeWindow, openMenuOf, areaResized});
+    client->setFocus();
+}
+
+ViewerWindow* ViewerWindow::current() { return currentWindow; }
+
+int ViewerWindow::menuHeight() const { return bordered ? menus->sizeHint().height() : 0; }
+
+void ViewerWindow::arrange() {
+    const int top = menuHeight();
+    menus->setGeometry(0, 0, width(), top);
+    client->setGeometry(0, top, width(), std::max(height() - top, 1));
+}
+
+void ViewerWindow::resizeEvent(QResizeEvent*) { arrange(); }
+
+// The flags of the native window are changed, and the widget only told: changing the widget's own
+// would create the native windows anew and take the drawing surface away.
+void ViewerWindow::showBorder(bool border) {
+    bordered = border;
+    menus->setVisible(border);
+    const Qt::WindowFlags flags = border ? withBorder : withoutBorder;
+    overrideWindowFlags(flags);
+    windowHandle()->setFlags(flags);
+}
+
+void ViewerWindow::showFullScreenState(bool full) {
+    if (full == fullScreen) return;
+    fullScreen = full;
+    windowHandle()->setWindowStates(full ? Qt::WindowFullScreen : Qt::WindowNoState);
+    // The widget is not to know: it would leave its size to the window manager, and there may be
+    // none.
+    overrideWindowState(Qt::WindowNoState);
+}
+
+void ViewerWindow::place(const PixelRect& rect, bool border, bool keepOnScreen) {
+    winId();
+    if (border != bordered || windowFlags() != (border ? withBorder : withoutBorder)) {
+        showBorder(border);
+    }
+    QRect whole(rect.left, rect.top - menuHeight(), std::max(rect.width(), smallestWidth),
+                std::max(rect.height(), 1) + menuHeight());
+    if (keepOnScreen && whole.top() < 0) whole.moveTop(0);
+    if (!border || fullScreen) showFullScreenState(!border && whole == screen()->geometry());
+    setMinimumSize(0, 0);
+    setMaximumSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);
+    setGeometry(whole);
+    setFixedSize(whole.size());
+    arrange();
+}
+
+void ViewerWindow::closeEvent(QCloseEvent* event) {
+    event->ignore();
+    closeWindow();
+}
+
+void ViewerWindow::retire() {
+    client->silence();
+    currentWindow = nullptr;
+    forgetMenuBar();
+    hide();
+    deleteLater();
+}
+
+}  // namespace vistel::platform

@@ -1,0 +1,121 @@
+#include "platform/files.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <clocale>
+#include <cstring>
+
+namespace vistel::platform {
+
+FILE* openFile(const std::string& name, const char* mode) {
+    // "e": no child process inherits the file.
+    FilePtr file(std::fopen(name.c_str(), (std::string(mode) + "e").c_str()));
+    if (!file) return nullptr;
+    struct stat status {};
+    if (fstat(fileno(file.get()), &status) == 0 && S_ISDIR(status.st_mode)) {
+        file.reset();
+        errno = EISDIR;
+    }
+    return file.release();
+}
+
+FILE* duplicateStandardStream(int descriptor, const char* mode) {
+    const int copy = fcntl(descriptor, F_DUPFD_CLOEXEC, 3);
+    if (copy < 0) return nullptr;
+    // Reading and writing is asked for, but a pipe's end or a redirected file has one direction
+    // only.
+    const int access = fcntl(copy, F_GETFL) & O_ACCMODE;
+    if (access == O_RDONLY && std::strchr(mode, '+')) mode = "r";
+    if (access == O_WRONLY && std::strchr(mode, '+')) mode = "w";
+    FILE* stream = fdopen(copy, mode);
+    if (!stream) close(copy);
+    return stream;
+}
+
+StreamStatus streamStatus(FILE* stream) {
+    struct stat status {};
+    if (!stream || fstat(fileno(stream), &status) != 0) return {};
+    if (S_ISREG(status.st_mode)) {
+        return {StreamKind::regular, static_cast<uint64_t>(status.st_size)};
+    }
+    if (S_ISFIFO(status.st_mode)) return {StreamKind::fifo};
+    if (S_ISCHR(status.st_mode)) return {StreamKind::characterDevice};
+    return {};
+}
+
+int streamDescriptor(FILE* stream) { return fileno(stream); }
+
+int64_t streamPosition(FILE* stream) { return ftello(stream); }
+
+bool seekStream(FILE* stream, int64_t offset, int origin) {
+    return fseeko(stream, static_cast<off_t>(offset), origin) == 0;
+}
+
+bool fileExists(const std::string& name) {
+    struct stat status {};
+    return stat(name.c_str(), &status) == 0;
+}
+
+std::vector<std::string> listFolder(const std::string& searchDirectory, const std::string& folder) {
+    std::string path = searchDirectory;
+    if (!path.empty()) path += '/';
+    path += folder;
+    if (path.empty()) path.push_back('.');
+    std::vector<std::string> names;
+    DIR* directory = opendir(path.c_str());
+    if (!directory) return names;
+    while (const dirent* entry = readdir(directory)) {
+        const std::string name = entry->d_name;
+        if (name != "." && name != "..") names.push_back(name);
+    }
+    closedir(directory);
+    // File systems keep no order of their own here; a fixed one makes runs repeatable.
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+std::string programPath() {
+    std::string path(256, '\0');
+    for (;;) {
+        const ssize_t length = readlink("/proc/self/exe", path.data(), path.size());
+        if (length < 0) return {};
+        if (static_cast<size_t>(length) < path.size()) {
+            path.resize(static_cast<size_t>(length));
+            return path;
+        }
+        path.resize(path.size() * 2);
+    }
+}
+
+std::string currentDirectory() {
+    std::string path(256, '\0');
+    while (!getcwd(path.data(), path.size())) {
+        if (errno != ERANGE) return {};
+        path.resize(path.size() * 2);
+    }
+    path.resize(std::strlen(path.c_str()));
+    return path;
+}
+
+bool setCurrentDirectory(const std::string& folder) { return chdir(folder.c_str()) == 0; }
+
+bool isCharacterDevice(int descriptor) {
+    struct stat status {};
+    return fstat(descriptor, &status) == 0 && S_ISCHR(status.st_mode);
+}
+
+bool isTerminal(int descriptor) { return isatty(descriptor) == 1; }
+
+void setBinaryFileMode() {}  // there is no other mode
+
+void setNativeLocale() {
+    std::setlocale(LC_ALL, "");
+    std::setlocale(LC_NUMERIC, "C");
+}
+
+}  // namespace vistel::platform

@@ -1,0 +1,50 @@
+#include "platform/linux/os/interrupts.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+
+#include "platform/process.h"
+
+namespace vistel::platform {
+
+static volatile sig_atomic_t requested = 0;
+static int wakePipe[2] = {-1, -1};
+
+extern "C" {
+// Only what a signal handler may do. The byte is never read: whoever waits on the pipe finds it
+// ready from now on.
+static void noteInterrupt(int signalNumber) {
+    const int before = errno;
+    if (requested) {
+        signal(signalNumber, SIG_DFL);
+        raise(signalNumber);
+    }
+    requested = 1;
+    [[maybe_unused]] const ssize_t written = write(wakePipe[1], "!", 1);
+    errno = before;
+}
+}
+
+void catchInterrupts() {
+    if (wakePipe[0] >= 0 || pipe2(wakePipe, O_CLOEXEC | O_NONBLOCK) != 0) return;
+    // A reader that goes away is a failed write and not the end of the program.
+    signal(SIGPIPE, SIG_IGN);
+    struct sigaction action {};
+    action.sa_handler = noteInterrupt;
+    action.sa_flags = SA_RESTART;
+    for (const int number : {SIGINT, SIGTERM}) {
+        struct sigaction present {};
+        sigaction(number, nullptr, &present);
+        // Started with the signal ignored (in the background): it stays ignored.
+        if (present.sa_handler != SIG_IGN) sigaction(number, &action, nullptr);
+    }
+}
+
+bool interruptRequested() { return requested != 0; }
+
+int interruptDescriptor() { return wakePipe[0]; }
+
+}  // namespace vistel::platform

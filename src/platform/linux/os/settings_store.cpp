@@ -1,0 +1,120 @@
+// A text file of name=value lines, one setting each, with "\n" and "\\" for the two characters that
+// a line cannot hold.
+#include "platform/settings_store.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <vector>
+
+#include "platform/files.h"
+#include "platform/process.h"
+
+namespace vistel::platform {
+
+namespace {
+
+constexpr size_t longestSetting = 259;
+
+std::string configurationFolder() {
+    const std::string chosen = environmentVariable("XDG_CONFIG_HOME").value_or("");
+    if (!chosen.empty() && chosen[0] == '/') return chosen + "/vistel";
+    const std::string home = environmentVariable("HOME").value_or("");
+    return home.empty() ? std::string{} : home + "/.config/vistel";
+}
+
+std::string escaped(const std::string& value) {
+    std::string text;
+    for (const char c : value) {
+        if (c == '\\') {
+            text += "\\\\";
+        } else if (c == '\n') {
+            text += "\\n";
+        } else {
+            text += c;
+        }
+    }
+    return text;
+}
+
+std::string unescaped(const std::string& text) {
+    std::string value;
+    for (size_t i = 0; i < text.size(); ++i) {
+        if (text[i] != '\\' || i + 1 == text.size()) {
+            value += text[i];
+        } else {
+            value += text[++i] == 'n' ? '\n' : text[i];
+        }
+    }
+    return value;
+}
+
+std::vector<std::string> readLines(const std::string& file) {
+    std::vector<std::string> lines;
+    const FilePtr stream(openFile(file, "r"));
+    if (!stream) return lines;
+    std::string line;
+    for (int c = std::getc(stream.get()); c != EOF; c = std::getc(stream.get())) {
+        if (c != '\n') {
+            line += static_cast<char>(c);
+            continue;
+        }
+        lines.push_back(line);
+        line.clear();
+    }
+    if (!line.empty()) lines.push_back(line);
+    return lines;
+}
+
+bool holds(const std::string& line, const std::string& name) {
+    return line.size() > name.size() && line[name.size()] == '=' &&
+           line.compare(0, name.size(), name) == 0;
+}
+
+void makeFolders(const std::string& path) {
+    for (size_t end = path.find('/', 1); end != std::string::npos; end = path.find('/', end + 1)) {
+        mkdir(path.substr(0, end).c_str(), 0700);
+    }
+    mkdir(path.c_str(), 0700);
+}
+
+bool writeLines(const std::string& file, const std::vector<std::string>& lines) {
+    FilePtr stream(openFile(file, "w"));
+    if (!stream) return false;
+    for (const std::string& line : lines) std::fprintf(stream.get(), "%s\n", line.c_str());
+    const bool written = std::fflush(stream.get()) == 0 && !std::ferror(stream.get()) &&
+                         fsync(fileno(stream.get())) == 0;
+    return std::fclose(stream.release()) == 0 && written;
+}
+
+}  // namespace
+
+std::optional<std::string> readSetting(const std::string& name) {
+    const std::string folder = configurationFolder();
+    if (folder.empty()) return std::nullopt;
+    for (const std::string& line : readLines(folder + "/vistel.conf")) {
+        if (!holds(line, name)) continue;
+        return unescaped(line.substr(name.size() + 1)).substr(0, longestSetting);
+    }
+    return std::nullopt;
+}
+
+void writeSetting(const std::string& name, const std::string& value) {
+    const std::string folder = configurationFolder();
+    if (folder.empty()) return;
+    makeFolders(folder);
+    const std::string file = folder + "/vistel.conf";
+    std::vector<std::string> lines = readLines(file);
+    std::erase_if(lines, [&](const std::string& line) { return holds(line, name); });
+    lines.push_back(name + "=" + escaped(value));
+    // Written beside the old file and put in its place whole: a reader never sees half of it.
+    const std::string fresh = file + "." + std::to_string(getpid());
+    if (!writeLines(fresh, lines) || rename(fresh.c_str(), file.c_str()) != 0) {
+        unlink(fresh.c_str());
+    }
+}
+
+}  // namespace vistel::platform

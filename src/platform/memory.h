@@ -1,0 +1,21 @@
+// Large zero-filled memory that costs nothing until it is used.
+#pragma once
+
+#include <cstddef>
+
+namespace vistel::platform {
+
+// Address space for `bytes` zero bytes; null when there is none. Only the parts made usable with
+// commitMemory may be touched.
+[[nodiscard]] void* reserveMemory(size_t bytes);
+
+// Makes [start, start + bytes) of a reservation usable. Committing twice is harmless and keeps the
+// contents. False when the system has no memory left.
+[[nodiscard]] bool commitMemory(void* start, size_t bytes);
+
+void releaseMemory(void* start, size_t bytes);
+
+// Bytes of physical memory of this machine; 0 when unknown.
+size_t physicalMemory();
+
+}  // namespace vistel::platform

@@ -1,0 +1,15 @@
+// Named texts that survive from run to run, per user.
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace vistel::platform {
+
+// The stored text, at most 259 bytes; none when it was never written.
+std::optional<std::string> readSetting(const std::string& name);
+
+// Stores the text; a failure is silent by design.
+void writeSetting(const std::string& name, const std::string& value);
+
+}  // namespace vistel::platform

@@ -1,0 +1,66 @@
+// The OpenGL surface of the calling thread's window. Coordinates are client pixels, origin at the
+// bottom left; image pixel (0, 0) drawn at (x, y) covers exactly window pixel (x, y).
+//
+// Pixels are 4 bytes, red in the lowest byte, then green, blue, alpha.
+//
+// Drawing goes to the back buffer when double buffering is selected, else to the window's visible
+// content. The front buffer is never read (software drivers and composited desktops cannot).
+#pragma once
+
+#include <cstdint>
+
+#include "platform/text.h"
+
+namespace vistel::platform {
+
+// Chooses a pixel format, creates the rendering context on the window and makes it current; when one
+// exists, only resets the pixel pipeline. False (after an error box) when the system refuses.
+[[nodiscard]] bool createSurface();
+void destroySurface();
+bool surfaceExists();
+
+// Colour depth of the screen in bits.
+int screenColourBits();
+
+void setDoubleBuffered(bool on);
+
+// Viewport of the whole client area.
+void setViewport(int width, int height);
+
+// Two-dimensional orthographic projection over width x height pixels whose centres are at whole
+// coordinates (from -0.5 to width - 0.5).
+void setProjection(int width, int height);
+
+void setScissorTest(bool on);
+void setScissor(int x, int y, int width, int height);
+
+void setColour(uint8_t red, uint8_t green, uint8_t blue, uint8_t alpha);
+// Clears the scissor rectangle with the current colour.
+void clearSurface();
+
+// Draws a rectangle of an image, each image pixel as a zoom x zoom block, lower-left block at (x, y).
+// `pixels` points at the whole image, rows from bottom to top, `rowLength` pixels apart; the
+// rectangle starts at (column, row) and is width x height image pixels. What the scissor hides is
+// not uploaded.
+struct PixelSource {
+    const uint32_t* pixels = nullptr;
+    int rowLength = 0;
+    int column = 0, row = 0;
+    int width = 0, height = 0;
+};
+void drawPixels(int x, int y, const PixelSource& source, int zoom);
+
+// Filled rectangle, all four edges inclusive.
+void fillRectangle(int x0, int y0, int x1, int y1);
+// One pixel wide.
+void drawLine(int x0, int y0, int x1, int y1);
+// Text coverage in the current colour, baseline start at (x, y).
+void drawCoverage(int x, int y, const TextCoverage& coverage);
+
+// Reads back what has been drawn since the last swap (rows from bottom to top, tightly packed).
+void readPixels(int x, int y, int width, int height, uint32_t* pixels);
+
+void flushSurface();
+void swapBuffers();
+
+}  // namespace vistel::platform

@@ -1,0 +1,285 @@
+// The messages of the viewer window and what becomes of them.
+#include "platform/input_event.h"
+#include "platform/surface.h"
+#include "platform/win32/desktop/native_window.h"
+#include "platform/win32/desktop/wine_cures.h"
+
+namespace vistel::platform {
+
+namespace {
+
+constexpr UINT_PTR timerId = 1;
+
+int clientHeight(HWND window) {
+    RECT client;
+    GetClientRect(window, &client);
+    return client.bottom;
+}
+
+void post(int code, unsigned value) { nativeWindow().sink.postEvent(code, value); }
+
+// --- keys ---
+
+void postKey(WPARAM virtualKey, LPARAM flags, bool down) {
+    const bool extended = (flags >> 24) & 1;
+    const int code = nativeWindow().keys.translate(static_cast<int>(virtualKey), extended, down);
+    if (code != 0) post(code, down ? 1 : 0);
+}
+
+// The character a key is named by. With Shift or Control held a key types another one, so the
+// layout's plain character counts when it has one.
+unsigned nameOfKey(int virtualKey, WPARAM typed) {
+    constexpr UINT characterBits = 0xFFFF;  // the rest marks a dead key
+    const UINT plain = MapVirtualKeyA(virtualKey, MAPVK_VK_TO_CHAR) & characterBits;
+    return plain ? plain : static_cast<unsigned>(typed);
+}
+
+void learnKey(WPARAM character) {
+    KeyTranslator& keys = nativeWindow().keys;
+    const KeyTranslator::Learned key = keys.learn(nameOfKey(keys.waiting(), character));
+    if (key.code == 0) return;
+    post(key.code, 1);
+    if (key.released) post(key.code, 0);
+}
+
+// Keys whose system meaning (switching windows, the window's menu, closing) is left to the system.
+bool isSystemsOwnKey(WPARAM virtualKey) {
+    return virtualKey == VK_TAB || virtualKey == VK_SPACE || virtualKey == VK_F4 ||
+           virtualKey == VK_F10;
+}
+
+// The letters that open the File and the View menu.
+bool isMenuMnemonic(WPARAM character) { return character == 'f' || character == 'v'; }
+
+// --- mouse ---
+
+void buttonDown(HWND window, int code) {
+    SetCapture(window);
+    post(code, 1);
+}
+
+// A release counts only where the press was seen.
+void buttonUp(HWND window, int code) {
+    if (GetCapture() != window) return;
+    ReleaseCapture();
+    post(code, 0);
+}
+
+void mouseMoved(HWND window, LPARAM position) {
+    post(EV_MOUSEX, static_cast<uint16_t>(LOWORD(position)));
+    post(EV_MOUSEY, static_cast<uint16_t>(clientHeight(window) - HIWORD(position)));
+}
+
+// --- window ---
+
+void created(HWND window) {
+    NativeWindow& native = nativeWindow();
+    native.handle = window;
+    native.device = GetDC(window);
+    wine::windowCreated(window);
+}
+
+void destroyed(HWND window) {
+    NativeWindow& native = nativeWindow();
+    KillTimer(window, timerId);
+    destroySurface();
+    if (native.device) ReleaseDC(window, native.device);
+    // A menu that is attached goes with the window.
+    if (native.menu && GetMenu(window) != native.menu) DestroyMenu(native.menu);
+    native.device = nullptr;
+    native.handle = nullptr;
+    native.menu = nullptr;
+    PostQuitMessage(0);
+}
+
+void sized(HWND window) {
+    NativeWindow& native = nativeWindow();
+    if (native.context) {
+        wine::windowSized(window);
+        wglMakeCurrent(native.device, native.context);
+        RECT client;
+        GetClientRect(window, &client);
+        setViewport(client.right, client.bottom);
+    }
+    native.sink.resized();
+}
+
+void paint(HWND window) {
+    PAINTSTRUCT painting;
+    BeginPaint(window, &painting);
+    EndPaint(window, &painting);
+    nativeWindow().sink.paint();
+}
+
+bool showOwnCursor(LPARAM hit) {
+    const HCURSOR cursor = nativeWindow().cursor;
+    if (LOWORD(hit) != HTCLIENT || !cursor) return false;
+    SetCursor(cursor);
+    return true;
+}
+
+// A maximised window is as large as the window is already.
+void limitMaximisedSize(HWND window, MINMAXINFO& limits) {
+    RECT outer;
+    GetWindowRect(window, &outer);
+    limits.ptMaxSize = {outer.right - outer.left, outer.bottom - outer.top};
+}
+
+// The window may be gone when the command returns.
+void runCommand(int id) {
+    const WindowSink sink = nativeWindow().sink;
+    sink.commandStarts();
+    sink.command(id);
+    sink.commandEnds();
+}
+
+UINT fileDialogHelpMessage() {
+    static const UINT message = RegisterWindowMessageW(L"commdlg_help");
+    return message;
+}
+
+struct Message {
+    HWND window;
+    UINT id;
+    WPARAM wide;
+    LPARAM lengthy;
+    LRESULT systemsWay() const { return DefWindowProcW(window, id, wide, lengthy); }
+};
+
+LRESULT systemKey(const Message& m) {
+    if (isSystemsOwnKey(m.wide)) return m.systemsWay();
+    postKey(m.wide, m.lengthy, m.id == WM_SYSKEYDOWN);
+    return 0;
+}
+
+LRESULT plainKey(const Message& m) {
+    postKey(m.wide, m.lengthy, m.id == WM_KEYDOWN);
+    return 0;
+}
+
+LRESULT character(const Message& m) {
+    if (m.id == WM_SYSCHAR && isMenuMnemonic(m.wide)) return m.systemsWay();
+    learnKey(m.wide);
+    return 0;
+}
+
+template <int code>
+LRESULT buttonPressed(const Message& m) {
+    buttonDown(m.window, code);
+    return 0;
+}
+
+template <int code>
+LRESULT buttonReleased(const Message& m) {
+    buttonUp(m.window, code);
+    return 0;
+}
+
+template <void (*handle)(HWND)>
+LRESULT handledThenSystem(const Message& m) {
+    handle(m.window);
+    return m.systemsWay();
+}
+
+LRESULT sizeLimits(const Message& m) {
+    const LRESULT result = m.systemsWay();
+    if (!nativeWindow().creating) {
+        limitMaximisedSize(m.window, *reinterpret_cast<MINMAXINFO*>(m.lengthy));
+    }
+    return result;
+}
+
+LRESULT painted(const Message& m) {
+    paint(m.window);
+    return 0;
+}
+
+LRESULT closed(const Message& m) {
+    DestroyWindow(m.window);
+    return 0;
+}
+
+// Everything is drawn over, so nothing need be erased.
+LRESULT erased(const Message&) { return 1; }
+
+LRESULT cursorWanted(const Message& m) { return showOwnCursor(m.lengthy) ? TRUE : m.systemsWay(); }
+
+LRESULT commandChosen(const Message& m) {
+    runCommand(LOWORD(m.wide));
+    return m.systemsWay();
+}
+
+LRESULT timerFired(const Message&) {
+    post(EV_TIMER, 1);
+    return 0;
+}
+
+LRESULT cursorMoved(const Message& m) {
+    mouseMoved(m.window, m.lengthy);
+    return m.systemsWay();
+}
+
+// Every message not listed is the system's.
+constexpr struct {
+    UINT id;
+    LRESULT (*handle)(const Message&);
+} handlers[] = {
+    {WM_CREATE, handledThenSystem<created>},
+    {WM_DESTROY, handledThenSystem<destroyed>},
+    {WM_SIZE, handledThenSystem<sized>},
+    {WM_PAINT, painted},
+    {WM_CLOSE, closed},
+    {WM_ERASEBKGND, erased},
+    {WM_SETCURSOR, cursorWanted},
+    {WM_GETMINMAXINFO, sizeLimits},
+    {WM_KEYDOWN, plainKey},
+    {WM_KEYUP, plainKey},
+    {WM_SYSKEYDOWN, systemKey},
+    {WM_SYSKEYUP, systemKey},
+    {WM_CHAR, character},
+    {WM_SYSCHAR, character},
+    {WM_COMMAND, commandChosen},
+    {WM_TIMER, timerFired},
+    {WM_MOUSEMOVE, cursorMoved},
+    {WM_LBUTTONDOWN, buttonPressed<EV_LEFTMOUSE>},
+    {WM_RBUTTONDOWN, buttonPressed<EV_RIGHTMOUSE>},
+    {WM_MBUTTONDOWN, buttonPressed<EV_MIDDLEMOUSE>},
+    {WM_LBUTTONUP, buttonReleased<EV_LEFTMOUSE>},
+    {WM_RBUTTONUP, buttonReleased<EV_RIGHTMOUSE>},
+    {WM_MBUTTONUP, buttonReleased<EV_MIDDLEMOUSE>},
+};
+
+LRESULT CALLBACK windowProcedure(HWND window, UINT id, WPARAM wide, LPARAM lengthy) {
+    const Message message{window, id, wide, lengthy};
+    for (const auto& row : handlers) {
+        if (row.id == id) return row.handle(message);
+    }
+    if (id != fileDialogHelpMessage()) return message.systemsWay();
+    showFileDialogHelp();
+    return 0;
+}
+
+}  // namespace
+
+const wchar_t* viewerWindowClass() {
+    static const wchar_t* const name = [] {
+        WNDCLASSW viewer = {};
+        viewer.style = CS_OWNDC | CS_HREDRAW | CS_VREDRAW | CS_BYTEALIGNCLIENT;
+        viewer.lpfnWndProc = windowProcedure;
+        viewer.hInstance = resourceModule();
+        viewer.hIcon = LoadIconW(resourceModule(), MAKEINTRESOURCEW(iconResource));
+        viewer.hCursor = LoadCursorA(nullptr, IDC_ARROW);
+        viewer.lpszMenuName = MAKEINTRESOURCEW(menuResource);
+        viewer.lpszClassName = L"WinGlClass";
+        return RegisterClassW(&viewer) ? viewer.lpszClassName : nullptr;
+    }();
+    return name;
+}
+
+HMODULE resourceModule() { return GetModuleHandleW(nullptr); }
+
+void startTimer(unsigned milliseconds) {
+    if (nativeWindow().handle) SetTimer(nativeWindow().handle, timerId, milliseconds, nullptr);
+}
+
+}  // namespace vistel::platform

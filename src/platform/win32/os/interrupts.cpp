@@ -1,0 +1,25 @@
+#include <atomic>
+
+#include "platform/process.h"
+#include "platform/win32/windows_api.h"
+
+namespace vistel::platform {
+
+namespace {
+
+std::atomic<bool> interrupted{false};
+
+// Runs on a thread of the system's own. FALSE hands over to the default handler, which ends the
+// process.
+BOOL WINAPI consoleHandler(DWORD event) {
+    if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) return FALSE;
+    return interrupted.exchange(true) ? FALSE : TRUE;
+}
+
+}  // namespace
+
+void catchInterrupts() { SetConsoleCtrlHandler(consoleHandler, TRUE); }
+
+bool interruptRequested() { return interrupted; }
+
+}  // namespace vistel::platform

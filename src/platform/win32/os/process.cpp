@@ -1,0 +1,58 @@
+#include "platform/process.h"
+
+#include <cstdlib>
+
+#include "platform/files.h"
+#include "platform/win32/windows_api.h"
+
+namespace vistel::platform {
+
+FILE* openPipe(const std::string& command, const char* mode) {
+    // What was printed so far must come before what the command prints.
+    std::fflush(stdout);
+    std::fflush(stderr);
+    return _popen(command.c_str(), (std::string(mode) + "b").c_str());
+}
+
+int closePipe(FILE* pipe) { return _pclose(pipe); }
+
+// The interpreter strips the outermost pair of quotes of a command that begins with one; between
+// quotes every sign but the percent sign stands for itself.
+std::string quotedCommand(const std::string& program, const std::string& argument,
+                          const std::string& furtherWords) {
+    return quotedCommand(program, "", argument, furtherWords);
+}
+
+std::string quotedCommand(const std::string& program, const std::string& leadingWords,
+                          const std::string& argument, const std::string& furtherWords) {
+    std::string command = "\"\"" + program + "\" ";
+    if (!leadingWords.empty()) command += leadingWords + " ";
+    command += "\"" + argument + "\"";
+    if (!furtherWords.empty()) command += " " + furtherWords;
+    return command + "\"";
+}
+
+std::optional<std::string> findProgram(const std::string& baseName) {
+    const std::string fileName = baseName + ".exe";
+    const std::string own = programPath();
+    const std::string beside = own.substr(0, own.find_last_of("\\/") + 1) + fileName;
+    if (fileExists(beside)) return beside;
+    char path[1017] = {};
+    char* filePart = nullptr;
+    const DWORD capacity = sizeof path - 1;
+    const DWORD length = SearchPathA(nullptr, fileName.c_str(), nullptr, capacity, path, &filePart);
+    if (length == 0 || length >= capacity) return std::nullopt;
+    return std::string(path, length);
+}
+
+std::optional<std::string> environmentVariable(const std::string& name) {
+    const char* value = std::getenv(name.c_str());
+    if (!value) return std::nullopt;
+    return std::string(value);
+}
+
+void setEnvironmentVariable(const std::string& name, const std::string& value) {
+    _putenv((name + "=" + value).c_str());
+}
+
+}  // namespace vistel::platform

@@ -1,0 +1,67 @@
+// The program at the other end of a pipe in tests: it does one small thing and ends.
+//
+//   pipe_partner bytes           writes the bytes 0 to 255, CR LF, 0 to 255
+//   pipe_partner exit STATUS     ends with this status
+//   pipe_partner sum             ends with the sum of its input, modulo 128
+//   pipe_partner variable NAME   writes the environment variable's value
+//   pipe_partner kind            writes what standard input is: regular, fifo, device or other
+//   pipe_partner WORD...         writes each word on a line of its own
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include "platform/files.h"
+#include "platform/process.h"
+
+using namespace vistel::platform;
+
+namespace {
+
+void writeAllBytes() {
+    for (int byte = 0; byte < 256; ++byte) std::putchar(byte);
+}
+
+int sumOfInput() {
+    const FilePtr input(duplicateStandardStream(0, "r+"));
+    if (!input) return 200;
+    unsigned sum = 0;
+    for (int byte; (byte = std::fgetc(input.get())) != EOF;) sum += static_cast<unsigned>(byte);
+    return static_cast<int>(sum % 128);
+}
+
+const char* inputKind() {
+    switch (streamStatus(stdin).kind) {
+        case StreamKind::regular:
+            return "regular";
+        case StreamKind::fifo:
+            return "fifo";
+        case StreamKind::characterDevice:
+            return "device";
+        case StreamKind::other:
+            break;
+    }
+    return "other";
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+    setBinaryFileMode();
+    const std::string task = count > 1 ? arguments[1] : "";
+    if (task == "bytes") {
+        writeAllBytes();
+        std::fputs("\r\n", stdout);
+        writeAllBytes();
+    } else if (task == "exit" && count > 2) {
+        return std::atoi(arguments[2]);
+    } else if (task == "sum") {
+        return sumOfInput();
+    } else if (task == "variable" && count > 2) {
+        std::fputs(environmentVariable(arguments[2]).value_or("(none)").c_str(), stdout);
+    } else if (task == "kind") {
+        std::fputs(inputKind(), stdout);
+    } else {
+        for (int i = 1; i < count; ++i) std::printf("%s\n", arguments[i]);
+    }
+    return 0;
+}
