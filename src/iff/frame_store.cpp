@@ -1,0 +1,85 @@
+#include "iff/frame_store.h"
+
+#include <algorithm>
+
+#include "platform/memory.h"
+
+namespace vistel {
+
+// Memory is made usable in blocks of this size: tiles come in rows of many, and the system has
+// large pages only for large blocks.
+static constexpr size_t usableBlock = size_t{64} << 20;
+
+template <class Pixel>
+Plane<Pixel>::~Plane() {
+    free();
+}
+
+template <class Pixel>
+bool Plane<Pixel>::allocate(size_t width, size_t height) {
+    free();
+    size_t pixels = 0, bytes = 0;
+    if (__builtin_mul_overflow(width, height, &pixels)) return false;
+    if (__builtin_mul_overflow(pixels, sizeof(Pixel), &bytes)) return false;
+    if (bytes == 0 || bytes > size_t{PTRDIFF_MAX}) return false;
+    pixels_ = static_cast<Pixel*>(platform::reserveMemory(bytes));
+    if (!pixels_) return false;
+    width_ = width;
+    height_ = height;
+    usable_.assign((bytes - 1) / usableBlock + 1, false);
+    return true;
+}
+
+template <class Pixel>
+bool Plane<Pixel>::commitRows(size_t first, size_t last) {
+    if (empty() || first > last || last >= height_) return false;
+    const size_t rowBytes = width_ * sizeof(Pixel);
+    const size_t lastBlock = ((last + 1) * rowBytes - 1) / usableBlock;
+    for (size_t block = first * rowBytes / usableBlock; block <= lastBlock; ++block) {
+        if (usable_[block]) continue;
+        const size_t from = block * usableBlock;
+        const size_t bytes = std::min(usableBlock, height_ * rowBytes - from);
+        if (!platform::commitMemory(reinterpret_cast<uint8_t*>(pixels_) + from, bytes))
+            return false;
+        usable_[block] = true;
+    }
+    return true;
+}
+
+template <class Pixel>
+bool Plane<Pixel>::commitAll() {
+    return !empty() && commitRows(0, height_ - 1);
+}
+
+template <class Pixel>
+void Plane<Pixel>::free() {
+    if (pixels_) platform::releaseMemory(pixels_, width_ * height_ * sizeof(Pixel));
+    pixels_ = nullptr;
+    width_ = height_ = 0;
+    usable_.clear();
+}
+
+template class Plane<uint32_t>;
+template class Plane<float>;
+template class Plane<uint8_t>;
+
+// size / shrink x magnify <= limit holds exactly from this shrink factor on.
+static uint64_t smallestShrink(uint32_t size, uint64_t limit, uint64_t magnify) {
+    return size / (limit / magnify + 1) + 1;
+}
+
+DisplaySize displaySize(uint32_t width, uint32_t height, const DisplayFit& fit) {
+    const uint64_t magnify = std::max<uint32_t>(fit.magnify, 1);
+    const uint64_t shrink = std::max({uint64_t{std::max<uint32_t>(fit.shrink, 1)},
+                                      smallestShrink(width, fit.maxWidth, magnify),
+                                      smallestShrink(height, fit.maxHeight, magnify)});
+    DisplaySize display;
+    display.shrink = static_cast<uint32_t>(std::min<uint64_t>(shrink, UINT32_MAX));
+    display.width = std::max<uint32_t>(width / display.shrink, 1);
+    display.height = std::max<uint32_t>(height / display.shrink, 1);
+    return display;
+}
+
+void FrameStore::clear() { *this = FrameStore(); }
+
+}  // namespace vistel

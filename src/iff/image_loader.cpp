@@ -1,0 +1,140 @@
+// The form and group handlers: which groups are walked, and what happens when an image is complete.
+
+#include "iff/image_loader.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <utility>
+
+#include "iff/image_description.h"
+#include "iff/image_parse.h"
+
+namespace vistel {
+
+static ImageParse& parseOf(IffReader& group) { return *static_cast<ImageParse*>(group.user); }
+
+static void listGroup(const IffReader& group, const ImageParse& parse) {
+    if (!parse.listing()) return;
+    const std::string line =
+        listingLine(group.depth(), group.chunkId(), group.chunkSize(), group.groupType());
+    std::fputs((line + "\n").c_str(), stdout);
+}
+
+static int walkGroup(IffReader& group, ImageParse& parse) {
+    IffReader chunks;
+    int result = group.enter(chunks);
+    if (result != iffOk) return result;
+    do {
+        result = chunks.dispatch();
+        if (result > 0) result = handleChunk(chunks, parse);
+    } while (result == iffOk);
+    // What the system says of a failure is asked for when much else has been done.
+    if (result == iffIoError && parse.systemError == 0) parse.systemError = errno;
+    chunks.leave();
+    return result == iffEndOfGroup ? iffOk : result;
+}
+
+// A plane this large is made whatever the file holds; a larger one only when the bytes of its tiles
+// can have been packed from so many pixels. The densest packets, of an image with one channel, have
+// 2 bytes for 128 pixels of 4 bytes.
+static constexpr uint64_t freePlaneBytes = uint64_t{256} << 20;
+static constexpr uint64_t densestTiles = 256;
+
+static bool promiseKept(const ImageForm& form) {
+    const uint64_t bytes =
+        uint64_t(form.frame.width) * uint64_t(form.frame.height) * sizeof(uint32_t);
+    return bytes <= std::max(freePlaneBytes, densestTiles * form.dataBytes);
+}
+
+// Whoever is given a frame may read every pixel of its planes. Colour can be shown without depth.
+static int commitPlanes(ImageForm& form) {
+    FrameStore& frame = form.frame;
+    const bool kept = promiseKept(form);
+    if (!kept || (!frame.colour.empty() && !frame.colour.commitAll())) {
+        frame.clear();
+        return iffNoMemory;
+    }
+    if (frame.z.empty() || frame.z.commitAll()) return iffOk;
+    frame.z.free();
+    return iffNoMemory;
+}
+
+// The planes of a form that has been read, complete: iffOk also when there are none.
+static int finishPlanes(ImageForm& form) {
+    if (form.blackTiles && !form.frame.hasPicture())
+        if (const int code = makeBlackPicture(form); code != iffOk) return code;
+    return form.frame.hasPicture() ? commitPlanes(form) : int{iffOk};
+}
+
+static int handOver(ImageForm& form, ImageParse& parse, int error) {
+    if (const int code = finishPlanes(form); error == iffOk) error = code;
+    if (error != iffOk && !form.frame.hasPicture()) return error;
+    parse.frame = std::move(form.frame);
+    const ImageLoadRequest& request = parse.request;
+    const int code = request.formRead ? request.formRead(request.owner, parse.frame, error) : iffOk;
+    if (error != iffOk) return error;
+    return code == iffOk && form.wanted ? iffParsingComplete : code;
+}
+
+static int readImageForm(IffReader& group, ImageParse& parse) {
+    ImageForm form;
+    form.wanted = parse.rereading();
+    ImageForm* const outer = std::exchange(parse.form, &form);
+    ++parse.openForms;
+    const int result = walkGroup(group, parse);
+    --parse.openForms;
+    parse.form = outer;
+    outer->heldForms = true;
+    // A form that only held other images is no image itself.
+    if (form.heldForms && !form.headerRead) return result;
+    return result == iffParsingComplete ? result : handOver(form, parse, result);
+}
+
+// Each image form that is open holds its planes.
+static constexpr int maxOpenForms = 4;
+
+static int handleForm(IffReader& group) {
+    ImageParse& parse = parseOf(group);
+    const ImageLoadRequest& request = parse.request;
+    listGroup(group, parse);
+    const bool tiles = group.groupType() == iffId("TBMP");
+    if (tiles && !request.loadPixels && !request.showAll) return iffBlockIgnored;
+    const bool image = group.groupType() == iffId("CIMG");
+    if (image && parse.openForms >= maxOpenForms) return iffBlockIgnored;
+    if (image && ++parse.formCount != request.wantedForm && parse.rereading())
+        return iffBlockIgnored;
+    if (group.depth() >= request.maxLevel) return iffBlockIgnored;
+    return image ? readImageForm(group, parse) : walkGroup(group, parse);
+}
+
+static bool listedAndOpen(IffReader& group) {
+    const ImageParse& parse = parseOf(group);
+    listGroup(group, parse);
+    return group.depth() < parse.request.maxLevel;
+}
+
+static int handleGroup(IffReader& group) {
+    return listedAndOpen(group) ? group.parseGroup() : iffBlockIgnored;
+}
+
+// The chunks of a property group are plain ones.
+static int handleProperties(IffReader& group) {
+    return listedAndOpen(group) ? walkGroup(group, parseOf(group)) : iffBlockIgnored;
+}
+
+static bool keepWaiting(void* user) { return static_cast<ImageParse*>(user)->goOn(); }
+
+int loadImages(const ImageLoadRequest& request, FrameStore& frame) {
+    frame.clear();
+    ImageParse parse{request, frame};
+    IffReader root;
+    root.handlers = {handleForm, handleGroup, handleGroup, handleProperties, {}};
+    root.user = &parse;
+    root.retryCount = request.waitForWriter ? -1 : 0;
+    root.keepWaiting = keepWaiting;
+    const int result = parseWholeFile(root, request.stream);
+    if (result == iffIoError && parse.systemError != 0) errno = parse.systemError;
+    return result == iffParsingComplete ? iffOk : result;
+}
+
+}  // namespace vistel

@@ -1,0 +1,308 @@
+#include "iff/image_writer.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstring>
+#include <ctime>
+#include <new>
+#include <optional>
+
+#include "iff/big_endian.h"
+#include "iff/iff_writer.h"
+#include "iff/result_codes.h"
+#include "iff/tile_codec.h"
+
+namespace vistel {
+
+static constexpr uint32_t largestTiled = 65535;  // tile rectangles are 16-bit
+
+TileSize tileSize(uint16_t width, uint16_t height) {
+    if (width > 16384) return {2048, 16};
+    if (width > 8192) return {1024, 32};
+    if (width > 4096) return {256, 64};
+    if (height > 4096) return {512, 128};
+    return {64, 64};
+}
+
+uint64_t tileCount(uint32_t width, uint32_t height, TileSize tile) {
+    return uint64_t{(width - 1) / tile.width + 1} * ((height - 1) / tile.height + 1);
+}
+
+ImageWriter::ImageWriter() = default;
+ImageWriter::~ImageWriter() { close(); }
+
+int ImageWriter::open(const std::string& name, const std::string* format) {
+    close();
+    container_ = std::make_unique<IffWriter>();
+    const int code = container_->open(name, format ? std::optional(*format) : std::nullopt);
+    if (code != iffOk) container_.reset();
+    return code;
+}
+
+int ImageWriter::openStream(FILE* stream, bool forceStream) {
+    close();
+    container_ = std::make_unique<IffWriter>();
+    const int code = container_->openStream(stream, forceStream);
+    if (code != iffOk) container_.reset();
+    return code;
+}
+
+int ImageWriter::close() {
+    if (!container_) return iffOk;
+    const int ended = inImageData() ? endImage() : iffOk;
+    const int closed = container_->close();
+    container_.reset();
+    resetImage();
+    compression_ = compressRle;
+    wideChannels_ = 0;
+    return ended != iffOk ? ended : closed;
+}
+
+void ImageWriter::resetImage() {
+    state_ = 0;
+    header_ = ImageHeader();
+    rowsWritten_ = bandRows_ = 0;
+    failure_ = iffOk;
+}
+
+bool ImageWriter::inImageData() const {
+    return container_ && container_->openType() == iffId("TBMP") && !is(imageEnded);
+}
+
+int ImageWriter::setCompression(uint32_t compression) {
+    if (!container_ || is(headerWritten) || compression > compressQrl) return iffClientError;
+    if (!container_->seekable()) return iffInvalidOnFifo;
+    compression_ = compression;
+    return iffOk;
+}
+
+int ImageWriter::setWideChannels(bool wide) {
+    if (is(headerWritten)) return iffClientError;
+    wideChannels_ = wide ? 1 : 0;
+    return iffOk;
+}
+
+int ImageWriter::writeText(const char (&id)[5], std::string_view text) {
+    return writeChunk(id, text.data(), text.size());
+}
+
+int ImageWriter::writeChunk(const char (&id)[5], const void* body, size_t size) {
+    if (!container_ || inImageData()) return iffClientError;
+    if (!iffSizeKnown(static_cast<uint32_t>(size)) || size > UINT32_MAX) return iffBadSize;
+    return container_->writeChunk(iffId(id), body, static_cast<uint32_t>(size));
+}
+
+// "Sat Nov 21 13:31:14 2026".
+static std::string dateText() {
+    const std::time_t now = std::time(nullptr);
+    const char* text = std::ctime(&now);
+    std::string date = text ? text : "";
+    while (!date.empty() && (date.back() == '\n' || date.back() == '\r')) date.pop_back();
+    return date;
+}
+
+int ImageWriter::writeHeader(uint32_t width, uint32_t height, uint32_t flags, uint16_t tiles) {
+    if (!container_ || is(headerWritten)) return iffClientError;
+    if (width == 0 || height == 0) return iffBadImageHeader;
+    if (width > largestTiled || height > largestTiled) return iffBadImageSize;
+    tile_ = tileSize(static_cast<uint16_t>(width), static_cast<uint16_t>(height));
+    const uint64_t counted = std::min<uint64_t>(tileCount(width, height, tile_), UINT16_MAX);
+    header_ = ImageHeader();
+    header_.width = width;
+    header_.height = height;
+    header_.pairFirst = container_->versionFirst;
+    header_.pairSecond = container_->versionSecond;
+    header_.flags = flags;
+    header_.wideChannels = wideChannels_;
+    header_.tiles = tiles != 0 ? tiles : static_cast<uint16_t>(counted);
+    header_.compression = compression_;
+    uint8_t bytes[ImageHeader::encodedSize];
+    encodeImageHeader(header_, bytes);
+    if (int code = writeChunk("TBHD", bytes, sizeof bytes); code != iffOk) return code;
+    state_ |= headerWritten;
+    return writeText("DATE", dateText());
+}
+
+int ImageWriter::beginImageData() {
+    if (is(imageEnded)) return iffIoAfterImageEnd;
+    if (!container_ || inImageData()) return iffClientError;
+    if (!is(headerWritten))
+        if (int code = writeHeader(header_.width, header_.height, header_.flags); code != iffOk)
+            return code;
+    if (int code = allocateBands(); code != iffOk) return code;
+    return container_->beginGroup(iffId("FOR4"), iffId("TBMP"));
+}
+
+int ImageWriter::allocateBands() {
+    const int colourBytes = header_.bytesPerPixel();
+    const auto fit = [this](Band& band, int pixelBytes) {
+        band.pixelBytes = pixelBytes;
+        band.rowBytes = size_t{header_.width} * pixelBytes;
+        band.bytes.assign(band.rowBytes * tile_.height, 0);
+    };
+    try {
+        fit(colour_, colourBytes);
+        fit(second_, header_.has(imageTwelveBit) ? colourBytes : 0);
+        fit(z_, header_.has(imageZ) ? 4 : 0);
+    } catch (const std::bad_alloc&) {
+        return iffNoMemory;
+    }
+    return iffOk;
+}
+
+// A plane pixel (red, green, blue, mask) to file order: the channels that the image has, ascending.
+// File channel c is the (3 - c)th channel of the plane pixel.
+static void packChannels(const uint32_t* pixels, uint32_t width, const TileFormat& format,
+                         uint8_t* out) {
+    for (uint32_t x = 0; x < width; ++x)
+        for (int i = 0; i < format.channelCount; ++i)
+            *out++ = static_cast<uint8_t>(pixels[x] >> (8 * (3 - format.channels[i])));
+}
+
+static void packChannels(const uint16_t* words, uint32_t width, const TileFormat& format,
+                         uint8_t* out) {
+    for (uint32_t x = 0; x < width; ++x, words += 4)
+        for (int i = 0; i < format.channelCount; ++i, out += 2)
+            writeBig16(out, words[3 - format.channels[i]]);
+}
+
+int ImageWriter::canWritePixels() const {
+    if (is(imageEnded)) return iffIoAfterImageEnd;
+    if (!is(headerWritten)) return iffNoImageHeader;
+    if (failure_ != iffOk) return failure_;
+    return inImageData() ? iffOk : iffClientError;
+}
+
+int ImageWriter::canWriteRow(bool wide, bool colour, bool z, bool second) const {
+    if (int code = canWritePixels(); code != iffOk) return code;
+    if (is(pageMode)) return iffLineIoInPageMode;
+    if (rowsWritten_ >= header_.height) return iffIoAfterImageEnd;
+    if (colour && !colour_.there()) return iffColourIoOnBlack;
+    if (second && !second_.there()) return iffNo16BitChannel;
+    if (z && !z_.there()) return iffNoZPlane;
+    const bool otherWidth = wide != (header_.wideChannels != 0);
+    return (colour || second) && otherWidth ? iffClientError : iffOk;
+}
+
+template <class Channel>
+int ImageWriter::writeRow(const Channel* colour, const float* z, const Channel* second) {
+    const bool wide = sizeof(Channel) == 2;
+    if (int code = canWriteRow(wide, colour, z, second); code != iffOk) return code;
+    const TileFormat format = colourTileFormat(header_);
+    const auto take = [&](Band& band, const Channel* pixels) {
+        if (pixels)
+            packChannels(pixels, header_.width, format, band.row(bandRows_));
+        else if (band.there())
+            std::memset(band.row(bandRows_), 0, band.rowBytes);
+    };
+    take(colour_, colour);
+    take(second_, second);
+    for (uint32_t x = 0; z_.there() && x < header_.width; ++x)
+        writeBig32(z_.row(bandRows_) + 4 * x, z ? std::bit_cast<uint32_t>(z[x]) : 0);
+    state_ |= lineMode;
+    ++rowsWritten_;
+    ++bandRows_;
+    const bool full = bandRows_ == tile_.height || rowsWritten_ == header_.height;
+    return full ? flushBand() : iffOk;
+}
+
+int ImageWriter::writeScanline(const uint32_t* colour, const float* z, const uint32_t* second) {
+    return writeRow(colour, z, second);
+}
+
+int ImageWriter::writeWideScanline(const uint16_t* colour, const float* z, const uint16_t* second) {
+    return writeRow(colour, z, second);
+}
+
+TileFormat ImageWriter::formatOf(int32_t id) const {
+    if (id != iffId("ZBUF")) return colourTileFormat(header_);
+    TileFormat format = depthTileFormat();
+    if (header_.compression == compressNone) format.compression = compressNone;
+    return format;
+}
+
+// Empties the bands whatever comes of it: the next row needs the room.
+int ImageWriter::flushBand() {
+    failure_ = writeBandTiles();
+    bandRows_ = 0;
+    return failure_;
+}
+
+int ImageWriter::writeBandTiles() {
+    TileRect rect;
+    rect.y1 = static_cast<uint16_t>(rowsWritten_ - bandRows_);
+    rect.y2 = static_cast<uint16_t>(rowsWritten_ - 1);
+    for (uint32_t x = 0; x < header_.width; x += tile_.width) {
+        rect.x1 = static_cast<uint16_t>(x);
+        rect.x2 = static_cast<uint16_t>(std::min(x + tile_.width, header_.width) - 1);
+        if (int code = writeBandTile(iffId("RGBA"), colour_, rect); code != iffOk) return code;
+        if (header_.has(imageTwelveBit))
+            if (int code = writeBandTile(iffId("RGB2"), second_, rect); code != iffOk) return code;
+        if (header_.has(imageZ))
+            if (int code = writeBandTile(iffId("ZBUF"), z_, rect); code != iffOk) return code;
+    }
+    return iffOk;
+}
+
+int ImageWriter::writeBandTile(int32_t id, Band& band, const TileRect& rect) {
+    const size_t tileRowBytes = size_t{rect.width()} * band.pixelBytes;
+    raw_.resize(tileRowBytes * rect.height());
+    for (uint32_t y = 0; band.there() && y < rect.height(); ++y)
+        std::memcpy(raw_.data() + y * tileRowBytes, band.row(y) + rect.x1 * size_t(band.pixelBytes),
+                    tileRowBytes);
+    return writeTileChunk(id, rect, raw_.data());
+}
+
+int ImageWriter::writeTileChunk(int32_t id, const TileRect& rect, const uint8_t* raw) {
+    const TileFormat format = formatOf(id);
+    const uint64_t rawSize = rawTileSize(format, rect);
+    if (rawSize > INT32_MAX - 8) return iffBadSize;
+    const size_t packedSize = encodeTile(format, rect, raw, packed_);
+    const size_t size = packedSize != 0 ? packedSize : static_cast<size_t>(rawSize);
+    uint8_t corners[8];
+    writeBig16(corners, rect.x1);
+    writeBig16(corners + 2, rect.y1);
+    writeBig16(corners + 4, rect.x2);
+    writeBig16(corners + 6, rect.y2);
+    int code = container_->beginChunk(id, static_cast<uint32_t>(8 + size));
+    if (code == iffOk) code = container_->write(corners, sizeof corners);
+    if (code == iffOk && size > 0)
+        code = container_->write(packedSize ? packed_.data() : raw, size);
+    return code == iffOk ? container_->endChunk() : code;
+}
+
+int ImageWriter::writeTile(const char (&id)[5], const TileRect& rect, const uint8_t* raw) {
+    if (int code = canWritePixels(); code != iffOk) return code;
+    if (is(lineMode)) return iffPageIoInScanlineMode;
+    if (int code = checkTileRect(rect, header_); code != iffOk) return code;
+    const int32_t kind = iffId(id);
+    const bool known = kind == iffId("RGBA") || kind == iffId("RGB2") || kind == iffId("ZBUF");
+    if (!known) return iffClientError;
+    if (kind == iffId("ZBUF") && !header_.has(imageZ)) return iffNoZPlane;
+    if (kind == iffId("RGB2") && !header_.has(imageTwelveBit)) return iffNo16BitChannel;
+    state_ |= pageMode;
+    failure_ = writeTileChunk(kind, rect, raw);
+    return failure_;
+}
+
+int ImageWriter::endImage() {
+    if (is(imageEnded)) return iffOk;
+    if (!inImageData()) return iffClientError;
+    int code = bandRows_ > 0 ? flushBand() : failure_;
+    const bool partial = !is(pageMode) && rowsWritten_ < header_.height;
+    if (code == iffOk && partial) code = iffPartialImageIo;
+    const int ended = container_->endGroup();
+    state_ |= imageEnded;
+    return code != iffOk ? code : ended;
+}
+
+int ImageWriter::nextImage() {
+    if (!container_) return iffClientError;
+    if (inImageData())
+        if (int code = endImage(); code != iffOk) return code;
+    if (int code = container_->endGroup(); code != iffOk) return code;
+    resetImage();
+    return container_->beginGroup(iffId("FOR4"), iffId("CIMG"));
+}
+
+}  // namespace vistel

@@ -1,0 +1,117 @@
+#include "iff/tile_kernels.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "iff/big_endian.h"
+#include "platform/process.h"
+
+namespace vistel {
+
+static uint32_t packBytes(uint8_t b0, uint8_t b1, uint8_t b2, uint8_t b3) {
+    return b0 | uint32_t{b1} << 8 | uint32_t{b2} << 16 | uint32_t{b3} << 24;
+}
+
+static size_t unpackRleScalar(const uint8_t*& data, const uint8_t* end, uint8_t* values,
+                              size_t count) {
+    size_t done = 0;
+    while (done < count && end - data >= 2) {
+        const size_t length = (data[0] & 127u) + 1;
+        if (length > count - done) break;
+        if (data[0] >= 128) {
+            std::memset(values + done, data[1], length);
+            data += 2;
+            done += length;
+            continue;
+        }
+        ++data;
+        const size_t there = std::min(length, static_cast<size_t>(end - data));
+        std::memcpy(values + done, data, there);
+        data += there;
+        done += there;
+    }
+    return done;
+}
+
+static size_t unpackQrlScalar(const uint8_t*& data, const uint8_t* end, uint8_t* const planes[3],
+                              size_t count) {
+    size_t done = 0;
+    while (done < count && end - data >= 4) {
+        const size_t length = (data[0] & 127u) + 1;
+        if (length > count - done) break;
+        const bool repeat = data[0] >= 128;
+        ++data;
+        const size_t there = repeat ? length : std::min(length, size_t(end - data) / 3);
+        for (size_t i = 0; i < there; ++i)
+            for (size_t k = 0; k < 3; ++k) planes[k][done + i] = data[(repeat ? 0 : 3 * i) + k];
+        data += repeat ? 3 : 3 * there;
+        done += there;
+        if (there < length) break;
+    }
+    return done;
+}
+
+static void interleaveScalar(uint32_t* pixels, const uint8_t* const bytes[4], size_t count) {
+    for (size_t i = 0; i < count; ++i)
+        pixels[i] = packBytes(bytes[0][i], bytes[1][i], bytes[2][i], bytes[3][i]);
+}
+
+static void reverse4Scalar(uint32_t* pixels, const uint8_t* source, size_t count) {
+    for (size_t i = 0; i < count; ++i) pixels[i] = readBig32(source + 4 * i);
+}
+
+static void reverse3Scalar(uint32_t* pixels, const uint8_t* source, size_t count) {
+    for (size_t i = 0; i < count; ++i, source += 3)
+        pixels[i] = packBytes(source[2], source[1], source[0], 255);
+}
+
+const TileKernels& scalarTileKernels() {
+    static const TileKernels kernels{"scalar",         unpackRleScalar, unpackQrlScalar,
+                                     interleaveScalar, reverse4Scalar,  reverse3Scalar};
+    return kernels;
+}
+
+const TileKernels& tileKernels() {
+    static const TileKernels& chosen = []() -> const TileKernels& {
+        if (platform::environmentVariable("VISTEL_SCALAR").value_or("") == "1")
+            return scalarTileKernels();
+        if (const TileKernels* fast = avx2TileKernels()) return *fast;
+        if (const TileKernels* fast = sse2TileKernels()) return *fast;
+        return scalarTileKernels();
+    }();
+    return chosen;
+}
+
+bool skipRle(const uint8_t*& data, const uint8_t* end, size_t count) {
+    while (count > 0) {
+        if (end - data < 2) return false;
+        const size_t length = (data[0] & 127u) + 1;
+        const size_t bytes = data[0] >= 128 ? 2 : 1 + length;
+        if (length > count || bytes > static_cast<size_t>(end - data)) return false;
+        data += bytes;
+        count -= length;
+    }
+    return true;
+}
+
+void interleaveNearest(uint32_t* pixels, const uint8_t* const bytes[4], size_t count, size_t step) {
+    for (size_t i = 0, x = 0; i < count; ++i, x += step)
+        pixels[i] = packBytes(bytes[0][x], bytes[1][x], bytes[2][x], bytes[3][x]);
+}
+
+void gatherPixels(uint32_t* pixels, const uint8_t* source, size_t count, size_t stride,
+                  const PixelRecipe& recipe) {
+    // A fixed byte is read from the recipe itself, with a step of nothing.
+    const uint8_t* from[4];
+    size_t step[4];
+    for (int k = 0; k < 4; ++k) {
+        const bool moving = recipe.offset[k] >= 0;
+        from[k] = moving ? source + recipe.offset[k] : &recipe.fixed[k];
+        step[k] = moving ? stride : 0;
+    }
+    for (size_t i = 0; i < count; ++i)
+        pixels[i] = packBytes(from[0][i * step[0]], from[1][i * step[1]], from[2][i * step[2]],
+                              from[3][i * step[3]]);
+}
+
+}  // namespace vistel

@@ -1,0 +1,223 @@
+// The fast kernels against the scalar reference.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+#include <vector>
+
+#include "iff/tile_kernels.h"
+
+namespace vistel {
+namespace {
+
+constexpr uint8_t guard = 0xA7;
+
+std::vector<const TileKernels*> fastKernels() {
+    std::vector<const TileKernels*> kernels;
+    for (const TileKernels* fast : {sse2TileKernels(), avx2TileKernels()})
+        if (fast) kernels.push_back(fast);
+    return kernels;
+}
+
+class KernelTest : public testing::Test {
+ protected:
+    KernelTest() : seed(std::random_device{}()), random(seed) {}
+    std::vector<uint8_t> noise(size_t count) {
+        std::vector<uint8_t> bytes(count);
+        for (uint8_t& byte : bytes) byte = static_cast<uint8_t>(random());
+        return bytes;
+    }
+    unsigned seed;
+    std::mt19937 random;
+};
+
+// Runs a pixel kernel at every start alignment and compares pixels and the bytes around them.
+template <class Run>
+void comparePixels(size_t count, Run run) {
+    for (size_t start = 0; start < 5; ++start) {
+        std::vector<uint32_t> expected(count + 16, 0xA7A7A7A7), got(count + 16, 0xA7A7A7A7);
+        run(expected.data() + start, true);
+        run(got.data() + start, false);
+        ASSERT_EQ(expected, got) << "count " << count << " start " << start;
+    }
+}
+
+TEST_F(KernelTest, InterleavingGivesTheSamePixelsAtEveryWidthAndAlignment) {
+    for (const TileKernels* fast : fastKernels())
+        for (size_t count = 0; count < 140; ++count) {
+            // Own blocks of the exact size: a read behind them is seen by the sanitizers.
+            const std::vector<uint8_t> planes[4] = {noise(count), noise(count), noise(count),
+                                                    noise(count)};
+            const uint8_t* const bytes[4] = {planes[0].data(), planes[1].data(), planes[2].data(),
+                                             planes[3].data()};
+            SCOPED_TRACE(testing::Message() << fast->name << " seed " << seed);
+            comparePixels(count, [&](uint32_t* out, bool reference) {
+                (reference ? scalarTileKernels() : *fast).interleave(out, bytes, count);
+            });
+        }
+}
+
+TEST_F(KernelTest, ReversedPixelsAreTheSameAtEveryWidthAndAlignment) {
+    for (const TileKernels* fast : fastKernels())
+        for (size_t count = 0; count < 140; ++count) {
+            const std::vector<uint8_t> four = noise(4 * count), three = noise(3 * count);
+            SCOPED_TRACE(testing::Message() << fast->name << " seed " << seed);
+            comparePixels(count, [&](uint32_t* out, bool reference) {
+                (reference ? scalarTileKernels() : *fast).reverse4(out, four.data(), count);
+            });
+            comparePixels(count, [&](uint32_t* out, bool reference) {
+                (reference ? scalarTileKernels() : *fast).reverse3(out, three.data(), count);
+            });
+        }
+}
+
+TEST(TileKernels, TheReferenceInterleavesTheFirstPlaneIntoTheLowestByte) {
+    const uint8_t a[] = {1, 5}, b[] = {2, 6}, c[] = {3, 7}, d[] = {4, 8};
+    const uint8_t* const bytes[4] = {a, b, c, d};
+    uint32_t pixels[2] = {};
+    scalarTileKernels().interleave(pixels, bytes, 2);
+    EXPECT_EQ(pixels[0], 0x04030201u);
+    EXPECT_EQ(pixels[1], 0x08070605u);
+}
+
+TEST(TileKernels, TheReferenceReversesMaskBlueGreenRedIntoRedGreenBlueMask) {
+    const uint8_t source[] = {40, 30, 20, 10};
+    uint32_t pixel = 0;
+    scalarTileKernels().reverse4(&pixel, source, 1);
+    EXPECT_EQ(pixel, 10u | 20u << 8 | 30u << 16 | 40u << 24);
+    scalarTileKernels().reverse3(&pixel, source + 1, 1);
+    EXPECT_EQ(pixel, 10u | 20u << 8 | 30u << 16 | 255u << 24);
+}
+
+struct Unpacked {
+    size_t stored, consumed;
+    std::vector<uint8_t> values;
+    bool operator==(const Unpacked& other) const {
+        return stored == other.stored && consumed == other.consumed && values == other.values;
+    }
+};
+
+Unpacked unpackRle(const TileKernels& kernels, const std::vector<uint8_t>& data, size_t count) {
+    std::vector<uint8_t> values(count + kernelSlack + 16, guard);
+    const uint8_t* at = data.data();
+    const size_t stored = kernels.unpackRle(at, data.data() + data.size(), values.data(), count);
+    EXPECT_TRUE(std::all_of(values.end() - 16, values.end(), [](uint8_t v) { return v == guard; }));
+    values.resize(stored);
+    return {stored, static_cast<size_t>(at - data.data()), values};
+}
+
+Unpacked unpackQrl(const TileKernels& kernels, const std::vector<uint8_t>& data, size_t count) {
+    std::vector<uint8_t> planes[3];
+    for (auto& plane : planes) plane.assign(count + kernelSlack + 16, guard);
+    uint8_t* const out[3] = {planes[0].data(), planes[1].data(), planes[2].data()};
+    const uint8_t* at = data.data();
+    const size_t stored = kernels.unpackQrl(at, data.data() + data.size(), out, count);
+    Unpacked result{stored, static_cast<size_t>(at - data.data()), {}};
+    for (auto& plane : planes) {
+        EXPECT_TRUE(
+            std::all_of(plane.end() - 16, plane.end(), [](uint8_t v) { return v == guard; }));
+        result.values.insert(result.values.end(), plane.begin(),
+                             plane.begin() + static_cast<std::ptrdiff_t>(stored));
+    }
+    return result;
+}
+
+std::vector<uint8_t> bytes(std::initializer_list<int> list) {
+    return std::vector<uint8_t>(list.begin(), list.end());
+}
+
+TEST(TileKernels, RunLengthPacketsAsTheReferenceReadsThem) {
+    std::vector<uint8_t> copy128 = {0x7F};
+    for (int i = 0; i < 128; ++i) copy128.push_back(static_cast<uint8_t>(i));
+    const std::vector<uint8_t> counted(copy128.begin() + 1, copy128.end());
+    const struct {
+        const char* what;
+        std::vector<uint8_t> data;
+        size_t count;
+        size_t stored;
+        std::vector<uint8_t> values;
+    } rows[] = {
+        {"0x80 repeats the next byte once", bytes({0x80, 9}), 1, 1, bytes({9})},
+        {"0x00 copies one literal", bytes({0x00, 9}), 1, 1, bytes({9})},
+        {"0xFF repeats 128 times", bytes({0xFF, 3}), 128, 128, std::vector<uint8_t>(128, 3)},
+        {"0x7F copies 128", copy128, 128, 128, counted},
+        {"packets follow each other", bytes({1, 5, 6, 0x82, 7}), 5, 5, bytes({5, 6, 7, 7, 7})},
+        {"a run past the count stores nothing", bytes({0, 5, 0x82, 7}), 3, 1, bytes({5})},
+        {"a literal past the count stores nothing", bytes({0, 5, 2, 7, 7, 7}), 3, 1, bytes({5})},
+        {"a literal cut short keeps what is there", bytes({3, 1, 2}), 4, 2, bytes({1, 2})},
+        {"a run without value stores nothing", bytes({0x81}), 2, 0, {}},
+        {"no data", {}, 2, 0, {}},
+        {"nothing wanted", bytes({0x80, 9}), 0, 0, {}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        const Unpacked got = unpackRle(scalarTileKernels(), row.data, row.count);
+        EXPECT_EQ(got.stored, row.stored);
+        EXPECT_EQ(got.values, row.values);
+        for (const TileKernels* fast : fastKernels())
+            EXPECT_EQ(got, unpackRle(*fast, row.data, row.count)) << fast->name;
+    }
+}
+
+TEST_F(KernelTest, RunLengthPacketsOfAnyShapeUnpackTheSame) {
+    for (const TileKernels* fast : fastKernels())
+        for (int round = 0; round < 3000; ++round) {
+            std::vector<uint8_t> data = noise(random() % 900);
+            if (round & 1)  // short packets only
+                for (size_t i = 0; i < data.size(); i += 3) data[i] &= 0x87;
+            const size_t count = random() % 5000;
+            ASSERT_EQ(unpackRle(scalarTileKernels(), data, count), unpackRle(*fast, data, count))
+                << fast->name << " seed " << seed << " round " << round;
+        }
+}
+
+TEST_F(KernelTest, ThreeByteRunsUnpackTheSame) {
+    for (const TileKernels* fast : fastKernels())
+        for (int round = 0; round < 2000; ++round) {
+            const std::vector<uint8_t> data = noise(random() % 2000);
+            const size_t count = random() % 2000;
+            ASSERT_EQ(unpackQrl(scalarTileKernels(), data, count), unpackQrl(*fast, data, count))
+                << fast->name << " seed " << seed << " round " << round;
+        }
+}
+
+TEST_F(KernelTest, SkippingStopsWhereUnpackingDoes) {
+    for (int round = 0; round < 3000; ++round) {
+        std::vector<uint8_t> data = noise(random() % 300);
+        const size_t count = random() % 1500;
+        const Unpacked unpacked = unpackRle(scalarTileKernels(), data, count);
+        const uint8_t* at = data.data();
+        const bool whole = skipRle(at, data.data() + data.size(), count);
+        ASSERT_EQ(whole, unpacked.stored == count) << "seed " << seed;
+        if (whole) {
+            ASSERT_EQ(static_cast<size_t>(at - data.data()), unpacked.consumed) << "seed " << seed;
+        }
+    }
+}
+
+TEST(TileKernels, NearestSamplesAreEveryStepth) {
+    const uint8_t a[] = {0, 1, 2, 3, 4, 5, 6};
+    const uint8_t* const bytes[4] = {a, a, a, a};
+    uint32_t pixels[3] = {};
+    interleaveNearest(pixels, bytes, 3, 3);
+    EXPECT_EQ(pixels[0], 0u);
+    EXPECT_EQ(pixels[1], 0x03030303u);
+    EXPECT_EQ(pixels[2], 0x06060606u);
+}
+
+TEST(TileKernels, GatheringTakesOffsetsOrFixedValues) {
+    const uint8_t source[] = {1, 2, 3, 4, 5, 6};
+    PixelRecipe recipe;
+    recipe.offset[0] = 1;
+    recipe.offset[1] = 0;
+    recipe.fixed[2] = 77;
+    recipe.fixed[3] = 255;
+    uint32_t pixels[2] = {};
+    gatherPixels(pixels, source, 2, 3, recipe);
+    EXPECT_EQ(pixels[0], 2u | 1u << 8 | 77u << 16 | 255u << 24);
+    EXPECT_EQ(pixels[1], 5u | 4u << 8 | 77u << 16 | 255u << 24);
+}
+
+}  // namespace
+}  // namespace vistel

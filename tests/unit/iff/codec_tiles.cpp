@@ -1,0 +1,339 @@
+// From a tile's data to the pixels of a plane.
+
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <vector>
+
+#include "iff/image_bytes.h"
+#include "iff/result_codes.h"
+#include "iff/tile_codec.h"
+
+namespace vistel {
+namespace {
+
+using test::Bytes;
+using test::Pixel;
+
+constexpr uint32_t untouched = 0xDEADBEEF;
+
+// A plane of plain memory to decode into.
+struct Canvas {
+    Canvas(uint32_t width, uint32_t height, uint32_t shrink = 1)
+        : width(width), shrink(shrink), pixels(size_t{width} * height, untouched) {}
+    TileTarget target() { return {pixels.data(), width, shrink}; }
+    uint32_t at(uint32_t x, uint32_t y) const { return pixels[y * width + x]; }
+    uint32_t width, shrink;
+    std::vector<uint32_t> pixels;
+};
+
+int decodeColour(const ImageHeader& header, const TileRect& rect, const Bytes& data,
+                 Canvas& canvas) {
+    TileDecoder decoder;
+    const TileFormat format = colourTileFormat(header);
+    if (int code = checkTileDataSize(format, rect, data.size()); code != iffOk) return code;
+    // An own block of the exact size: a read behind it is seen by the sanitizers.
+    const std::vector<uint8_t> block(data.data);
+    return decoder.decodeColour(format, rect, block.data(), block.size(), canvas.target());
+}
+
+// A one-row tile of `width` pixels, decoded.
+std::vector<uint32_t> decodeRow(const ImageHeader& header, uint16_t width, const Bytes& data) {
+    Canvas canvas(width, 1);
+    const TileRect rect{0, 0, static_cast<uint16_t>(width - 1), 0};
+    EXPECT_EQ(decodeColour(header, rect, data, canvas), iffOk);
+    return canvas.pixels;
+}
+
+constexpr uint32_t colourFlags = imageColour, maskFlags = imageColour | imageMask;
+
+TEST(TileFormat, ChannelsAreThoseTheImageHas) {
+    const struct {
+        uint32_t flags;
+        std::vector<int> channels;
+    } rows[] = {
+        {imageColour | imageMask, {0, 1, 2, 3}},
+        {imageColour, {1, 2, 3}},
+        {imageMask, {0, 2}},
+        {0, {2}},
+        {imageBlack, {}},
+        {imageBlack | imageMask, {0}},
+        {imageBlack | imageMask | imageColour, {0}},
+        {imageBlack | imageColour, {}},
+    };
+    for (const auto& row : rows)
+        for (uint16_t wide : {0, 1}) {
+            const ImageHeader header = test::header(1, 1, row.flags, compressRle, wide);
+            const TileFormat format = colourTileFormat(header);
+            EXPECT_EQ(std::vector<int>(format.channels, format.channels + format.channelCount),
+                      row.channels);
+            EXPECT_EQ(format.pixelBytes(), header.bytesPerPixel()) << row.flags;
+        }
+    EXPECT_EQ(depthTileFormat().pixelBytes(), 4);
+}
+
+TEST(TileCodec, DataOfTheRawSizeIsStoredWhole) {
+    // 0x80-looking bytes are values here, not packets.
+    const Bytes data = Bytes().u8(4).u8(3).u8(2).u8(1).u8(0x80).u8(0x81).u8(0x82).u8(0x83);
+    EXPECT_EQ(decodeRow(test::header(2, 1, maskFlags), 2, data),
+              (std::vector<uint32_t>{0x04030201, 0x80818283}));
+}
+
+TEST(TileCodec, ARunPacketRepeatsItsByte) {
+    const Bytes data = Bytes().u8(0x87).u8(30).u8(0x87).u8(20).u8(0x87).u8(10);
+    const std::vector<uint32_t> expected(8, test::planePixel({10, 20, 30, 255}));
+    EXPECT_EQ(decodeRow(test::header(8, 1, colourFlags), 8, data), expected);
+}
+
+TEST(TileCodec, ALiteralPacketCopiesItsBytes) {
+    const Bytes data = Bytes().u8(0x00).u8(7).u8(0x86).u8(8);
+    const auto pixels = decodeRow(test::header(8, 1, 0), 8, data);
+    EXPECT_EQ(pixels[0], test::planePixel({7, 7, 7, 255}));
+    EXPECT_EQ(pixels[1], test::planePixel({8, 8, 8, 255}));
+    EXPECT_EQ(pixels[7], test::planePixel({8, 8, 8, 255}));
+}
+
+TEST(TileCodec, PacketsCrossTheRowsOfATileButNotItsChannels) {
+    Canvas canvas(4, 4);
+    const TileRect rect{1, 1, 2, 3};  // 2 x 3
+    const Bytes data = Bytes().u8(0x85).u8(5).u8(0x83).u8(6).u8(0x81).u8(7);
+    ASSERT_EQ(decodeColour(test::header(4, 4, imageMask), rect, data, canvas), iffOk);
+    EXPECT_EQ(canvas.at(1, 1), test::planePixel({6, 6, 6, 5}));
+    EXPECT_EQ(canvas.at(2, 2), test::planePixel({6, 6, 6, 5}));
+    EXPECT_EQ(canvas.at(1, 3), test::planePixel({7, 7, 7, 5}));
+    EXPECT_EQ(canvas.at(0, 0), untouched);
+    EXPECT_EQ(canvas.at(3, 3), untouched);
+}
+
+TEST(TileCodec, APacketThatRunsPastItsChannelEndsDecodingSilently) {
+    // The mask's run is one too long: mask and grey stay zero, nothing is reported.
+    const Bytes data = Bytes().u8(0x88).u8(5).u8(0x87).u8(9);
+    EXPECT_EQ(decodeRow(test::header(8, 1, imageMask), 8, data), std::vector<uint32_t>(8, 0));
+    // An overrun in the second channel keeps the first.
+    const Bytes second = Bytes().u8(0x87).u8(5).u8(0x88).u8(9);
+    EXPECT_EQ(decodeRow(test::header(8, 1, imageMask), 8, second),
+              std::vector<uint32_t>(8, test::planePixel({0, 0, 0, 5})));
+}
+
+TEST(TileCodec, MissingValuesAreZeroAndStillOpaqueWithoutMask) {
+    const Bytes data = Bytes().u8(0x83).u8(9);  // 4 of 8 blue values
+    const auto pixels = decodeRow(test::header(8, 1, colourFlags), 8, data);
+    EXPECT_EQ(pixels[3], test::planePixel({0, 0, 9, 255}));
+    EXPECT_EQ(pixels[4], test::planePixel({0, 0, 0, 255}));
+}
+
+TEST(TileCodec, AnEmptyTileIsZero) {
+    EXPECT_EQ(decodeRow(test::header(4, 1, maskFlags), 4, {}), std::vector<uint32_t>(4, 0));
+}
+
+TEST(TileCodec, WideChannelsGiveTheirHighBytes) {
+    const ImageHeader header = test::header(4, 1, maskFlags, compressRle, 1);
+    Bytes packed;
+    for (unsigned value : {4u, 99u, 3u, 99u, 2u, 99u, 1u, 99u}) packed.u8(0x83).u8(value);
+    EXPECT_EQ(decodeRow(header, 4, packed), std::vector<uint32_t>(4, 0x04030201));
+    Bytes whole;
+    for (int i = 0; i < 4; ++i) whole.u16(0x0463).u16(0x0363).u16(0x0263).u16(0x0163);
+    EXPECT_EQ(decodeRow(header, 4, whole), std::vector<uint32_t>(4, 0x04030201));
+    // A low byte plane that overruns ends decoding like any other.
+    const Bytes broken = Bytes().u8(0x83).u8(4).u8(0x84).u8(99).u8(0x83).u8(3);
+    EXPECT_EQ(decodeRow(header, 4, broken), std::vector<uint32_t>(4, 0x04000000));
+}
+
+TEST(TileCodec, OtherCompressionsAreTakenAsTheyStand) {
+    for (uint32_t compression : {0u, 3u, 7u}) {
+        const ImageHeader header = test::header(3, 1, maskFlags, compression);
+        // A pixel and a half: mask, blue, green, red, mask, blue.
+        const Bytes data = Bytes().u8(0x84).u8(3).u8(2).u8(1).u8(8).u8(7);
+        EXPECT_EQ(decodeRow(header, 3, data), (std::vector<uint32_t>{0x84030201, 0x08070000, 0}));
+    }
+}
+
+TEST(TileCodec, WholePixelPacketsHoldRedGreenBlue) {
+    const ImageHeader header = test::header(3, 1, colourFlags, compressQrl);
+    const Bytes data = Bytes().u8(0x82).u8(1).u8(2).u8(3);
+    EXPECT_EQ(decodeRow(header, 3, data),
+              std::vector<uint32_t>(3, test::planePixel({1, 2, 3, 255})));
+    const Bytes literal = Bytes().u8(0x00).u8(1).u8(2).u8(3).u8(0x81).u8(4).u8(5).u8(6);
+    EXPECT_EQ(decodeRow(header, 3, literal)[0], test::planePixel({1, 2, 3, 255}));
+    EXPECT_EQ(decodeRow(header, 3, literal)[2], test::planePixel({4, 5, 6, 255}));
+}
+
+TEST(TileCodec, WholePixelPacketsNeverCrossARow) {
+    const ImageHeader header = test::header(4, 2, colourFlags, compressQrl);
+    const TileRect rect{0, 0, 3, 1};
+    Canvas canvas(4, 2);
+    // The first packet is two pixels too long for its row: the tile ends there.
+    const Bytes overrun = Bytes().u8(0x85).u8(1).u8(2).u8(3).u8(0x83).u8(4).u8(5).u8(6);
+    ASSERT_EQ(decodeColour(header, rect, overrun, canvas), iffOk);
+    EXPECT_EQ(canvas.pixels, std::vector<uint32_t>(8, test::planePixel({0, 0, 0, 255})));
+    const Bytes rows = Bytes().u8(0x83).u8(1).u8(2).u8(3).u8(0x83).u8(4).u8(5).u8(6);
+    ASSERT_EQ(decodeColour(header, rect, rows, canvas), iffOk);
+    EXPECT_EQ(canvas.at(3, 0), test::planePixel({1, 2, 3, 255}));
+    EXPECT_EQ(canvas.at(0, 1), test::planePixel({4, 5, 6, 255}));
+}
+
+TEST(TileCodec, TheMaskOfAWholePixelTileComesFirstAsRunLengthPackets) {
+    const ImageHeader header = test::header(4, 1, maskFlags, compressQrl);
+    const Bytes data = Bytes().u8(0x83).u8(9).u8(0x83).u8(1).u8(2).u8(3);
+    EXPECT_EQ(decodeRow(header, 4, data), std::vector<uint32_t>(4, test::planePixel({1, 2, 3, 9})));
+}
+
+TEST(TileCodec, WholePixelCompressionOfOtherTilesIsRunLength) {
+    const Bytes data = Bytes().u8(0x83).u8(9);
+    EXPECT_EQ(decodeRow(test::header(4, 1, 0, compressQrl), 4, data),
+              std::vector<uint32_t>(4, test::planePixel({9, 9, 9, 255})));
+    const ImageHeader wide = test::header(4, 1, colourFlags, compressQrl, 1);
+    Bytes planes;
+    for (unsigned value : {3u, 0u, 2u, 0u, 1u, 0u}) planes.u8(0x83).u8(value);
+    EXPECT_EQ(decodeRow(wide, 4, planes),
+              std::vector<uint32_t>(4, test::planePixel({1, 2, 3, 255})));
+}
+
+TEST(TileCodec, ValuesAreLookedUpInAChannelsTable) {
+    uint8_t negative[256];
+    for (int i = 0; i < 256; ++i) negative[i] = static_cast<uint8_t>(255 - i);
+    TileDecoder decoder;
+    decoder.setValueTable(channelGreen, negative);
+    const TileFormat format = colourTileFormat(test::header(4, 1, colourFlags));
+    const TileRect rect{0, 0, 3, 0};
+    const Bytes packed = Bytes().u8(0x83).u8(3).u8(0x83).u8(2).u8(0x83).u8(1);
+    Canvas canvas(4, 1);
+    ASSERT_EQ(
+        decoder.decodeColour(format, rect, packed.data.data(), packed.size(), canvas.target()),
+        iffOk);
+    EXPECT_EQ(canvas.pixels, std::vector<uint32_t>(4, test::planePixel({1, 253, 3, 255})));
+    decoder.setValueTable(channelGreen, nullptr);
+    ASSERT_EQ(
+        decoder.decodeColour(format, rect, packed.data.data(), packed.size(), canvas.target()),
+        iffOk);
+    EXPECT_EQ(canvas.at(0, 0), test::planePixel({1, 2, 3, 255}));
+}
+
+TEST(TileCodec, DepthIsBigEndianFloatsWholeOrInFourPlanes) {
+    const TileRect rect{0, 0, 3, 0};
+    const uint32_t bits = std::bit_cast<uint32_t>(-123.456f);
+    Bytes whole, packed;
+    for (int i = 0; i < 4; ++i) whole.u32(bits);
+    for (int shift = 24; shift >= 0; shift -= 8) packed.u8(0x83).u8(bits >> shift & 255);
+    for (const Bytes& data : {whole, packed}) {
+        Canvas canvas(4, 1);
+        TileDecoder decoder;
+        ASSERT_EQ(decoder.decodeDepth(rect, data.data.data(), data.size(), canvas.target()), iffOk);
+        EXPECT_EQ(canvas.pixels, std::vector<uint32_t>(4, bits));
+    }
+}
+
+// --- every kind of image, every way of storing it, against the sample picture ---
+
+struct Kind {
+    const char* name;
+    uint32_t flags;
+};
+constexpr Kind kinds[] = {
+    {"colour", imageColour},
+    {"colour with mask", imageColour | imageMask},
+    {"grey", 0},
+    {"grey with mask", imageMask},
+    {"mask only", imageBlack | imageMask},
+    {"mask only, marked colour", imageBlack | imageColour | imageMask},
+};
+
+TEST(TileCodec, EveryKindOfImageGivesTheSamplePicture) {
+    const TileRect rect{0, 0, 76, 20};
+    for (const Kind& kind : kinds)
+        for (uint16_t wide : {0, 1})
+            for (uint32_t compression : {compressNone, compressRle}) {
+                const ImageHeader header = test::header(77, 21, kind.flags, compression, wide);
+                SCOPED_TRACE(testing::Message() << kind.name << " wide " << wide);
+                const Bytes whole = test::wholeTileData(header, rect);
+                const Bytes data = compression == compressNone
+                                       ? whole
+                                       : test::packedPlanes(whole, size_t(header.bytesPerPixel()));
+                Canvas canvas(77, 21);
+                ASSERT_EQ(decodeColour(header, rect, data, canvas), iffOk);
+                EXPECT_EQ(canvas.pixels, test::samplePicture(header));
+            }
+}
+
+TEST(TileCodec, ShrinkingTakesEverySthPixelOfEverySthRow) {
+    const TileRect rect{5, 7, 60, 44};
+    for (const Kind& kind : kinds)
+        for (uint16_t wide : {0, 1})
+            for (uint32_t compression : {compressNone, compressRle})
+                for (uint32_t s : {2u, 3u, 7u, 50u}) {
+                    const ImageHeader header = test::header(70, 50, kind.flags, compression, wide);
+                    SCOPED_TRACE(testing::Message() << kind.name << " wide " << wide << " s " << s);
+                    const Bytes whole = test::wholeTileData(header, rect);
+                    const Bytes data =
+                        compression == compressNone
+                            ? whole
+                            : test::packedPlanes(whole, size_t(header.bytesPerPixel()));
+                    Canvas canvas(70 / s, 50 / s, s);
+                    ASSERT_EQ(decodeColour(header, rect, data, canvas), iffOk);
+                    Canvas expected(70 / s, 50 / s, s);
+                    for (uint32_t row = 7 / s, m = 0; row < 45 / s; ++row, ++m)
+                        for (uint32_t n = 0; n < 61 / s - 5 / s; ++n)
+                            expected.pixels[row * expected.width + 5 / s + n] = test::storedPixel(
+                                test::samplePixel(5 + n * s, 7 + m * s), kind.flags);
+                    EXPECT_EQ(canvas.pixels, expected.pixels);
+                }
+}
+
+// --- hostile sizes ---
+
+TEST(TileDataSize, MoreThanTheWholeTileIsACompressionError) {
+    const TileRect rect{0, 0, 9, 9};
+    const TileFormat colour = colourTileFormat(test::header(10, 10, colourFlags));
+    EXPECT_EQ(checkTileDataSize(colour, rect, 300), iffOk);
+    EXPECT_EQ(checkTileDataSize(colour, rect, 301), iffCompression);
+    EXPECT_EQ(checkTileDataSize(depthTileFormat(), rect, 400), iffOk);
+    EXPECT_EQ(checkTileDataSize(depthTileFormat(), rect, 401), iffCompression);
+    const TileFormat nothing = colourTileFormat(test::header(10, 10, imageBlack));
+    EXPECT_EQ(checkTileDataSize(nothing, rect, 0), iffOk);
+    EXPECT_EQ(checkTileDataSize(nothing, rect, 1), iffCompression);
+}
+
+TEST(TileDataSize, TooLittleForAnyPackingIsACompressionError) {
+    const TileRect rect{0, 0, 65534, 65534};  // 12 GB whole
+    const TileFormat colour = colourTileFormat(test::header(65535, 65535, colourFlags));
+    EXPECT_EQ(checkTileDataSize(colour, rect, 0), iffCompression);
+    EXPECT_EQ(checkTileDataSize(colour, rect, 1000), iffCompression);
+    EXPECT_EQ(checkTileDataSize(depthTileFormat(), rect, 1000), iffCompression);
+    // The densest packets there are just pass.
+    const TileRect row{0, 0, 1279, 0};
+    EXPECT_EQ(checkTileDataSize(colour, row, 3 * 20), iffOk);
+    const TileFormat pixels = colourTileFormat(test::header(1280, 1, colourFlags, compressQrl));
+    EXPECT_EQ(checkTileDataSize(pixels, row, 4 * 10), iffOk);
+}
+
+TEST(TileDataSize, ATileOfOrdinarySizeMayBeShortOrEmpty) {
+    const TileRect all{0, 0, 63, 63};
+    for (uint32_t compression : {0u, 1u, 2u, 3u}) {
+        const TileFormat format = colourTileFormat(test::header(64, 64, maskFlags, compression));
+        for (uint64_t size : {0, 1, 16}) EXPECT_EQ(checkTileDataSize(format, all, size), iffOk);
+    }
+}
+
+TEST(TileCodec, DataBehindAWholeTileChangesNothing) {
+    // The last run of one channel must not reach into the next, which may be decoded already.
+    constexpr uint16_t width = 20, height = 60;
+    const TileRect all{0, 0, width - 1, height - 1};
+    for (uint32_t flags : {colourFlags, maskFlags}) {
+        Bytes data;
+        if (flags & imageMask)
+            for (int i = 0; i < width * height / 20; ++i) data.u8(0x93).u8(77);
+        for (unsigned y = 0; y < height; ++y) data.u8(0x93).u8(y + 1).u8(y + 70).u8(y + 140);
+        data.fill(500, 0xEE);
+        Canvas canvas(width, height);
+        ASSERT_EQ(decodeColour(test::header(width, height, flags, compressQrl), all, data, canvas),
+                  iffOk);
+        const unsigned mask = flags & imageMask ? 77 : 255;
+        for (unsigned y = 0; y < height; ++y)
+            for (unsigned x = 0; x < width; ++x)
+                ASSERT_EQ(canvas.at(x, y), test::planePixel({y + 1, y + 70, y + 140, mask}))
+                    << x << " " << y;
+    }
+}
+
+}  // namespace
+}  // namespace vistel

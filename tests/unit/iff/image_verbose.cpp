@@ -1,0 +1,126 @@
+// The verbose report, against texts in tests/data/verbose. On a mismatch the report is written
+// beside the text as NAME.new. {unknown} and {unwritten} stand for the catalogue's messages.
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include "host/messages.h"
+#include "iff/image_sample.h"
+
+namespace vistel {
+namespace {
+
+using test::Bytes;
+using test::Loading;
+
+void replaceAll(std::string& text, const std::string& from, const std::string& to) {
+    for (size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size())
+        text.replace(at, from.size(), to);
+}
+
+// The report with plain line ends.
+std::string report(Loading& load, int expected = iffOk) {
+    load.request.verbose = true;
+    testing::internal::CaptureStdout();
+    const int code = load.run();
+    std::fflush(stdout);
+    std::string text = testing::internal::GetCapturedStdout();
+    EXPECT_EQ(code, expected);
+    replaceAll(text, "\r\n", "\n");
+    return text;
+}
+
+void expectReport(const std::string& name, const std::string& got) {
+    const std::string path = std::string(VISTEL_TEST_DATA) + "/verbose/" + name + ".txt";
+    std::ifstream file(path, std::ios::binary);
+    std::string expected{std::istreambuf_iterator<char>(file), {}};
+    replaceAll(expected, "{unknown}", messageText("s_VistelStrings.rVTUnknown"));
+    replaceAll(expected, "{unwritten}", messageText("s_VistelStrings.rVTNotYetWritten"));
+    EXPECT_EQ(got, expected);
+    if (got != expected) std::ofstream(path + ".new", std::ios::binary) << got;
+}
+
+TEST(VerboseReport, ListsEveryChunkOfAnImage) {
+    Loading load(test::everyChunk());
+    expectReport("every_chunk", report(load));
+}
+
+TEST(VerboseReport, ListsRectanglesWhenTilesAreNotLoaded) {
+    Loading load(test::everyChunk());
+    load.request.loadPixels = false;
+    load.request.showAll = true;
+    expectReport("rectangles", report(load));
+}
+
+TEST(VerboseReport, ListsTileGroupsThatAreSkippedByTheirHeader) {
+    Loading load(test::everyChunk());
+    load.request.loadPixels = false;
+    expectReport("tiles_skipped", report(load));
+}
+
+TEST(VerboseReport, ListsDepthTilesThatAreNotWantedByTheirHeader) {
+    Loading load(test::everyChunk());
+    load.request.loadZ = false;
+    expectReport("no_depth", report(load));
+}
+
+Bytes smallImage(uint32_t flags, uint16_t tiles, uint32_t compression) {
+    ImageHeader head = test::header(2, 1, flags, compression);
+    head.tiles = tiles;
+    const Bytes data = Bytes().fill(2 * size_t(head.bytesPerPixel()), 5);
+    return test::imageForm(head, test::tile("RGBA", {0, 0, 1, 0}, data));
+}
+
+TEST(VerboseReport, ListsEveryGroupOfAList) {
+    const Bytes images = Bytes()
+                             .add(smallImage(imageColour, 1, compressRle))
+                             .add(smallImage(imageMask, 2, 7))
+                             .add(smallImage(imageBlack, 0, compressNone));
+    Loading load(Bytes().group("LIS4", "CIMG",
+                               Bytes()
+                                   .group("PRO4", "CIMG", Bytes().chunk("NAME", "all"))
+                                   .add(Bytes().group("CAT4", "CIMG", images))));
+    expectReport("list", report(load));
+}
+
+TEST(VerboseReport, NamesUnknownSizesAndLeavesLongTextsOut) {
+    Bytes body;
+    body.chunk("TBHD", test::headerBody(test::header(2, 1, 0)));
+    body.chunk("NAME", Bytes().fill(300, 'n'));
+    body.chunk("ANNO", Bytes().fill(255, 'a'));
+    body.chunk("ICON", Bytes().u16(1));
+    body.chunk("ZPLC", Bytes().u32(0));
+    body.chunk("COMM", test::soundFormatBody().add("ulaw").u8(0).u8(0));
+    body.chunk("SSND", Bytes().fill(4));
+    body.openGroup("FOR4", "TBMP", test::tile("RGBA", {0, 0, 1, 0}, Bytes().fill(2)));
+    Loading load(Bytes().openGroup("FOR4", "CIMG", body));
+    expectReport("unknown_sizes", report(load));
+    // A group whose size is still to be patched can be listed but not read to its end.
+    Loading unwritten(Bytes().openGroup("FOR4", "CIMG", body, 0x80000001));
+    testing::internal::CaptureStdout();
+    unwritten.request.verbose = true;
+    (void)unwritten.run();
+    std::fflush(stdout);
+    const std::string text = testing::internal::GetCapturedStdout();
+    EXPECT_EQ(text.substr(0, text.find_first_of("\r\n")),
+              "FOR4" + std::string(messageText("s_VistelStrings.rVTNotYetWritten")) + "CIMG");
+}
+
+TEST(VerboseReport, SaysNothingInAReadOfOneFrameOrUnasked) {
+    Loading reread(test::everyChunk());
+    reread.request.wantedForm = 1;
+    EXPECT_EQ(report(reread), "");
+    Loading quiet(test::everyChunk());
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(quiet.run(), iffOk);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+}
+
+TEST(VerboseReport, EndsTheLineOfAChunkThatFails) {
+    Loading load(test::imageForm(test::header(0, 1, 0), {}));
+    EXPECT_EQ(report(load, iffBadImageHeader), "FOR4       48 CIMG\n.TBHD       24 \n");
+}
+
+}  // namespace
+}  // namespace vistel

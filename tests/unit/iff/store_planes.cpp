@@ -1,0 +1,210 @@
+// Planes, display size and where a tile lands.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+
+#include "iff/frame_store.h"
+#include "iff/result_codes.h"
+#include "iff/tile_codec.h"
+
+namespace vistel {
+namespace {
+
+TEST(Plane, IsZeroFilledAndRowsFollowEachOther) {
+    Plane<uint32_t> plane;
+    ASSERT_TRUE(plane.allocate(7, 5));
+    ASSERT_TRUE(plane.commitAll());
+    EXPECT_TRUE(std::all_of(plane.data(), plane.data() + 35, [](uint32_t p) { return p == 0; }));
+    EXPECT_EQ(plane.row(3), plane.data() + 21);
+}
+
+TEST(Plane, KeepsWhatWasWrittenWhenMoreRowsBecomeUsable) {
+    Plane<uint32_t> plane;
+    ASSERT_TRUE(plane.allocate(1000, 3000));
+    ASSERT_TRUE(plane.commitRows(1500, 1500));
+    std::fill_n(plane.row(1500), 1000, 0x12345678u);
+    ASSERT_TRUE(plane.commitRows(0, 10));
+    plane.row(10)[999] = 1;
+    ASSERT_TRUE(plane.commitRows(1499, 1501));
+    ASSERT_TRUE(plane.commitAll());
+    EXPECT_EQ(plane.row(1500)[999], 0x12345678u);
+    EXPECT_EQ(plane.row(10)[999], 1u);
+    EXPECT_EQ(plane.row(2999)[999], 0u);
+}
+
+TEST(Plane, APromiseOfPixelsCostsNothingUntilRowsAreUsed) {
+    Plane<float> plane;
+    ASSERT_TRUE(plane.allocate(60000, 60000));  // 14 GB of address space
+    ASSERT_TRUE(plane.commitRows(59999, 59999));
+    plane.row(59999)[59999] = 1.5f;
+    EXPECT_EQ(plane.row(59999)[59999], 1.5f);
+}
+
+TEST(Plane, KeepsBlocksUsableThatLieFarApart) {
+    Plane<float> plane;
+    ASSERT_TRUE(plane.allocate(60000, 60000));
+    const size_t rows[] = {59999, 0, 30000, 59999, 0};
+    for (size_t y : rows) {
+        ASSERT_TRUE(plane.commitRows(y, y));
+        plane.row(y)[y / 2] += 1.5f;
+    }
+    EXPECT_EQ(plane.row(59999)[29999], 3.0f);
+    EXPECT_EQ(plane.row(0)[0], 3.0f);
+    EXPECT_EQ(plane.row(30000)[15000], 1.5f);
+}
+
+TEST(Plane, RefusesSizesThatDoNotFitMemory) {
+    Plane<uint32_t> plane;
+    EXPECT_FALSE(plane.allocate(SIZE_MAX, SIZE_MAX));
+    EXPECT_FALSE(plane.allocate(UINT32_MAX, UINT32_MAX));
+    EXPECT_FALSE(plane.allocate(0, 5));
+    EXPECT_TRUE(plane.empty());
+    EXPECT_FALSE(plane.commitAll());
+    EXPECT_FALSE(plane.commitRows(0, 0));
+}
+
+TEST(Plane, RefusesRowsOutsideIt) {
+    Plane<uint8_t> plane;
+    ASSERT_TRUE(plane.allocate(4, 4));
+    EXPECT_FALSE(plane.commitRows(0, 4));
+    EXPECT_FALSE(plane.commitRows(3, 2));
+    EXPECT_TRUE(plane.commitRows(3, 3));
+}
+
+TEST(Plane, MovesWithItsPixels) {
+    Plane<uint32_t> from;
+    ASSERT_TRUE(from.allocate(2, 2));
+    ASSERT_TRUE(from.commitAll());
+    from.row(1)[1] = 9;
+    Plane<uint32_t> to = std::move(from);
+    EXPECT_TRUE(from.empty());
+    EXPECT_EQ(to.row(1)[1], 9u);
+}
+
+TEST(FrameStore, ClearingForgetsPlanesAndGeometry) {
+    FrameStore frame;
+    ASSERT_TRUE(frame.colour.allocate(2, 2));
+    frame.width = frame.height = 2;
+    frame.header.width = 2;
+    frame.tiles.push_back({});
+    frame.clear();
+    EXPECT_FALSE(frame.hasPicture());
+    EXPECT_EQ(frame.width, 0);
+    EXPECT_EQ(frame.header.width, 0u);
+    EXPECT_TRUE(frame.tiles.empty());
+}
+
+TEST(DisplaySize, IsTheImageDividedByTheShrinkFactor) {
+    const struct {
+        uint32_t width, height;
+        DisplayFit fit;
+        uint32_t shrink, displayWidth, displayHeight;
+    } rows[] = {
+        {640, 480, {}, 1, 640, 480},
+        {640, 480, {3, 1, UINT32_MAX, UINT32_MAX}, 3, 213, 160},
+        {640, 480, {0, 1, UINT32_MAX, UINT32_MAX}, 1, 640, 480},  // raised to 1
+        {640, 480, {1, 0, UINT32_MAX, UINT32_MAX}, 1, 640, 480},
+        {2, 2, {5, 1, UINT32_MAX, UINT32_MAX}, 5, 1, 1},  // at least 1
+        {1280, 1024, {1, 1, 1280, 995}, 2, 640, 512},     // 29 rows too high
+        {1280, 995, {1, 1, 1280, 995}, 1, 1280, 995},
+        {1281, 995, {1, 1, 1280, 995}, 2, 640, 497},
+        {640, 480, {1, 2, 1280, 995}, 1, 640, 480},
+        {640, 498, {1, 2, 1280, 995}, 2, 320, 249},
+        {640, 480, {1, 4, 1280, 995}, 2, 320, 240},
+        {100, 100, {1, 1, 0, 0}, 101, 1, 1},  // nothing fits a screen without size
+        {UINT32_MAX, 1, {1, 1, 1000, 1000}, 4290677, 1000, 1},
+        {UINT32_MAX, UINT32_MAX, {1, 1, 0, 0}, UINT32_MAX, 1, 1},
+    };
+    for (const auto& row : rows) {
+        const DisplaySize size = displaySize(row.width, row.height, row.fit);
+        SCOPED_TRACE(testing::Message() << row.width << "x" << row.height << " fit "
+                                        << row.fit.shrink << " " << row.fit.magnify);
+        EXPECT_EQ(size.shrink, row.shrink);
+        EXPECT_EQ(size.width, row.displayWidth);
+        EXPECT_EQ(size.height, row.displayHeight);
+    }
+}
+
+TEST(DisplaySize, IsWhatSteppingByOneFinds) {
+    const unsigned seed = std::random_device{}();
+    std::mt19937 random(seed);
+    for (int round = 0; round < 5000; ++round) {
+        const uint32_t width = random() % 5000 + 1, height = random() % 5000 + 1;
+        const DisplayFit fit{
+            static_cast<uint32_t>(random() % 4), static_cast<uint32_t>(random() % 5),
+            static_cast<uint32_t>(random() % 3000), static_cast<uint32_t>(random() % 3000)};
+        uint32_t shrink = std::max<uint32_t>(fit.shrink, 1);
+        const uint32_t magnify = std::max<uint32_t>(fit.magnify, 1);
+        while (width / shrink * magnify > fit.maxWidth || height / shrink * magnify > fit.maxHeight)
+            ++shrink;
+        ASSERT_EQ(displaySize(width, height, fit).shrink, shrink) << "seed " << seed;
+    }
+}
+
+TEST(TilePlacement, CoversFromTheFirstPixelDividedToTheEndDivided) {
+    const struct {
+        TileRect rect;
+        uint32_t shrink, column, row, columns, rows;
+    } cases[] = {
+        {{64, 128, 127, 191}, 1, 64, 128, 64, 64},
+        {{64, 128, 127, 191}, 2, 32, 64, 32, 32},
+        {{64, 0, 127, 63}, 3, 21, 0, 21, 21},  // 128/3 - 64/3 columns
+        {{0, 0, 63, 63}, 3, 0, 0, 21, 21},
+        {{3, 3, 3, 3}, 4, 0, 0, 1, 1},
+        {{0, 0, 2, 2}, 4, 0, 0, 0, 0},  // falls between the samples
+        {{0, 0, 65534, 65534}, 65535, 0, 0, 1, 1},
+        {{5, 5, 5, 5}, UINT32_MAX, 0, 0, 0, 0},
+    };
+    for (const auto& c : cases) {
+        const TilePlacement place = placeTile(c.rect, c.shrink);
+        SCOPED_TRACE(testing::Message() << c.rect.x1 << " shrink " << c.shrink);
+        EXPECT_EQ(place.column, c.column);
+        EXPECT_EQ(place.row, c.row);
+        EXPECT_EQ(place.columns, c.columns);
+        EXPECT_EQ(place.rows, c.rows);
+    }
+}
+
+TEST(TilePlacement, NeverLeavesTheTileOrThePlane) {
+    const unsigned seed = std::random_device{}();
+    std::mt19937 random(seed);
+    for (int round = 0; round < 20000; ++round) {
+        const uint32_t width = random() % 300 + 1, height = random() % 300 + 1;
+        const uint32_t shrink = random() % 12 + 1;
+        TileRect rect;
+        rect.x1 = static_cast<uint16_t>(random() % width);
+        rect.y1 = static_cast<uint16_t>(random() % height);
+        rect.x2 = static_cast<uint16_t>(rect.x1 + random() % (width - rect.x1));
+        rect.y2 = static_cast<uint16_t>(rect.y1 + random() % (height - rect.y1));
+        const TilePlacement place = placeTile(rect, shrink);
+        ASSERT_LE(place.column + place.columns, std::max<uint32_t>(width / shrink, 1)) << seed;
+        ASSERT_LE(place.row + place.rows, std::max<uint32_t>(height / shrink, 1)) << seed;
+        if (place.columns > 0) {
+            ASSERT_LT((place.columns - 1) * shrink, rect.width()) << seed;
+        }
+        if (place.rows > 0) {
+            ASSERT_LT((place.rows - 1) * shrink, rect.height()) << seed;
+        }
+    }
+}
+
+TEST(TileRectCheck, RefusesRectanglesOutsideTheImage) {
+    ImageHeader header;
+    header.width = 100;
+    header.height = 50;
+    const struct {
+        TileRect rect;
+        int code;
+    } rows[] = {
+        {{0, 0, 99, 49}, iffOk},          {{99, 49, 99, 49}, iffOk},
+        {{0, 0, 100, 49}, iffBadTiling},  {{0, 0, 99, 50}, iffBadTiling},
+        {{5, 0, 4, 49}, iffBadTiling},    {{0, 5, 99, 4}, iffBadTiling},
+        {{100, 0, 100, 0}, iffBadTiling}, {{0, 0, 65535, 65535}, iffBadTiling},
+    };
+    for (const auto& row : rows) EXPECT_EQ(checkTileRect(row.rect, header), row.code);
+}
+
+}  // namespace
+}  // namespace vistel
