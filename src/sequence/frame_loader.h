@@ -1,0 +1,43 @@
+// From the viewer's state to loaded frames: opens sources with the current settings and hands each
+// frame that arrives to the viewer.
+#pragma once
+
+#include <cstdio>
+
+#include "host/tstring.h"
+#include "iff/frame_store.h"
+#include "iff/image_loader.h"
+
+namespace vistel {
+
+// What the loader needs of the viewer. Set once at start; null members are skipped.
+struct LoaderHooks {
+    // Largest picture that a frame may take on the screen, in pixels after zoom.
+    DisplayFit (*displayFit)() = nullptr;
+    // A frame of the current source is complete (first pass over it). Shows it and runs the viewer;
+    // returns the code with which the walk of the file goes on (iffParsingComplete ends it). May
+    // call readFrameAgain: for a one-file animation the walk ends then, whatever is returned.
+    int (*frameLoaded)(FrameStore& frame) = nullptr;
+    // Called often while a frame is read; false when the user wants to leave.
+    bool (*keepGoing)() = nullptr;
+};
+inline LoaderHooks loaderHooks;
+
+// Reads the frame viewerState.currentFrame of the current source again, without reports on success.
+// Returns 0 and fills `frame`, or the negative code (iffNotIff when there is no such frame).
+// `frame` then is unchanged, or holds the part of a damaged frame that could be read.
+[[nodiscard]] int readFrameAgain(FrameStore& frame);
+
+// The name that readFrameAgain built last, and why that frame could not be read (empty when it
+// could).
+Tstring lastFrameName();
+Tstring lastFrameReason();
+
+// Sets the name of the source that readFrameAgain reads (as given to openImageSource).
+void setCurrentSource(const Tstring& name);
+
+// The request for a stream, filled from the viewer's state and the hooks: a full pass, nothing
+// called for its forms.
+ImageLoadRequest loadRequest(FILE* stream);
+
+}  // namespace vistel

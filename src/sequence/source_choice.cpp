@@ -1,0 +1,223 @@
+#include "sequence/source_choice.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "app/viewer_state.h"
+#include "host/messages.h"
+#include "platform/files.h"
+#include "platform/process.h"
+#include "sequence/frame_loader.h"
+#include "sequence/frame_name.h"
+#include "sequence/frame_sequence.h"
+#include "settings/saved_settings.h"
+
+namespace vistel {
+
+namespace {
+
+constexpr int namesBetweenChecks = 1000;
+
+OpenedSource openFile(const Tstring& name) { return openFrameFile(name, viewerState.synchro != 0); }
+
+NumberStyle numberStyle() { return {viewerState.padWidth, viewerState.padNum != 0}; }
+
+// Relative folders count from where the file argument was given, as its name does.
+Tstring folderOf(const Tstring& name) {
+    const size_t base = baseNameStart(name);
+    if (base < 2) return {};
+    const bool drive = name[base - 2] == ':';
+    return name.substr(0, base - (drive ? 0 : 1));
+}
+
+// The width of a run of at signs that is told by the whole pattern, folders too.
+void takeWholeWidth(const Tstring& pattern) {
+    if (viewerState.padWidth < 1 && pattern.find('#') == Tstring::npos)
+        viewerState.padWidth = atSignWidth(pattern);
+}
+
+// The numbered name; when no such file exists, the name in which marks of folders do not count.
+// `name` receives the one to speak of: the second when the folder is really called so.
+OpenedSource openNumberedFile(const Tstring& pattern, Tstring& name) {
+    takePadWidthFromAtSigns(pattern);
+    name = numberedName(pattern, viewerState.currentFrame, numberStyle());
+    OpenedSource opened = openFile(name);
+    if (opened.stream) takeWholeWidth(pattern);
+    if (opened.stream || !opened.complaint.empty()) return opened;
+    const std::optional<Tstring> inFolder =
+        numberedNameInFolder(pattern, viewerState.currentFrame, numberStyle());
+    if (!inFolder) return opened;
+    OpenedSource second = openFile(*inFolder);
+    if (!second.stream && second.complaint.empty() &&
+        !platform::fileExists(fromStartDirectory(folderOf(pattern)))) {
+        return opened;
+    }
+    name = *inFolder;
+    return second;
+}
+
+// Whether a search that has tried so many names may try one more.
+bool mayGoOn(int64_t tried) {
+    if (platform::interruptRequested()) return false;
+    if (tried % namesBetweenChecks != 0) return true;
+    return !loaderHooks.keepGoing || loaderHooks.keepGoing();
+}
+
+// Steps currentFrame on to the first frame that exists, under its unpadded name. The bound is
+// tested before the step, so one name past the last frame is tried.
+OpenedSource openFirstThatExists(const Tstring& pattern, OpenedSource missing) {
+    const int64_t step = std::max(viewerState.frameStep, 1);
+    for (int64_t tried = 0; viewerState.currentFrame <= viewerState.lastFrame && mayGoOn(tried);
+         ++tried) {
+        const int64_t next = viewerState.currentFrame + step;
+        if (next > INT32_MAX) break;
+        viewerState.currentFrame = static_cast<int32_t>(next);
+        OpenedSource opened = openFile(unpaddedName(pattern, viewerState.currentFrame));
+        if (opened.stream || !opened.complaint.empty()) return opened;
+    }
+    return missing;
+}
+
+void print(const Tstring& line) { std::fprintf(stderr, "%s\n", line.c_str()); }
+
+// Names the pattern, the file that was looked for, and the system's reason.
+void tellAnimationNotFound(const Tstring& pattern, const ChosenSource& source) {
+    print(formatMessage("s_VistelStrings.rVTAnimationNotFound",
+                        {pattern, source.name, std::strerror(source.opened.systemError)}));
+    if (!viewerState.oneFile) print(messageText("s_VistelStrings.rVTFindFirstHint"));
+}
+
+// A file of a one-file animation that is open already is read from its start again. A pipe cannot
+// be: it is opened once more.
+ChosenSource chooseOneFile(const Tstring& name) {
+    ChosenSource source;
+    source.name = name;
+    source.oneFile = true;
+    FILE* open = viewerState.oneFileStream;
+    if (open && !viewerState.sourceIsPipe && platform::seekStream(open, 0, SEEK_SET)) {
+        source.file = open;
+        return source;
+    }
+    source.opened = openFile(name);
+    source.file = source.opened.stream.file();
+    if (!open) viewerState.oneFileStream = source.file;
+    return source;
+}
+
+ChosenSource chooseNumberedFile(const Tstring& pattern) {
+    ChosenSource source;
+    viewerState.oneFileStream = nullptr;
+    source.opened = openNumberedFile(pattern, source.name);
+    // What was found by its unpadded name is read again by it.
+    const bool missing = !source.opened.stream && source.opened.complaint.empty();
+    if (missing && viewerState.rereading && viewerState.findFirst) {
+        source.opened = openFile(unpaddedName(pattern, viewerState.currentFrame));
+    }
+    source.file = source.opened.stream.file();
+    return source;
+}
+
+void handleMissingFirst(const Tstring& pattern, ChosenSource& source) {
+    if (viewerState.findFirst && !viewerState.oneFile) {
+        source.opened = openFirstThatExists(pattern, std::move(source.opened));
+        source.file = source.opened.stream.file();
+        source.name = source.file ? unpaddedName(pattern, viewerState.currentFrame) : pattern;
+        return;
+    }
+    tellAnimationNotFound(pattern, source);
+    source.notFoundTold = true;
+}
+
+ChosenSource chooseAnimationFrame(const Tstring& pattern) {
+    ChosenSource source =
+        viewerState.oneFile ? chooseOneFile(pattern) : chooseNumberedFile(pattern);
+    const bool missing = !source.file && source.opened.complaint.empty();
+    if (missing && !viewerState.sourceOpened && !viewerState.rereading) {
+        handleMissingFirst(pattern, source);
+    }
+    return source;
+}
+
+void enterFolderOf(const Tstring& name) {
+    const Tstring folder = folderOf(name);
+    if (!folder.empty()) (void)platform::setCurrentDirectory(fromStartDirectory(folder));
+    rememberFolder();
+}
+
+ChosenSource chooseFile(const Tstring& name) {
+    ChosenSource source;
+    source.name = viewerState.sourceName = name;
+    source.opened = openFile(name);
+    if (source.opened.stream && !viewerState.rereading) enterFolderOf(name);
+    return source;
+}
+
+// A command runs in the folder in which the argument was given, whatever folders were entered
+// since.
+ChosenSource chooseCommand(const Tstring& name) {
+    ChosenSource source;
+    viewerState.sourceName = name;
+    source.name = messageText("s_VistelStrings.rVTPipedCmd");
+    const Tstring command = name.substr(commandPrefix.size());
+    if (command.find_first_not_of(" \t") == Tstring::npos) {
+        source.opened.complaint = formatMessage("s_VistelStrings.rVTEmptyCommand", {name});
+        return source;
+    }
+    if (!viewerState.startDirectory.empty())
+        (void)platform::setCurrentDirectory(viewerState.startDirectory);
+    source.opened = openFrameCommand(command, viewerState.currentFrame);
+    return source;
+}
+
+ChosenSource chooseStandardInput() {
+    ChosenSource source;
+    source.name = viewerState.sourceName = messageText("s_VistelStrings.rVTStdin");
+    source.opened = openStandardInput();
+    // What was read once is there a second time only when it comes from a file.
+    if (viewerState.rereading && source.opened.stream &&
+        !platform::seekStream(source.opened.stream.file(), 0, SEEK_SET)) {
+        source.opened = {{}, errno, {}};
+    }
+    return source;
+}
+
+ChosenSource chooseTestOutput(const Tstring& name) {
+    ChosenSource source;
+    source.name = name;
+    source.opened = openTestOutput();
+    return source;
+}
+
+ChosenSource chooseSingleStream(const Tstring& name) {
+    if (viewerState.testMode) return chooseTestOutput(name);
+    if (name.empty()) return chooseStandardInput();
+    if (namesCommand(name)) return chooseCommand(name);
+    return chooseFile(name);
+}
+
+bool namesFrames(const Tstring& name) {
+    return viewerState.animation && name.find(commandPrefix) == Tstring::npos;
+}
+
+}  // namespace
+
+int ChosenSource::close() {
+    if (opened.stream && viewerState.oneFileStream == opened.stream.file()) {
+        viewerState.oneFileStream = nullptr;
+    }
+    return opened.stream.close();
+}
+
+ChosenSource chooseSource(const Tstring& name) {
+    if (namesFrames(name)) {
+        ChosenSource source = chooseAnimationFrame(name);
+        if (source.opened.stream) viewerState.sourceIsPipe = source.opened.stream.isPipe();
+        return source;
+    }
+    ChosenSource source = chooseSingleStream(name);
+    source.file = source.opened.stream.file();
+    viewerState.sourceIsPipe = source.opened.stream && source.opened.stream.isPipe();
+    return source;
+}
+
+}  // namespace vistel

@@ -1,0 +1,26 @@
+// Which stream the current source is read from: the choice between the frames of an animation, the
+// test output, standard input, a command and a file, made from the viewer's state.
+#pragma once
+
+#include "host/tstring.h"
+#include "sequence/source_stream.h"
+
+namespace vistel {
+
+struct ChosenSource {
+    OpenedSource opened;
+    FILE* file = nullptr;  // what is read: the opened stream, or the one of a one-file animation
+    bool oneFile = false;  // the frame is chosen by its number among the forms of the file
+    bool notFoundTold = false;  // the user was told already why there is none
+    Tstring name;               // of the file, or what stands for a stream without one
+
+    // Closes what was opened for it; the exit status of a command, else 0.
+    int close();
+};
+
+// Opens the source for viewerState.currentFrame. Sets sourceIsPipe, sourceName, oneFileStream and,
+// for a file, the current directory and the last folder; the first frame of an animation may move
+// currentFrame on (findFirst). file is null when there is nothing to read.
+ChosenSource chooseSource(const Tstring& name);
+
+}  // namespace vistel

@@ -1,0 +1,34 @@
+// The frame range and the per-file values of the state, as each file argument and each file chosen
+// in the window sets them.
+#pragma once
+
+#include "app/viewer_state.h"
+
+namespace vistel {
+
+// An animation over this range; it is put in order by normaliseRange.
+void takeRange(const FrameRange& range);
+
+// No animation: every frame field is 1.
+void forgetAnimation();
+
+// Puts the range of an animation in order (first frame at most the last, step at least 1) and
+// switches its depth planes off unless they are forced; for a single image sets every frame field
+// to 1. Outside sequence mode the source gets a new window, and a single image its own `kmem`.
+void normaliseRange();
+
+// Saves what one file may change and the next must not see, and restores it at its end.
+class PerFileValues {
+ public:
+    PerFileValues() = default;
+    ~PerFileValues();
+    PerFileValues(const PerFileValues&) = delete;
+    PerFileValues& operator=(const PerFileValues&) = delete;
+
+ private:
+    float kmem_ = viewerState.kmem;
+    int32_t loadZ_ = viewerState.loadZ, rfact_ = viewerState.rfact;
+    int32_t magnify_ = viewerState.magnify, animationShown_ = viewerState.animationShown;
+};
+
+}  // namespace vistel

@@ -1,0 +1,82 @@
+// The stream a picture is read from, and how it is opened: a frame file, read as it is or through a
+// converter, a command, standard input, or the converter's test output.
+#pragma once
+
+#include <cstdio>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "host/tstring.h"
+
+namespace vistel {
+
+// An open stream and how it must be closed: a command by waiting for its end, a file unless it is
+// one of the three standard streams.
+class SourceStream {
+ public:
+    SourceStream() = default;
+    SourceStream(FILE* file, bool isPipe) : file_(file), isPipe_(isPipe) {}
+    SourceStream(SourceStream&& other) noexcept
+        : file_(std::exchange(other.file_, nullptr)), isPipe_(other.isPipe_) {}
+    SourceStream& operator=(SourceStream&& other) noexcept {
+        std::swap(file_, other.file_);
+        std::swap(isPipe_, other.isPipe_);
+        return *this;
+    }
+    ~SourceStream() { close(); }
+
+    explicit operator bool() const { return file_ != nullptr; }
+    FILE* file() const { return file_; }
+    bool isPipe() const { return isPipe_; }
+
+    // The exit status of a command; 0 for files and for nothing open.
+    int close();
+
+ private:
+    FILE* file_ = nullptr;
+    bool isPipe_ = false;
+};
+
+// What reads a file of a kind (probeFileKind): the frame reader itself or one of two converters,
+// which write the frame format to their standard output.
+enum class SourceReader { direct, imageConverter, olderConverter };
+SourceReader readerOfKind(int kind);
+
+// Base name of a converter's program.
+const char* converterName(SourceReader reader);
+
+// The command that converts one file.
+std::string converterCommand(SourceReader reader, const std::string& program,
+                             const std::string& file);
+
+// The result of opening: a stream, or why there is none.
+struct OpenedSource {
+    SourceStream stream;
+    int systemError = 0;  // errno when nothing could be opened
+    Tstring complaint;    // instead of it: a whole message that names the file
+};
+
+// A file that locateFrameFile opened under the path `located`: the same stream, or the output of
+// the program, which is the converter that readerOfKind asks for (none: not installed).
+OpenedSource convertedSource(SourceStream file, SourceReader reader,
+                             const std::optional<std::string>& program, const std::string& located);
+
+// A frame file, looked for along the search directories. With waitForWriter a file that is still
+// too short to be told is taken for a frame that is being written. What is no regular file (a named
+// pipe) can be opened only once: it is not told apart but read as it is.
+OpenedSource openFrameFile(const Tstring& name, bool waitForWriter);
+
+// The output of a command.
+OpenedSource openCommand(const std::string& command);
+
+// A command of the user's, with the frame's number in the environment variable FRAME.
+OpenedSource openFrameCommand(const std::string& command, int frame);
+
+// The output of the command in the environment variable VTTEST, or of the image converter.
+OpenedSource openTestOutput();
+
+// A stream on a duplicate of standard input.
+OpenedSource openStandardInput();
+
+}  // namespace vistel

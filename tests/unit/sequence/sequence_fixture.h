@@ -1,0 +1,95 @@
+// A folder of its own for each test, the viewer's state as at start, and frame files made in
+// memory.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <string>
+
+#include "app/viewer_state.h"
+#include "platform/files.h"
+#include "platform/process.h"
+#include "sequence/frame_loader.h"
+
+namespace vistel {
+
+namespace fs = std::filesystem;
+
+// --- frame files ---------------------------------------------------------------------------------
+inline std::string bigEndian(uint32_t value, int bytes) {
+    std::string text;
+    for (int shift = 8 * (bytes - 1); shift >= 0; shift -= 8) text += char(value >> shift & 0xFF);
+    return text;
+}
+
+inline std::string chunk(const std::string& id, const std::string& body) {
+    std::string text = id + bigEndian(uint32_t(body.size()), 4) + body;
+    text.resize((text.size() + 3) / 4 * 4);
+    return text;
+}
+
+// One image form of 4 x 4 pixels, all of the given red value, blue and green 0.
+inline std::string imageForm(int red) {
+    const std::string header = bigEndian(4, 4) + bigEndian(4, 4) + bigEndian(1, 2) +
+                               bigEndian(1, 2) + bigEndian(1, 4) + bigEndian(0, 2) +
+                               bigEndian(1, 2) + bigEndian(0, 4);
+    std::string tile = bigEndian(0, 2) + bigEndian(0, 2) + bigEndian(3, 2) + bigEndian(3, 2);
+    for (int i = 0; i < 16; ++i) tile += std::string("\0\0", 2) + char(red);
+    const std::string tiles = chunk("FOR4", "TBMP" + chunk("RGBA", tile));
+    return chunk("FOR4", "CIMG" + chunk("TBHD", header) + tiles);
+}
+
+// --- the folder ----------------------------------------------------------------------------------
+class SequenceTest : public testing::Test {
+ protected:
+    void SetUp() override {
+        static int count = 0;
+        const auto* info = testing::UnitTest::GetInstance()->current_test_info();
+        before_ = fs::current_path();
+        folder_ = fs::temp_directory_path() /
+                  ("vistel_sequence_" + std::to_string(std::random_device{}()) + "_" +
+                   std::to_string(++count) + "_" + info->name());
+        fs::create_directories(folder_);
+        fs::current_path(folder_);
+        viewerState = ViewerState{};
+        viewerState.startDirectory = platform::currentDirectory();
+        viewerState.searchDirs = {
+            "", "./", "work/image/project/", "work/tex/project/", "work/image/", "work/tex/"};
+        loaderHooks = LoaderHooks{};
+    }
+    void TearDown() override {
+        viewerState = ViewerState{};
+        loaderHooks = LoaderHooks{};
+        fs::current_path(before_);
+        std::error_code ignored;
+        fs::remove_all(folder_, ignored);
+    }
+
+    void write(const std::string& name, const std::string& bytes) {
+        const fs::path path = folder_ / name;
+        fs::create_directories(path.parent_path());
+        std::ofstream(path, std::ios::binary) << bytes;
+    }
+    void touch(std::initializer_list<const char*> names) {
+        for (const char* name : names) write(name, "x");
+    }
+    // The absolute name of a file in the folder, with slashes.
+    Tstring path(const std::string& name) { return (folder_ / name).generic_string(); }
+
+    fs::path folder_, before_;
+};
+
+inline bool contains(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+
+// A command that runs this test program again as a converter or a user's command
+// (child_program.cpp).
+enum class ChildRole { printFile, printFrameFile, fail };
+std::string childProgram(ChildRole role);
+
+}  // namespace vistel
