@@ -1,0 +1,70 @@
+#include "analysis/plane_views.h"
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+namespace vistel {
+
+namespace {
+
+constexpr uint32_t opaque = 0xFF000000;
+
+constexpr uint32_t grey(uint8_t value) { return opaque | value * 0x010101u; }
+
+struct Range {
+    double low = 0, high = 0;
+};
+
+Range wholeRange(const float* z, size_t pixels) {
+    bool found = false;
+    Range range;
+    for (size_t i = 0; i < pixels; ++i) {
+        if (!std::isfinite(z[i])) continue;
+        range.low = found ? std::min(range.low, double{z[i]}) : z[i];
+        range.high = found ? std::max(range.high, double{z[i]}) : z[i];
+        found = true;
+    }
+    return range;
+}
+
+Range percentileRange(const float* z, size_t pixels) {
+    std::vector<float> finite;
+    finite.reserve(pixels);
+    std::copy_if(z, z + pixels, std::back_inserter(finite),
+                 [](float v) { return std::isfinite(v); });
+    if (finite.empty()) return {};
+    const auto at = [&](size_t percent) {
+        const auto place = finite.begin() + (finite.size() - 1) * percent / 100;
+        std::nth_element(finite.begin(), place, finite.end());
+        return double{*place};
+    };
+    const double low = at(2);
+    return {low, at(98)};
+}
+
+}  // namespace
+
+void buildPlaneView(int plane, bool inverted, const uint32_t* stored, size_t pixels,
+                    uint32_t* view) {
+    const int shift = 8 * (3 - plane);  // plane 0 is the highest byte of the stored pixel
+    const uint8_t flip = inverted ? 0xFF : 0;
+    for (size_t i = 0; i < pixels; ++i)
+        view[i] = grey(static_cast<uint8_t>(stored[i] >> shift) ^ flip);
+}
+
+void buildZView(const float* z, size_t pixels, ZScale scale, uint32_t* view) {
+    const Range range =
+        scale == ZScale::wholeRange ? wholeRange(z, pixels) : percentileRange(z, pixels);
+    const double span = range.high - range.low;
+    for (size_t i = 0; i < pixels; ++i) {
+        if (!std::isfinite(z[i])) {
+            view[i] = grey(0);
+            continue;
+        }
+        const double nearness = span > 0 ? (range.high - z[i]) / span : 1.0;
+        view[i] = grey(static_cast<uint8_t>(std::clamp(nearness, 0.0, 1.0) * 255 + 0.5));
+    }
+}
+
+}  // namespace vistel

@@ -1,0 +1,26 @@
+// Grey views of single planes: what the viewer shows for a mask or a depth plane. Every grey pixel
+// is the same byte in the three colour bytes, opaque.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace vistel {
+
+// View of one stored plane: 0 mask, 1 blue, 2 green, 3 red. `inverted` gives 255 - byte (used for
+// the mask). `stored` and `view` hold `pixels` pixels; they may be the same.
+void buildPlaneView(int plane, bool inverted, const uint32_t* stored, size_t pixels,
+                    uint32_t* view);
+
+// How depth samples become grey.
+enum class ZScale {
+    wholeRange,  // smallest finite sample white, largest black, linear between
+    percentiles  // the same over the 2nd to 98th percentile, so that one outlier does not flatten
+                 // it
+};
+
+// View of a depth plane. Samples that are not finite are black; when all finite samples are equal
+// they are white.
+void buildZView(const float* z, size_t pixels, ZScale scale, uint32_t* view);
+
+}  // namespace vistel
