@@ -1,0 +1,175 @@
+#include "viewer/display_setup.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include "analysis/plane_views.h"
+#include "app/viewer_state.h"
+#include "host/messages.h"
+#include "platform/surface.h"
+#include "settings/saved_settings.h"
+#include "viewer/drawing.h"
+#include "viewer/menu_commands.h"
+#include "viewer/viewer_session.h"
+#include "viewer/window_layer.h"
+
+namespace vistel {
+
+namespace {
+
+constexpr int smallestMargin = 20;  // of an animation, all round
+constexpr int leastWidth = 320;     // window pixels
+constexpr int leastAnimationHeight = 240;
+constexpr int leastImageHeight = 144;
+constexpr int halfHeightLines =
+    491;  // lines of the picture area in half-height mode, whatever the screen
+constexpr int workAreaReserve = 120;  // a full-resolution window leaves this much of the work area
+constexpr int captionAndMenuRows = 50;  // kept on the screen when full screen is left
+constexpr int titleRows = 29;           // of the screen, taken by the window's title
+
+bool showsAnimation() { return viewerState.animation != 0; }
+
+void chooseBuffer(FrameStore& frame) {
+    ViewerSession& session = viewerSession();
+    const size_t pixels = size_t(frame.width) * frame.height;
+    const auto viewBuffer = [&] {
+        session.channelView.resize(pixels);
+        return session.displayed = session.channelView.data(), session.channelView.data();
+    };
+    if (frame.colour.empty()) {
+        session.mode = ChannelMode::zBuffer;
+        buildZView(frame.z.data(), pixels, ZScale::wholeRange, viewBuffer());
+    } else if (frame.header.has(imageBlack)) {
+        session.mode = ChannelMode::matte;
+        buildPlaneView(0, false, frame.colour.data(), pixels, viewBuffer());
+    } else {
+        session.mode = ChannelMode::all;
+        session.displayed = frame.colour.data();
+    }
+}
+
+int screenMargin(int screen, int picture) { return std::max(0, (screen - picture) / 2); }
+
+int windowMargin(int least, int picture) { return picture < least ? least / 2 - picture / 2 : 0; }
+
+// The visible part of a zoomed picture side in a full-resolution window.
+int fittedSide(int picture, int workSide) {
+    if (!viewerState.noRescale || viewerState.fullScreen) return picture;
+    return std::min(picture, std::max(1, workSide - workAreaReserve));
+}
+
+// The window around picture and margins: centred on the work area at first, later where it is.
+void placeAround(const PictureLayout& layout) {
+    const int width = layout.visibleWidth + 2 * layout.marginX;
+    const int height = layout.visibleHeight + 2 * layout.marginY;
+    if (viewerState.fullScreen) {
+        const platform::ScreenSize screen = platform::screenSize();
+        clearPreferredPosition();
+        windowContext().coversScreen = true;
+        return setPreferredPosition(0, screen.width, 0, screen.height);
+    }
+    const platform::PixelRect work = platform::workArea();
+    int left = work.left + std::max(0, (work.width() - width) / 2);
+    int top = work.top + std::max(0, (work.height() - height) / 2);
+    if (windowContext().coversScreen) top = std::max(top, work.top + captionAndMenuRows);
+    if (platform::windowExists() && !windowContext().coversScreen) {
+        platform::clientScreenPosition(left, top);
+    }
+    windowContext().coversScreen = false;
+    setPreferredPosition(left, left + width, top, top + height);
+    if (viewerState.noWinBorder) clearPreferredPosition();
+}
+
+void fitWindow(const FrameStore& frame) {
+    PictureLayout& layout = viewerSession().layout;
+    layout.zoom = std::max(1, viewerState.currentZoom);
+    computeMargins(frame.width, frame.height);
+    layout.clearWanted = true;
+    placeAround(layout);
+    const bool first = viewerState.windowId < 1;
+    if (first) openWindowOrExit(windowTitle());
+    applyPendingPlacement();
+    if (!platform::surfaceExists() && !createDrawing()) saveSettingsAndExit(1);
+    if (!first && viewerState.sequenceMode) return;  // pan stays from file to file
+    // Full resolution: a picture larger than its window starts centred.
+    layout.panX = std::max(0.0f, (frame.width - float(layout.visibleWidth) / layout.zoom) / 2);
+    layout.panY = std::max(0.0f, (frame.height - float(layout.visibleHeight) / layout.zoom) / 2);
+}
+
+}  // namespace
+
+DisplayFit currentDisplayFit() {
+    DisplayFit fit;
+    fit.shrink = std::max(1, viewerState.rfact);
+    fit.magnify = std::max(1, viewerState.magnify);
+    const platform::ScreenSize screen = platform::screenSize();
+    if (viewerState.noRescale || screen.width < 1) return fit;
+    fit.maxWidth = screen.width;
+    fit.maxHeight = std::max(1, screen.height - (viewerState.fullScreen ? 0 : titleRows));
+    return fit;
+}
+
+void openWindowOrExit(const std::string& title) {
+    if (!openViewerWindow(title)) {
+        std::fprintf(stderr, "%s\n", messageText("s_VistelStrings.rVTNoWindow").c_str());
+        saveSettingsAndExit(1);
+    }
+    viewerState.windowId = 1;
+    prepareMenu();
+    setDoubleBuffer(screenMetric(3) == 24);
+    if (!createDrawing()) saveSettingsAndExit(1);
+    if (viewerState.timeLimitMode) setTimerRate(10);
+}
+
+void computeMargins(int width, int height) {
+    PictureLayout& layout = viewerSession().layout;
+    const int zoomedWidth = width * layout.zoom, zoomedHeight = height * layout.zoom;
+    const platform::ScreenSize screen = platform::screenSize();
+    layout.width = width;
+    layout.height = height;
+    if (viewerState.halfHeight) {
+        layout.marginX = screenMargin(screen.width, zoomedWidth);
+        layout.marginY = std::max(0, (halfHeightLines - height / 2 * layout.zoom) / 2);
+    } else if (viewerState.fullScreen) {
+        layout.marginX = screenMargin(screen.width, zoomedWidth);
+        layout.marginY = screenMargin(screen.height, zoomedHeight);
+    } else {
+        layout.marginX = windowMargin(leastWidth, zoomedWidth);
+        layout.marginY =
+            windowMargin(showsAnimation() ? leastAnimationHeight : leastImageHeight, zoomedHeight);
+        if (showsAnimation() && !viewerState.noWinBorder) {
+            layout.marginX = std::max(layout.marginX, smallestMargin);
+            layout.marginY = std::max(layout.marginY, smallestMargin);
+        }
+    }
+    const platform::PixelRect work = platform::workArea();
+    layout.visibleWidth = fittedSide(zoomedWidth, work.width());
+    layout.visibleHeight = fittedSide(zoomedHeight, work.height());
+}
+
+void applyProjection() {
+    const PictureLayout& layout = viewerSession().layout;
+    platform::setProjection(layout.visibleWidth + 2 * layout.marginX,
+                            layout.visibleHeight + 2 * layout.marginY);
+}
+
+std::string shownSourceName() {
+    if (viewerState.fileName.starts_with("pipe:"))
+        return messageText("s_VistelStrings.rVTPipedCmd");
+    const bool named = !viewerState.fileName.empty();
+    return named ? viewerState.fileName : viewerState.sourceName;
+}
+
+std::string windowTitle() { return formatPositional("VisTel: ^1s^2s", {shownSourceName(), ""}); }
+
+void setUpDisplay(FrameStore& frame, Refit refit) {
+    viewerSession().shown = &frame;
+    chooseBuffer(frame);
+    if (refit == Refit::fitWindow || viewerState.windowId < 1) {
+        fitWindow(frame);
+        applyProjection();
+    }
+    if (!playing()) setViewerTitle(windowTitle());
+}
+
+}  // namespace vistel

@@ -1,0 +1,40 @@
+// Fits the window to the picture: which buffer is shown, margins, window rectangle, projection,
+// title.
+#pragma once
+
+#include <string>
+
+#include "iff/frame_store.h"
+
+namespace vistel {
+
+// Largest picture that frames are fitted into by the loader.
+DisplayFit currentDisplayFit();
+
+enum class Refit {
+    keepWindow,  // a frame change: the window stays as it is
+    fitWindow,   // first frame, reload, full screen or full resolution: margins and window are made
+                 // anew
+};
+
+// Shows `frame`. Creates the window on the first call of a source; a failure ends the program with
+// status 1.
+void setUpDisplay(FrameStore& frame, Refit refit);
+
+// Opens (or re-opens) the viewer window with its menu and drawing surface. When the system refuses,
+// says so and ends the program with status 1.
+void openWindowOrExit(const std::string& title);
+
+// Margins and visible size of a picture of width x height image pixels, from zoom, full screen,
+// animation and half-height mode. Changes the layout of the session only.
+void computeMargins(int width, int height);
+
+// Sets viewport-wide projection for the current layout.
+void applyProjection();
+
+// "VisTel: NAME", for the source that is open.
+std::string windowTitle();
+// The source's name as the user knows it.
+std::string shownSourceName();
+
+}  // namespace vistel

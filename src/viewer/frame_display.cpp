@@ -1,0 +1,78 @@
+#include "viewer/frame_display.h"
+
+#include <cstdio>
+
+#include "app/viewer_state.h"
+#include "host/messages.h"
+#include "iff/result_codes.h"
+#include "platform/clock.h"
+#include "sequence/frame_loader.h"
+#include "viewer/display_setup.h"
+#include "viewer/drawing.h"
+#include "viewer/viewer_session.h"
+#include "viewer/window_layer.h"
+
+namespace vistel {
+
+namespace {
+
+// Held keys must not pile up behind a slow frame.
+void dropRepeatedSteps() {
+    windowContext().queue.drop([](const InputEvent& event) {
+        const bool step = event.code == keyLeftArrow || event.code == keyRightArrow;
+        return event.code == 'U' || event.code == EV_TIMER || (step && event.value);
+    });
+}
+
+FrameStore* readCurrentFrame() {
+    viewerSession().readStarted = platform::tickMilliseconds();
+    FrameStore read;
+    const int result = readFrameAgain(read);
+    if (result != iffOk && !read.hasPicture()) return nullptr;
+    return &keepFrame(viewerState.currentFrame, std::move(read));
+}
+
+bool show(FrameStore& frame, SourceMark mark, Refit refit) {
+    viewerSession().mark = mark;
+    setUpDisplay(frame, refit);
+    if (!playing()) dropRepeatedSteps();
+    return true;
+}
+
+bool reload() {
+    showMessageBand(messageText("s_VistelStrings.rVTReloadingImage"));
+    if (FrameStore* frame = readCurrentFrame())
+        return show(*frame, SourceMark::disk, Refit::fitWindow);
+    showMessageBand(messageText("s_VistelStrings.rVTFileRemoved"));
+    viewerSession().bandShown = true;
+    return false;
+}
+
+}  // namespace
+
+FrameStore& keepFrame(int frame, FrameStore&& store) {
+    ViewerSession& session = viewerSession();
+    if (viewerState.kmem > 0) return session.slots.keep(frame, std::move(store));
+    return session.loose = std::move(store);
+}
+
+void reportUnreadableFrame() {
+    const Tstring text =
+        formatMessage("s_VistelStrings.rVTFrameUnreadable",
+                      {lastFrameName(), lastFrameReason(), viewerState.currentFrame});
+    std::fprintf(stderr, "%s\n", text.c_str());
+}
+
+bool showCurrentFrame(FrameRead read) {
+    if (read == FrameRead::always) return reload();
+    if (FrameStore* kept = viewerSession().slots.find(viewerState.currentFrame)) {
+        return show(*kept, SourceMark::memory, Refit::keepWindow);
+    }
+    if (FrameStore* frame = readCurrentFrame())
+        return show(*frame, SourceMark::disk, Refit::keepWindow);
+    viewerSession().mark = SourceMark::unknown;
+    if (!playing()) dropRepeatedSteps();
+    return true;
+}
+
+}  // namespace vistel

@@ -1,0 +1,146 @@
+#include "viewer/load_animation.h"
+
+#include <cstdio>
+
+#include "app/viewer_state.h"
+#include "host/messages.h"
+#include "iff/result_codes.h"
+#include "platform/clock.h"
+#include "platform/files.h"
+#include "platform/process.h"
+#include "sequence/frame_loader.h"
+#include "viewer/display_setup.h"
+#include "viewer/drawing.h"
+#include "viewer/frame_display.h"
+#include "viewer/viewer_session.h"
+#include "viewer/window_layer.h"
+
+namespace vistel {
+
+namespace {
+
+constexpr uint32_t longestKeyWait = 100;  // milliseconds that a key waits for a frame being written
+constexpr unsigned progressInterval = 100;  // milliseconds between two progress texts
+
+bool loading = false;  // Escape ends the load
+bool stopped = false;  // the user ended the load
+
+// Progress in the title and on the console, a few times a second.
+class Progress {
+ public:
+    explicit Progress(int frames) : frames_(frames), console_(platform::isTerminal(2)) {}
+
+    void show(int done) {
+        const uint32_t now = platform::tickMilliseconds();
+        if (done > 1 && now - shownAt_ < progressInterval) return;
+        shownAt_ = now;
+        const Tstring text =
+            formatMessage("s_VistelStrings.rVTLoading", {shownSourceName(), done, frames_});
+        setViewerTitle(text);
+        if (console_) std::fprintf(stderr, "\r%s", text.c_str());
+    }
+    ~Progress() {
+        if (console_ && shownAt_) std::fprintf(stderr, "\n");
+    }
+
+ private:
+    int frames_;
+    bool console_;
+    uint32_t shownAt_ = 0;
+};
+
+// Frames in a row that cannot be opened for the same reason are one message.
+class MissingFrames {
+ public:
+    ~MissingFrames() { report(); }
+
+    void add(int frame, const Tstring& name, const Tstring& reason) {
+        if (count_ && reason != reason_) report();
+        if (!count_) first_ = frame;
+        last_ = frame;
+        name_ = name;
+        reason_ = reason;
+        ++count_;
+    }
+    void report() {
+        if (count_ == 1)
+            print(formatMessage("s_VistelStrings.rVTFrameMissing", {first_, name_, reason_}));
+        if (count_ > 1) {
+            print(
+                formatMessage("s_VistelStrings.rVTFramesMissing", {first_, last_, name_, reason_}));
+        }
+        count_ = 0;
+    }
+
+ private:
+    static void print(const Tstring& text) { std::fprintf(stderr, "%s\n", text.c_str()); }
+    int first_ = 0, last_ = 0, count_ = 0;
+    Tstring name_, reason_;  // of the last one
+};
+
+void loadFrame(int frame, MissingFrames& missing) {
+    viewerState.currentFrame = frame;
+    FrameStore store;
+    const int result = readFrameAgain(store);
+    if (result == iffNotIff) return missing.add(frame, lastFrameName(), lastFrameReason());
+    missing.report();
+    if (result != iffOk && !stopped) reportUnreadableFrame();
+    if (store.hasPicture()) keepFrame(frame, std::move(store));
+}
+
+void redrawPicture() {
+    if (!windowContext().drawPass) return;
+    windowContext().drawPass();
+    swapDrawing();
+}
+
+// A frame of a running animation that is still being written must not hold up the keys.
+bool keyWaitsTooLong() {
+    if (!viewerState.viewerLoopRunning || !viewerState.synchro) return false;
+    if (platform::tickMilliseconds() - viewerSession().readStarted < longestKeyWait) return false;
+    return windowContext().queue.any([](const InputEvent& event) {
+        return event.value && event.code != EV_TIMER && event.code != EV_MOUSEX &&
+               event.code != EV_MOUSEY;
+    });
+}
+
+}  // namespace
+
+bool keepLoading() {
+    if (!platform::windowExists()) return !platform::interruptRequested() && !windowContext().quit;
+    pumpEvents();
+    bool redraw = false;
+    // Keys wait for the loop: one pressed while a frame is read acts after it. What would only fill
+    // the queue during a long load goes.
+    windowContext().queue.drop([&](const InputEvent& event) {
+        const bool escape = loading && event.code == keyEscape;
+        stopped |= escape && event.value;
+        viewerSession().escapeTaken |= escape && event.value;
+        redraw |= event.code == EV_REDRAW;
+        const bool idle =
+            event.code == EV_TIMER || event.code == EV_MOUSEX || event.code == EV_MOUSEY;
+        return escape || event.code == EV_REDRAW || (loading && idle);
+    });
+    if (redraw) redrawPicture();
+    return !stopped && !windowContext().quit && !keyWaitsTooLong();
+}
+
+void loadRemainingFrames() {
+    const int first = viewerState.currentFrame;
+    if (viewerState.kmem <= 0) return;
+    const int64_t step = viewerState.frameStep > 0 ? viewerState.frameStep : 1;
+    const int frames = static_cast<int>((int64_t{viewerState.lastFrame} - first) / step + 1);
+    loading = true;
+    Progress progress(frames);
+    MissingFrames missing;
+    int done = 1;
+    for (int64_t frame = first + step; frame <= viewerState.lastFrame && keepLoading();
+         frame += step) {
+        progress.show(++done);
+        loadFrame(static_cast<int>(frame), missing);
+    }
+    viewerState.currentFrame = first;
+    loading = stopped = false;
+}
+
+}  // namespace vistel

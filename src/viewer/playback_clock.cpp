@@ -1,0 +1,67 @@
+#include "viewer/playback_clock.h"
+
+#include <algorithm>
+#include <string>
+
+#include "app/viewer_state.h"
+#include "platform/clock.h"
+
+namespace vistel {
+
+void PlaybackClock::reset() {
+    start_ = platform::tickMilliseconds();
+    framesDue_ = 0;
+    carried_ = 0;
+}
+
+void PlaybackClock::resetAtWrap(int frameRate, int due) {
+    const float early = timeAhead(frameRate);
+    reset();
+    // Only what pacing itself lets a frame be early; a real lag is forgotten.
+    carried_ = std::clamp(early, 0.0f, 2.0f);
+    framesDue_ = due;
+}
+
+float PlaybackClock::timeAhead(int frameRate) const {
+    const uint32_t elapsed = platform::tickMilliseconds() - start_;
+    return static_cast<float>(double(framesDue_) * 1000.0 / frameRate + carried_ - double(elapsed));
+}
+
+void FpsMeter::count() {
+    const uint32_t now = platform::tickMilliseconds();
+    if (counted_) milliseconds_ += static_cast<float>(now - lastTick_);
+    counted_ = true;
+    lastTick_ = now;
+    if (++passes_ < passesPerFigure) return;
+    if (milliseconds_ != 0) shown_ = 1000.0f / (milliseconds_ / passesPerFigure);
+    passes_ = 0;
+    milliseconds_ = 0;
+}
+
+PlaybackClock& playbackClock() {
+    static PlaybackClock clock;
+    return clock;
+}
+
+void setFrameRate(int framesPerSecond) {
+    viewerState.frameRate = std::clamp(framesPerSecond, lowestFrameRate, highestFrameRate);
+    playbackClock().reset();
+}
+
+int rateAfterKey(int direction, bool shift, bool control, bool alt) {
+    if (control) return viewerState.startFrameRate;
+    const int change = alt ? (shift ? 10 : 5) : (shift ? 2 : 1);
+    const int rate = std::clamp(viewerState.frameRate, lowestFrameRate, highestFrameRate);
+    return std::clamp(rate + direction * change, lowestFrameRate, highestFrameRate);
+}
+
+void setTypedFrameRate(const std::string& text) {
+    Tstring digits;
+    for (const char c : text.substr(0, 255)) {
+        if (c != '\r' && c != '\n' && c != '\t' && c != ' ') digits += c;
+    }
+    const int rate = std::clamp(digits.asInt32(), lowestFrameRate, highestFrameRate);
+    if (rate != viewerState.frameRate) setFrameRate(rate);
+}
+
+}  // namespace vistel

@@ -1,0 +1,69 @@
+// The clock that paces playback, and the frames-per-second figure of the status line. Times come
+// from the high-resolution counter in milliseconds; the window's timer paces nothing.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace vistel {
+
+constexpr int lowestFrameRate = 1;
+constexpr int highestFrameRate = 300;
+
+class PlaybackClock {
+ public:
+    // Starts counting now: no frame is due, no lag allowed.
+    void reset();
+
+    // The range wrapped while playing: starts counting at the moment at which the frame on screen
+    // was due, so that frames shown up to 2 ms early do not shorten every round. `due` frames are
+    // due.
+    void resetAtWrap(int frameRate, int due);
+
+    // A step of so many frames was made.
+    void step(int frames) { framesDue_ += frames; }
+
+    // Milliseconds until the current frame is due at this rate; negative when it is late.
+    float timeAhead(int frameRate) const;
+
+    // Later than this (milliseconds, 0) the player skips frames when skipping is on.
+    float allowedLag() const { return 0.0f; }
+    int framesDue() const { return framesDue_; }
+
+ private:
+    uint32_t start_ = 0;  // tick, milliseconds
+    int framesDue_ = 0;
+    float carried_ = 0;  // milliseconds before `start_` that a wrap carried over
+};
+
+// The rate shown in the status line: the average over each 20 passes.
+class FpsMeter {
+ public:
+    // A pass drew an animation frame now.
+    void count();
+    float shown() const { return shown_; }
+
+ private:
+    static constexpr int passesPerFigure = 20;
+    int passes_ = 0;
+    float milliseconds_ = 0;
+    uint32_t lastTick_ = 0;
+    bool counted_ = false;
+    float shown_ = 0;
+};
+
+// The one clock of the viewer loop.
+PlaybackClock& playbackClock();
+
+// Clamps to 1..300, stores viewerState.frameRate and resets the clock.
+void setFrameRate(int framesPerSecond);
+
+// Rate after a press of a rate key: direction +1 or -1; by 1, Shift 2, Alt 5, both 10; Control
+// gives the start-up rate.
+int rateAfterKey(int direction, bool shift, bool control, bool alt);
+
+// A rate typed by the user: blanks, tabs and line ends are dropped, the rest read as a number and
+// clamped. The rate is set only when it differs.
+void setTypedFrameRate(const std::string& text);
+
+}  // namespace vistel

@@ -1,0 +1,98 @@
+#include "viewer/status_line.h"
+
+#include <cstdint>
+#include <iterator>
+
+#include "app/viewer_state.h"
+#include "host/messages.h"
+#include "viewer/viewer_session.h"
+
+namespace vistel {
+
+namespace {
+
+const char* directionMark() {
+    if (viewerState.paused) return "";
+    switch (viewerState.playMode) {
+        case PlayMode::forward:
+            return viewerState.pingPong ? "FS" : "F";
+        case PlayMode::backward:
+            return viewerState.pingPong ? "BS" : "B";
+        default:
+            return "";
+    }
+}
+
+const char* sourceMark() {
+    switch (viewerSession().mark) {
+        case SourceMark::memory:
+            return "Mem";
+        case SourceMark::disk:
+            return "Dsk";
+        default:
+            return "???";
+    }
+}
+
+Tstring rangeText() {
+    const bool whole = viewerState.playFirst == viewerState.firstFrame &&
+                       viewerState.playLast == viewerState.lastFrame;
+    return whole ? Tstring()
+                 : formatPrintf(" - [%d,%d]", viewerState.playFirst, viewerState.playLast);
+}
+
+// Name of a plain view, and of the relief made from it, by channel mode. Null: none.
+struct LabelRow {
+    const char* view;
+    const char* relief;
+};
+constexpr LabelRow labels[] = {
+    {"s_VistelStrings.rVTMask", "s_VistelStrings.rVTMaskBump"},
+    {"s_VistelStrings.rVTBPlane", "s_VistelStrings.rVTBlueBump"},
+    {"s_VistelStrings.rVTGPlane", "s_VistelStrings.rVTGreenBump"},
+    {"s_VistelStrings.rVTRPlane", "s_VistelStrings.rVTRedBump"},
+    {nullptr, nullptr},
+    {"s_VistelStrings.rVTZBuffer", "s_VistelStrings.rVTZBump"},
+    {"s_VistelStrings.rVTLuminance", "s_VistelStrings.rVTLumBump"},
+};
+
+Tstring textOf(const char* id) { return id ? messageText(id) : Tstring(); }
+
+Tstring viewLabel() {
+    const ViewerSession& session = viewerSession();
+    if (session.mode < ChannelMode::invertedBump) return textOf(labels[int(session.mode)].view);
+    const bool known = session.bumpSource >= 0 && session.bumpSource < int(std::size(labels));
+    const Tstring label = known ? textOf(labels[session.bumpSource].relief) : Tstring();
+    if (session.mode == ChannelMode::bump) return label;
+    return label.empty() ? label : formatMessage("s_VistelStrings.rVTInv", {label});
+}
+
+}  // namespace
+
+TimeFields timeFields(int frame, int frameRate) {
+    const int64_t n = int64_t{frame} - 1;
+    TimeFields fields;
+    fields.frames = static_cast<int>(n % frameRate);
+    fields.seconds = static_cast<int>((n - fields.frames) / frameRate % 60);
+    fields.minutes = static_cast<int>(n - (int64_t{frameRate} * fields.seconds + fields.frames));
+    return fields;
+}
+
+std::string statusLine(int frame) {
+    const TimeFields time = timeFields(frame, effectiveFrameRate());
+    return formatPrintf("%02d:%02d:%02d - %d %s%s %s%s %.2fFPS", time.minutes, time.seconds,
+                        time.frames, frame, viewerState.frameSkip ? "T" : "", directionMark(),
+                        sourceMark(), rangeText().c_str(), double{viewerSession().fps.shown()});
+}
+
+std::string channelLabel() {
+    const ViewerSession& session = viewerSession();
+    const Tstring label = viewLabel();
+    if (session.controlChannel == 0) return label;
+    const std::string letter(
+        1, (session.controlComplement ? "YMC" : "BGR")[session.controlChannel - 1]);
+    if (label.empty()) return formatMessage("s_VistelStrings.rVTControl2", {letter});
+    return formatMessage("s_VistelStrings.rVTControl", {label, letter});
+}
+
+}  // namespace vistel

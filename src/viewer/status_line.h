@@ -1,0 +1,21 @@
+// The texts over the picture: the status line of an animation and the label of the shown channel.
+#pragma once
+
+#include <string>
+
+namespace vistel {
+
+// Position of frame n at r frames per second. `minutes` is deliberately the number of frames in the
+// whole minutes, not a count of minutes.
+struct TimeFields {
+    int minutes = 0, seconds = 0, frames = 0;
+};
+TimeFields timeFields(int frame, int frameRate);
+
+// "00:00:05 - 6 F Mem 24.00FPS": the frame's number, the rest from the viewer's state.
+std::string statusLine(int frame);
+
+// Name of the shown channel; empty for the plain picture.
+std::string channelLabel();
+
+}  // namespace vistel

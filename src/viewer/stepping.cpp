@@ -1,0 +1,105 @@
+#include "viewer/stepping.h"
+
+#include <utility>
+
+#include "app/viewer_state.h"
+#include "viewer/viewer_session.h"
+
+namespace vistel {
+
+namespace {
+
+int stepSize() { return viewerState.frameStep > 0 ? viewerState.frameStep : 1; }
+
+bool pastRange(Direction direction, int64_t frame) {
+    return direction == Direction::forward ? frame > viewerState.playLast
+                                           : frame < viewerState.playFirst;
+}
+
+// The step itself; while playback is late and may skip, further ones up to the range's end.
+int64_t advance(const Step& step) {
+    int64_t frame = viewerState.currentFrame;
+    PlaybackClock& clock = playbackClock();
+    do {
+        frame += int64_t{stepSize()} * static_cast<int>(step.direction);
+        clock.step(stepSize());
+    } while (step.synthetic && viewerState.frameSkip && !pastRange(step.direction, frame) &&
+             clock.timeAhead(effectiveFrameRate()) < clock.allowedLag());
+    return frame;
+}
+
+void restartClock(const Step& step) {
+    const int due = step.direction == Direction::forward ? stepSize() : 0;
+    if (step.synthetic) {
+        playbackClock().resetAtWrap(effectiveFrameRate(), due);
+    } else {
+        playbackClock().reset();
+        playbackClock().step(due);
+    }
+}
+
+int reflected(Direction direction, int64_t frame) {
+    const int64_t first = viewerState.playFirst, last = viewerState.playLast;
+    if (direction == Direction::forward) {
+        const int64_t back = 2 * last - frame;
+        return static_cast<int>(back < first ? lastReachableFrame() : back);
+    }
+    const int64_t forth = 2 * first - frame;
+    return static_cast<int>(forth > last ? first : forth);
+}
+
+// The frame to go on with beyond an end of the range.
+int beyondEnd(const Step& step, int64_t frame) {
+    const bool forward = step.direction == Direction::forward;
+    if (viewerState.playOnce) {
+        viewerState.playOnce = 0;
+        viewerState.playMode = PlayMode::stopped;
+        return forward ? viewerState.playLast : viewerState.playFirst;
+    }
+    if (!viewerState.pingPong) return forward ? viewerState.playFirst : lastReachableFrame();
+    if (playing()) viewerState.playMode = forward ? PlayMode::backward : PlayMode::forward;
+    return reflected(step.direction, frame);
+}
+
+}  // namespace
+
+int lastReachableFrame() {
+    const int64_t first = viewerState.playFirst, span = int64_t{viewerState.playLast} - first;
+    return static_cast<int>(first + span / stepSize() * stepSize());
+}
+
+bool stepFrame(const Step& step) {
+    if (!step.synthetic && step.toEnd) {
+        viewerState.currentFrame =
+            step.direction == Direction::forward ? viewerState.playLast : viewerState.playFirst;
+        playbackClock().reset();
+        return true;
+    }
+    if (!step.synthetic && playing()) return false;
+    const int64_t before = viewerState.currentFrame;
+    const int64_t frame = advance(step);
+    if (pastRange(step.direction, frame)) {
+        restartClock(step);
+        viewerState.currentFrame = beyondEnd(step, frame);
+    } else {
+        viewerState.currentFrame = static_cast<int>(frame);
+    }
+    viewerSession().wentBackward |= viewerState.currentFrame < before;
+    return true;
+}
+
+void setRangeStart() {
+    const bool reset = viewerState.currentFrame == viewerState.playFirst;
+    viewerState.playFirst = reset ? viewerState.firstFrame : viewerState.currentFrame;
+    if (viewerState.playFirst > viewerState.playLast)
+        std::swap(viewerState.playFirst, viewerState.playLast);
+}
+
+void setRangeEnd() {
+    const bool reset = viewerState.currentFrame == viewerState.playLast;
+    viewerState.playLast = reset ? viewerState.lastFrame : viewerState.currentFrame;
+    if (viewerState.playFirst > viewerState.playLast)
+        std::swap(viewerState.playFirst, viewerState.playLast);
+}
+
+}  // namespace vistel

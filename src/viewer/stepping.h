@@ -1,0 +1,27 @@
+// Which frame comes next: steps by key and by playback, the range's ends, ping-pong, play-once,
+// skipping of frames that are late.
+#pragma once
+
+namespace vistel {
+
+enum class Direction { backward = -1, forward = 1 };
+
+struct Step {
+    Direction direction = Direction::forward;
+    bool synthetic = false;  // made by playback, not by a key
+    bool toEnd = false;      // go to the range's start (backward) or end (forward); keys only
+};
+
+// Changes viewerState.currentFrame, the play mode and the clock. False when nothing changed: a
+// key's step while playing.
+bool stepFrame(const Step& step);
+
+// Highest frame that steps from the range's start reach.
+int lastReachableFrame();
+
+// Sets the start or the end of the play range to the current frame; on the frame that is the bound
+// already, the bound goes back to the sequence's own. Start and end are exchanged when they cross.
+void setRangeStart();
+void setRangeEnd();
+
+}  // namespace vistel

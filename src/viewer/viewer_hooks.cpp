@@ -1,0 +1,60 @@
+#include "viewer/viewer_hooks.h"
+
+#include "app/viewer_state.h"
+#include "iff/result_codes.h"
+#include "platform/window.h"
+#include "sequence/frame_loader.h"
+#include "viewer/display_setup.h"
+#include "viewer/drawing.h"
+#include "viewer/frame_display.h"
+#include "viewer/load_animation.h"
+#include "viewer/menu_commands.h"
+#include "viewer/viewer_loop.h"
+#include "viewer/viewer_session.h"
+#include "viewer/window_layer.h"
+
+namespace vistel {
+
+namespace {
+
+void presentFirstFrame() {
+    windowContext().drawPass = drawPass;
+    viewerSession().statusFrame = viewerState.currentFrame;
+    viewerSession().fps = FpsMeter{};
+    drawPass();
+    swapDrawing();
+}
+
+// A picture of the current source arrived: shows it, reads what belongs to it, runs the loop.
+int frameLoaded(FrameStore& frame) {
+    releaseFrames();
+    viewerSession().layout.startZoom = viewerState.currentZoom;
+    FrameStore& kept = keepFrame(viewerState.currentFrame, std::move(frame));
+    setUpDisplay(kept, Refit::fitWindow);
+    presentFirstFrame();
+    if (viewerState.animation) loadRemainingFrames();
+    runViewerLoop();
+    return iffParsingComplete;
+}
+
+}  // namespace
+
+void installViewer() {
+    loaderHooks.displayFit = currentDisplayFit;
+    loaderHooks.frameLoaded = frameLoaded;
+    loaderHooks.keepGoing = keepLoading;
+    windowContext().command = runMenuCommand;
+}
+
+void beginSource() {
+    if (platform::windowExists()) return;
+    windowContext().quit = false;
+    clearEvents();
+}
+
+void runEmptyWindow() {
+    openWindowOrExit("VisTel");
+    runUntilQuit();
+}
+
+}  // namespace vistel

@@ -1,0 +1,14 @@
+// The viewer's loop: draws the current frame, presents it, takes one event, acts on it.
+#pragma once
+
+namespace vistel {
+
+// Runs until the window is closed or another file was chosen (frames are then freed), or the time
+// limit is over (nothing is freed). The first frame must be on display.
+void runViewerLoop();
+
+// Draws picture, label and status line of the current frame, without presenting them. Repeatable:
+// it depends on the state only.
+void drawPass();
+
+}  // namespace vistel

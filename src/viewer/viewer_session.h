@@ -1,0 +1,91 @@
+// What the viewer knows of the source on screen: its frames, how they are laid out in the window,
+// the keys that are held. One record, owned by the main thread.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "platform/input_event.h"
+#include "viewer/frame_slots.h"
+#include "viewer/playback_clock.h"
+
+namespace vistel {
+
+enum class ChannelMode : int32_t {
+    matte = 0,
+    blue = 1,
+    green = 2,
+    red = 3,
+    all = 4,
+    zBuffer = 5,
+    luminance = 6,
+    invertedBump = 7,
+    bump = 8,
+};
+
+// Where the shown frame came from.
+enum class SourceMark { memory, disk, unknown };
+
+struct Modifiers {
+    bool leftShift = false, rightShift = false;
+    bool leftControl = false, rightControl = false;
+    bool leftAlt = false, rightAlt = false;
+
+    bool shift() const { return leftShift || rightShift; }
+    bool control() const { return leftControl || rightControl; }
+    bool alt() const { return leftAlt || rightAlt; }
+    bool any() const { return shift() || control() || alt(); }
+    // Takes a key event; other keys change nothing.
+    void update(const InputEvent& event);
+};
+
+// The picture's place in the window.
+struct PictureLayout {
+    int width = 0, height = 0;  // of the shown frame, image pixels
+    int zoom = 1;               // window pixels per image pixel
+    int startZoom = 1;
+    int marginX = 0, marginY = 0;  // window pixels between the window's edge and the picture
+    int visibleWidth = 0, visibleHeight = 0;  // window pixels
+    float panX = 0, panY = 0;  // image column and row at the picture's lower-left corner
+    bool clearWanted = true;   // the margins must be painted
+};
+
+struct ViewerSession {
+    FrameSlots slots;                     // used while viewerState.kmem > 0
+    FrameStore loose;                     // the frame on screen otherwise
+    FrameStore* shown = nullptr;          // the frame on screen
+    const uint32_t* displayed = nullptr;  // what is drawn of it: its colour plane or `channelView`
+    std::vector<uint32_t> channelView;    // grey view, made when a mode needs one
+    ChannelMode mode = ChannelMode::all;
+    int bumpSource = -1;             // channel mode that the relief views are made from; -1 none
+    int controlChannel = 0;          // 1 blue, 2 green, 3 red; 0 none
+    bool controlComplement = false;  // the control channel was chosen with Shift
+    PictureLayout layout;
+    Modifiers modifiers;
+    FpsMeter fps;
+    SourceMark mark = SourceMark::memory;
+    bool jumpToEnds = false;     // the next step goes to the range's start or end
+    bool wentBackward = false;   // the frame number fell since the last pass
+    bool restRequested = false;  // a pause of 100 ms after the event
+    bool escapeTaken = false;    // Escape ended a load; its release means nothing more
+    int statusFrame = 0;         // number that the status line shows
+    uint32_t readStarted = 0;    // tick at which a frame began to be read again
+    bool bandShown = false;      // a message band covers the picture
+    uint32_t startTick = 0;      // of the loop, for the time limit
+};
+
+ViewerSession& viewerSession();
+
+// Frees every frame; nothing is on display then. Pan and channel stay, for sequence mode.
+void releaseFrames();
+
+// Forgets everything about the source.
+void clearViewerSession();
+
+// Frames per second in force, at least 1.
+int effectiveFrameRate();
+
+// An animation that is running, not paused.
+bool playing();
+
+}  // namespace vistel

@@ -1,0 +1,233 @@
+#include "viewer/window_layer.h"
+
+#include "app/viewer_state.h"
+#include "platform/menu.h"
+#include "platform/process.h"
+#include "platform/surface.h"
+#include "viewer/drawing.h"
+
+namespace vistel {
+
+namespace {
+
+constexpr int commandImportSound = 40023;
+constexpr int commandToggleSound = 40024;
+constexpr int minimumWidth = 320;
+
+WindowPlacement centredPlacement() {
+    constexpr int width = 320, height = 240;
+    const platform::PixelRect work = platform::workArea();
+    WindowPlacement placement;
+    placement.left = work.left + (work.width() - width) / 2;
+    placement.top = work.top + (work.height() - height) / 2;
+    placement.right = placement.left + width;
+    placement.bottom = placement.top + height;
+    return placement;
+}
+
+WindowPlacement& pendingPlacement() {
+    auto& pending = windowContext().pending;
+    if (!pending) pending = std::make_unique<WindowPlacement>(centredPlacement());
+    return *pending;
+}
+
+int controlBarRows() { return viewerState.controlBarShown ? CONTROL_BAR_HEIGHT : 0; }
+
+platform::PixelRect clientRect(const WindowPlacement& placement) {
+    platform::PixelRect rect{placement.left, placement.top, placement.right,
+                             placement.bottom + controlBarRows()};
+    if (rect.width() < minimumWidth) rect.right = rect.left + minimumWidth;
+    return rect;
+}
+
+// --- what the window sends ----------------------------------------------------------------------
+
+void onPaint() {
+    WindowContext& context = windowContext();
+    if (platform::surfaceExists()) {
+        if (!viewerState.viewerLoopRunning && !context.drawPass) {
+            platform::setScissorTest(false);
+            clearDrawing();
+            platform::swapBuffers();
+        } else if (context.commandDepth > 0) {
+            restoreFrontImage();
+        }
+    }
+    context.queue.post(EV_REDRAW, 1);
+}
+
+void onResized() {
+    windowContext().savedImageValid = false;
+    if (!platform::surfaceExists()) return;
+    int width, height;
+    platform::clientArea(width, height);
+    platform::setViewport(width, height);
+}
+
+void onCommand(int id) {
+    if (windowContext().command) windowContext().command(id);
+}
+
+const platform::WindowSink windowSink{
+    .postEvent = [](int code, unsigned value) { postEvent(code, static_cast<uint16_t>(value)); },
+    .command = onCommand,
+    .commandStarts =
+        [] {
+            saveFrontImage();
+            ++windowContext().commandDepth;
+        },
+    .commandEnds = [] { --windowContext().commandDepth; },
+    .paint = onPaint,
+    .resized = onResized,
+};
+
+bool createWindow(const std::string& title, const WindowPlacement& placement) {
+    WindowContext& context = windowContext();
+    context.quit = false;
+    context.queue.clear();
+    context.border = placement.usePreferredPosition;
+    return platform::openWindow({title, clientRect(placement), context.border}, windowSink);
+}
+
+}  // namespace
+
+WindowContext& windowContext() {
+    static thread_local WindowContext context;
+    return context;
+}
+
+bool openViewerWindow(const std::string& title) {
+    WindowContext& context = windowContext();
+    const WindowPlacement placement = pendingPlacement();
+    context.creating = true;
+    if (platform::windowExists()) {
+        platform::destroySurface();
+        context.queue.clear();
+        platform::setWindowTitle(title);
+        context.border = placement.usePreferredPosition;
+        platform::placeWindow(clientRect(placement), context.border);
+    } else if (!createWindow(title, placement)) {
+        context.creating = false;
+        return false;
+    }
+    platform::enableMenuItem(commandImportSound, viewerState.soundLoaded);
+    platform::enableMenuItem(commandToggleSound, viewerState.soundLoaded);
+    context.creating = false;
+    platform::startTimer(1000 / context.timerRate);
+    context.pending.reset();
+    return true;
+}
+
+void setPreferredPosition(int x0, int x1, int y0, int y1) {
+    WindowPlacement& placement = pendingPlacement();
+    placement.left = x0;
+    placement.right = x1;
+    placement.top = y0;
+    placement.bottom = y1;
+}
+
+void clearPreferredPosition() { pendingPlacement().usePreferredPosition = false; }
+
+void applyPendingPlacement() {
+    WindowContext& context = windowContext();
+    if (!context.pending || !platform::windowExists()) return;
+    context.border = context.pending->usePreferredPosition;
+    platform::placeWindow(clientRect(*context.pending), context.border);
+    context.pending.reset();
+}
+
+void setViewerTitle(const std::string& title) {
+    if (platform::windowExists()) platform::setWindowTitle(title);
+}
+
+void setTimerRate(int ticksPerSecond) {
+    windowContext().timerRate = ticksPerSecond;
+    if (platform::windowExists()) platform::startTimer(1000 / ticksPerSecond);
+}
+
+void clientSize(int& width, int& height) {
+    platform::clientArea(width, height);
+    height -= controlBarRows();
+}
+
+void clientOrigin(int& x, int& y) {
+    int top, width, height;
+    platform::clientScreenPosition(x, top);
+    platform::clientArea(width, height);
+    y = platform::screenSize().height - (top + height) + controlBarRows();
+}
+
+int screenMetric(int which) {
+    switch (which) {
+        case 1:
+            return platform::screenSize().width;
+        case 2:
+            return platform::screenSize().height;
+        case 3:
+        case 4:
+            return 24;
+        default:
+            return 0;
+    }
+}
+
+int postEvent(int32_t code, uint16_t value) { return windowContext().queue.post(code, value); }
+void clearEvents() { windowContext().queue.clear(); }
+
+void pumpEvents() {
+    WindowContext& context = windowContext();
+    const bool closed = !platform::pumpMessages();
+    if (closed || platform::interruptRequested()) {
+        context.quit = true;
+        context.queue.post(EV_QUIT, 1);
+    }
+    if (context.quit && context.queue.empty()) context.queue.post(EV_QUIT, 1);
+}
+
+int peekEvent() {
+    pumpEvents();
+    const EventQueue& queue = windowContext().queue;
+    return queue.empty() ? 0 : queue.front().code;
+}
+
+InputEvent waitEvent() {
+    pumpEvents();
+    EventQueue& queue = windowContext().queue;
+    while (queue.empty()) {
+        platform::waitMessage();
+        pumpEvents();
+    }
+    return queue.take();
+}
+
+void runUntilQuit() {
+    while (waitEvent().code != EV_QUIT) {
+    }
+}
+
+int deviceValue(int code) {
+    int x, y;
+    platform::cursorPosition(x, y);
+    if (code == EV_MOUSEX) return x;
+    if (code == EV_MOUSEY) return platform::screenSize().height - y + controlBarRows();
+    return platform::keyDown(code);
+}
+
+void deviceValues(int count, const int* codes, int* values) {
+    int x, y;
+    platform::cursorPosition(x, y);
+    for (int i = 0; i < count; ++i) {
+        switch (codes[i]) {
+            case EV_MOUSEX:
+                values[i] = x;
+                break;
+            case EV_MOUSEY:
+                values[i] = y;
+                break;
+            default:
+                values[i] = codes[i] < 256 ? platform::keyDown(codes[i]) : 0;
+        }
+    }
+}
+
+}  // namespace vistel

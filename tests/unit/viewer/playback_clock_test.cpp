@@ -1,0 +1,112 @@
+#include "viewer/playback_clock.h"
+
+#include "viewer_fixture.h"
+
+namespace vistel {
+
+using platform::headless::advanceMilliseconds;
+using platform::headless::setMicroseconds;
+
+class PlaybackClockTest : public ViewerTest {};
+
+TEST_F(PlaybackClockTest, IsAheadByTheFramesThatAreDue) {
+    PlaybackClock clock;
+    clock.reset();
+    clock.step(3);
+    EXPECT_FLOAT_EQ(clock.timeAhead(25), 120.0f);
+    advanceMilliseconds(100);
+    EXPECT_FLOAT_EQ(clock.timeAhead(25), 20.0f);
+    advanceMilliseconds(100);
+    EXPECT_FLOAT_EQ(clock.timeAhead(25), -80.0f);
+}
+
+TEST_F(PlaybackClockTest, SurvivesTheWrapOfTheTickCounter) {
+    setMicroseconds((uint64_t{0xFFFFFFFF} - 10) * 1000);
+    PlaybackClock clock;
+    clock.reset();
+    clock.step(1);
+    advanceMilliseconds(20);
+    EXPECT_FLOAT_EQ(clock.timeAhead(20), 30.0f);
+}
+
+TEST_F(PlaybackClockTest, AWrapKeepsTheMillisecondsThatTheLastFrameWasEarly) {
+    PlaybackClock clock;
+    clock.reset();
+    clock.step(10);
+    advanceMilliseconds(99);  // the tenth frame at 100 frames/s was shown 1 ms early
+    clock.resetAtWrap(100, 1);
+    EXPECT_EQ(clock.framesDue(), 1);
+    EXPECT_FLOAT_EQ(clock.timeAhead(100), 11.0f);
+}
+
+TEST_F(PlaybackClockTest, AWrapForgetsALag) {
+    PlaybackClock clock;
+    clock.reset();
+    clock.step(10);
+    advanceMilliseconds(500);
+    clock.resetAtWrap(100, 1);
+    EXPECT_FLOAT_EQ(clock.timeAhead(100), 10.0f);
+}
+
+TEST_F(PlaybackClockTest, RateKeysChangeByOneTwoFiveOrTen) {
+    struct Row {
+        int rate, direction;
+        bool shift, control, alt;
+        int expected;
+    };
+    const Row rows[] = {
+        {24, 1, false, false, false, 25},      {24, -1, false, false, false, 23},
+        {24, 1, true, false, false, 26},       {24, 1, false, false, true, 29},
+        {24, 1, true, false, true, 34},        {299, 1, false, false, true, 300},
+        {3, -1, false, false, true, 1},        {100, 1, false, true, false, 48},
+        {1, -1, false, false, false, 1},       {INT32_MAX, 1, false, false, false, 300},
+        {INT32_MIN, -1, true, false, true, 1},
+    };
+    viewerState.startFrameRate = 48;
+    for (const Row& row : rows) {
+        viewerState.frameRate = row.rate;
+        EXPECT_EQ(rateAfterKey(row.direction, row.shift, row.control, row.alt), row.expected)
+            << row.rate;
+    }
+}
+
+TEST_F(PlaybackClockTest, ATypedRateIsReadWithoutBlanksAndClamped) {
+    const std::pair<const char*, int> rows[] = {{"4 5", 45},  {"0", 1},  {"1000", 300},
+                                                {"300", 300}, {"-3", 1}, {"\t2\r\n5", 25},
+                                                {"", 1},      {"abc", 1}};
+    for (const auto& [text, expected] : rows) {
+        viewerState.frameRate = 24;
+        setTypedFrameRate(text);
+        EXPECT_EQ(viewerState.frameRate, expected) << text;
+    }
+}
+
+TEST_F(PlaybackClockTest, TheSameTypedRateLeavesTheClockAlone) {
+    viewerState.frameRate = 24;
+    playbackClock().reset();
+    playbackClock().step(7);
+    setTypedFrameRate("24");
+    EXPECT_EQ(playbackClock().framesDue(), 7);
+    setTypedFrameRate("25");
+    EXPECT_EQ(playbackClock().framesDue(), 0);
+}
+
+TEST_F(PlaybackClockTest, TheMeterShowsTheAverageOfEachTwentyPasses) {
+    FpsMeter meter;
+    meter.count();
+    for (int pass = 1; pass < 19; ++pass) {
+        advanceMilliseconds(40);
+        meter.count();
+        EXPECT_FLOAT_EQ(meter.shown(), 0.0f) << pass;
+    }
+    advanceMilliseconds(40);
+    meter.count();  // 20 passes, 19 of them with a time
+    EXPECT_NEAR(meter.shown(), 1000.0f / (19 * 40 / 20.0f), 0.001f);
+    for (int pass = 0; pass < 20; ++pass) {
+        advanceMilliseconds(20);
+        meter.count();
+    }
+    EXPECT_NEAR(meter.shown(), 50.0f, 0.001f);
+}
+
+}  // namespace vistel
