@@ -1,0 +1,27 @@
+// What the command line says beyond the fields of the viewer's state.
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include "app/viewer_state.h"
+#include "host/tstring.h"
+
+namespace vistel {
+
+// How start-up goes on after the options.
+enum class StartUpOutcome { goOn, helpWanted, usageWanted };
+
+struct CommandLine {
+    std::vector<Tstring> words;  // all words, the program's name first
+    size_t firstFile = 1;        // index of the first file argument in `words`
+
+    Tstring playFormat;  // -r; empty when absent
+    FrameRange range;    // -n
+    bool rangeGiven = false;
+
+    StartUpOutcome outcome = StartUpOutcome::goOn;
+    Tstring complaint;  // why the usage is shown, one line
+};
+
+}  // namespace vistel

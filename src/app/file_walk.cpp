@@ -1,0 +1,232 @@
+#include "app/file_walk.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <string>
+#include <utility>
+
+#include "host/messages.h"
+#include "platform/files.h"
+#include "sequence/frame_name.h"
+#include "sequence/frame_sequence.h"
+#include "sequence/source_range.h"
+
+namespace vistel {
+
+namespace {
+
+constexpr const char* testModeSource = "Pipe";
+
+bool interrupted(const StartUpServices& services) {
+    return services.interrupted && services.interrupted();
+}
+
+void print(FILE* stream, const Tstring& text) {
+    std::fwrite(text.data(), 1, text.size(), stream);
+    std::fflush(stream);
+}
+
+// Opens the source and counts it.
+void open(const Tstring& name, const StartUpServices& services, FileCounts& counts) {
+    const int result = services.openSource ? services.openSource(name) : -1;
+    ++counts.processed;
+    if (result != 0) ++counts.failed;
+}
+
+void beginSource(const StartUpServices& services) {
+    viewerState.currentZoom = viewerState.magnify;
+    viewerState.sourceName.clear();
+    viewerState.sourceOpened = 0;
+    viewerState.oneFileStream = nullptr;
+    viewerState.quitRequested = 0;
+    callIfSet(services.startSource);
+}
+
+// The words of the command line, taken one by one.
+class WordReader {
+ public:
+    WordReader(const std::vector<Tstring>& words, size_t first) : words_(words), next_(first) {}
+    bool atEnd() const { return next_ >= words_.size(); }
+    // The next word; null when there is none.
+    const Tstring* take() { return atEnd() ? nullptr : &words_[next_++]; }
+
+ private:
+    const std::vector<Tstring>& words_;
+    size_t next_;
+};
+
+bool opensInlineRange(const Tstring& word) {
+    return word.size() >= 2 && word[0] == '-' && (word[1] == 'n' || word[1] == 'N');
+}
+
+// "-n5 9 1 name" or "-n 5 9 1 name", the first word taken already. Gives the name; null when words
+// are missing.
+const Tstring* takeInlineRange(const Tstring& opener, WordReader& words) {
+    viewerState.oneFile = opener[1] == 'N' ? 1 : 0;
+    viewerState.inter = 1;
+    viewerState.animation = 1;
+    const Tstring attached = opener.substr(2);
+    const Tstring* start = attached.empty() ? words.take() : &attached;
+    const Tstring* end = words.take();
+    const Tstring* step = words.take();
+    const Tstring* name = words.take();
+    if (!name) return nullptr;
+    viewerState.firstFrame = viewerState.currentFrame = start->asInt32();
+    viewerState.lastFrame = end->asInt32();
+    viewerState.frameStep = step->asInt32();
+    return name;
+}
+
+// The name with its trailing dot removed when the dot stood for a sequence that exists.
+Tstring discoverSequence(Tstring name, const StartUpServices& services) {
+    if (namesCommand(name)) return name;
+    if (name.ends_with('.') && services.discover && services.discover(name) != 0) name.pop_back();
+    return name;
+}
+
+// Sets the file name and makes its folder the current one. A relative folder counts from where the
+// program was started, so that an earlier file's folder does not matter. A command runs where the
+// program was started.
+void takeFileName(const Tstring& name) {
+    viewerState.fileName = name;
+    viewerState.nativeFileName = name.replacingAll('/', '\\');
+    if (namesCommand(name)) {
+        (void)platform::setCurrentDirectory(viewerState.startDirectory);
+        return;
+    }
+    const size_t lastSeparator = viewerState.nativeFileName.rfind('\\');
+    if (lastSeparator == Tstring::npos || lastSeparator == 0) return;
+    // A folder that is not there is left to the opener to report.
+    (void)platform::setCurrentDirectory(fromStartDirectory(name.substr(0, lastSeparator)));
+}
+
+// A new single image forgets how the one before it was looked at; in sequence mode the view stays.
+void prepareView(const StartUpServices& services) {
+    if (!viewerState.animation && !viewerState.sequenceMode) callIfSet(services.clearImageState);
+}
+
+// Standard input carries one image only: a range for it is forgotten before anything follows it.
+void refuseAnimationFromInput() {
+    if (!viewerState.animation) return;
+    print(stderr, messageText("s_VistelStrings.rVTNoAnimPipeMode"));
+    forgetAnimation();
+}
+
+// The empty name stands for standard input elsewhere; as an argument it names nothing.
+void refuseEmptyName(FileCounts& counts) {
+    print(stderr, messageText("s_VistelStrings.rVTEmptyName"));
+    ++counts.processed;
+    ++counts.failed;
+}
+
+// Opens the file that an argument names, after its range is known.
+void showArgument(const Tstring& argument, const StartUpServices& services, FileCounts& counts) {
+    const bool standardInput = argument.equalsIgnoringCase("stdin");
+    if (standardInput) refuseAnimationFromInput();
+    const Tstring name = discoverSequence(argument, services);
+    takeFileName(name);
+    normaliseRange();
+    prepareView(services);
+    if (viewerState.verbose)
+        print(stdout, formatMessage("s_VistelStrings.rVTFileName", {argument}));
+    open(standardInput ? Tstring() : name, services, counts);
+}
+
+// One file argument from its first word to the values it leaves behind. False when an inline range
+// is incomplete.
+bool showNextFile(WordReader& words, CommandLine& line, const StartUpServices& services,
+                  FileCounts& counts) {
+    viewerState.animation = 0;  // an earlier file's range and padding are its own
+    viewerState.padWidth = 0;
+    if (line.rangeGiven) takeRange(line.range);
+    const PerFileValues values;
+    beginSource(services);
+
+    const Tstring* argument = words.take();
+    if (opensInlineRange(*argument)) {
+        const Tstring& opener = *argument;
+        argument = takeInlineRange(opener, words);
+        if (!argument) {
+            line.outcome = StartUpOutcome::usageWanted;
+            line.complaint = formatMessage("s_VistelStrings.rVTMissingArgument", {opener});
+            return false;
+        }
+    }
+    if (argument->empty())
+        refuseEmptyName(counts);
+    else
+        showArgument(*argument, services, counts);
+    return true;
+}
+
+bool walkEnded(const StartUpServices& services) {
+    return interrupted(services) || (viewerState.sequenceMode && viewerState.quitRequested);
+}
+
+void showFileList(CommandLine& line, const StartUpServices& services, FileCounts& counts) {
+    WordReader words(line.words, line.firstFile);
+    while (!words.atEnd() && !walkEnded(services))
+        if (!showNextFile(words, line, services, counts)) return;
+}
+
+// In sequence mode the list is shown until the user quits or asks for another file. A round in
+// which no file opened, or nothing was shown and so no window was made, would be followed by the
+// same round without end and without a window to quit from.
+void showFilesRepeatedly(CommandLine& line, const StartUpServices& services, FileCounts& counts) {
+    while (true) {
+        const FileCounts before = counts;
+        showFileList(line, services, counts);
+        if (line.outcome != StartUpOutcome::goOn || !viewerState.sequenceMode) return;
+        if (walkEnded(services) || !viewerState.pendingOpen.empty()) return;
+        if (viewerState.windowId < 1) return;
+        if (counts.failed - before.failed == counts.processed - before.processed) return;
+    }
+}
+
+void showTestImage(const StartUpServices& services, FileCounts& counts) {
+    if (viewerState.animation) print(stderr, messageText("s_VistelStrings.rVTNoAnimTestMode"));
+    forgetAnimation();
+    beginSource(services);
+    open(testModeSource, services, counts);
+}
+
+void showStandardInput(const StartUpServices& services, FileCounts& counts) {
+    viewerState.sequenceMode = 0;
+    forgetAnimation();
+    beginSource(services);
+    normaliseRange();
+    prepareView(services);
+    open("", services, counts);
+}
+
+}  // namespace
+
+FileCounts walkFiles(CommandLine& line, const StartUpServices& services) {
+    FileCounts counts;
+    if (viewerState.testMode)
+        showTestImage(services, counts);
+    else if (line.firstFile < line.words.size())
+        showFilesRepeatedly(line, services, counts);
+    else if (services.standardInputIsConsole && !services.standardInputIsConsole())
+        showStandardInput(services, counts);
+    else
+        callIfSet(services.runEmptyWindow);
+    return counts;
+}
+
+void servePendingOpens(const StartUpServices& services) {
+    while (!viewerState.pendingOpen.empty() && !interrupted(services)) {
+        if (!viewerState.pendingRangeSet && viewerState.animation)
+            viewerState.pendingRange = {viewerState.firstFrame, viewerState.lastFrame,
+                                        viewerState.frameStep};
+        viewerState.pendingRangeSet = 0;
+        viewerState.startDirectory = platform::currentDirectory();
+        viewerState.quitRequested = 0;
+        const Tstring name = std::exchange(viewerState.pendingOpen, {});
+        const FrameRange range = viewerState.pendingRange;
+        if (services.reopenSource)
+            (void)services.reopenSource(name, range.start, range.end, range.step);
+    }
+}
+
+}  // namespace vistel

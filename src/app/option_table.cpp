@@ -1,0 +1,205 @@
+#include "app/option_table.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "host/application.h"
+#include "host/messages.h"
+#include "platform/process.h"
+
+namespace vistel {
+
+namespace {
+
+constexpr int fullResolutionCommand = 40028;
+
+// -B, -S ...: sets one field of the state to a fixed value.
+template <int32_t ViewerState::*field, int32_t value = 1>
+void set(OptionUse&) {
+    viewerState.*field = value;
+}
+
+// -s, -m: one integer argument.
+template <int32_t ViewerState::*field>
+void setInt(OptionUse& use) {
+    viewerState.*field = use.argument(0).asInt32();
+}
+
+template <Tstring ViewerState::*field>
+void setName(OptionUse& use) {
+    viewerState.*field = use.argument(0);
+}
+
+void showBox(const OptionUse& use, const Tstring& text) {
+    callIfSet(use.services.showMessageBox, applicationName(), text);
+}
+
+// Sets a variable of the environment from a text "NAME=value".
+void tavoPutEnv(const Tstring& assignment) {
+    const size_t equals = assignment.find('=');
+    if (equals != Tstring::npos)
+        platform::setEnvironmentVariable(assignment.substr(0, equals),
+                                         assignment.substr(equals + 1));
+}
+
+void setPluginGamma(OptionUse& use) {
+    tavoPutEnv(formatMessage("s_VistelStrings.rVTRlaGamma", {use.argument(0).asDouble()}));
+}
+
+void refuseStereo(OptionUse& use) { showBox(use, messageText("s_VistelStrings.rVTNoStereo")); }
+
+void refuseCrop(OptionUse& use) {
+    showBox(use, messageText("s_VistelStrings.rVTCropFilterNoSupport"));
+}
+
+void refuseResolution(OptionUse& use) {
+    showBox(use, messageText("s_VistelStrings.rVTResNoSupport"));
+}
+
+void setFilmLog(OptionUse&) {
+    viewerState.lutActive = 1;
+    viewerState.cineonLog = 1;
+}
+
+// The option is declared without an argument: what is read is the absent one.
+void setSequenceDelay(OptionUse& use) {
+    viewerState.sequenceDelay = std::max(use.argument(0).asInt32(), 0);
+}
+
+void setFullResolution(OptionUse& use) {
+    viewerState.noRescale = 1;
+    callIfSet(use.services.checkMenuItem, fullResolutionCommand, true);
+}
+
+void keepPlayFormat(OptionUse& use) { use.line.playFormat = use.argument(0); }
+
+void wantHelp(OptionUse& use) { use.line.outcome = StartUpOutcome::helpWanted; }
+
+void setGamma(OptionUse& use) { viewerState.defGamma = use.argument(0).asFloat(); }
+
+void setMemoryFactor(OptionUse& use) { viewerState.kmem = use.argument(0).asFloat() * 0.9f; }
+
+void setMaxLevel(OptionUse& use) { viewerState.maxLevel = use.argument(0).asUInt32(); }
+
+void setRange(OptionUse& use) {
+    use.line.range = {use.argument(0).asInt32(), use.argument(1).asInt32(),
+                      use.argument(2).asInt32()};
+    use.line.rangeGiven = true;
+    viewerState.firstFrame = viewerState.currentFrame = use.line.range.start;
+    viewerState.lastFrame = use.line.range.end;
+    viewerState.frameStep = use.line.range.step;
+    viewerState.animation = 1;
+    viewerState.inter = 1;
+}
+
+// The word after the sound file is its offset, or, when it is no integer, the first file. A "--"
+// that followed that word is moved before it.
+void giveBackFileWord(CommandLine& line) {
+    --line.firstFile;
+    if (line.words[line.firstFile] == "--")
+        std::swap(line.words[line.firstFile], line.words[line.firstFile - 1]);
+}
+
+// A file word that is given back counts as the first file only when no option follows: the index is
+// computed anew after each option.
+void setSound(OptionUse& use) {
+    viewerState.audioFile = use.argument(0);
+    if (qdOS::GetOpt::getNumArguments(use.result) > 1) {
+        if (use.argument(1).isInt32())
+            viewerState.audioOffset = use.argument(1).asInt32();
+        else
+            giveBackFileWord(use.line);
+    }
+    if (viewerState.audioFile.empty()) return;
+    viewerState.soundOn = 1;
+    callIfSet(use.services.openSoundTrack);
+}
+
+using S = ViewerState;
+
+// clang-format off
+constexpr OptionRow rows[] = {
+    {'G', "gamma",       "string",          "<gamma>",                 setPluginGamma,          "s_VistelStrings.rVTOptGamma"},
+    {'B', "nowinborder", "",                "",                        set<&S::noWinBorder>,    "s_VistelStrings.rVTOptNoWinBorder"},
+    {'D', "stereomode",  "",                "",                        refuseStereo,            "s_VistelStrings.rVTOptStereoMode"},
+    {'C', "cropfilter",  "int int int int", "<x1> <y1> <x2> <y2>",     refuseCrop,              "s_VistelStrings.rVTOptCropFilter"},
+    {'K', "docin",       "",                "",                        setFilmLog,              "s_VistelStrings.rVTOptDoCin"},
+    {'S', "sequence",    "",                "",                        set<&S::sequenceMode>,   "s_VistelStrings.rVTOptSequence"},
+    {'T', "sequencet",   "",                "",                        setSequenceDelay,        "s_VistelStrings.rVTOptSequenceT"},
+    {'f', "findfirst",   "",                "",                        set<&S::findFirst>,      "s_VistelStrings.rVTOptFindFirst"},
+    {'F', "norescale",   "",                "",                        setFullResolution,       "s_VistelStrings.rVTOptNoRescale"},
+    {'R', "res",         "string",          "<resolution>",            refuseResolution,        "s_VistelStrings.rVTOptRes"},
+    {'r', "playformat",  "string",          "film|pal|ntsc|<rate>",    keepPlayFormat,          "s_VistelStrings.rVTOptPlayFormat"},
+    {'a', "showall",     "",                "",                        set<&S::showAll>,        "s_VistelStrings.rVTOptShowAll"},
+    {'d', "demo",        "",                "",                        set<&S::fullScreen>,     "s_VistelStrings.rVTOptDemo"},
+    {'e', "histo",       "",                "",                        set<&S::histogram>,      "s_VistelStrings.rVTOptHisto"},
+    {'h', "help",        "",                "",                        wantHelp,                "s_VistelStrings.rVTOptHelp"},
+    {'p', "padnum",      "",                "",                        set<&S::padNum>,         "s_VistelStrings.rVTOptPadNum"},
+    {'c', "inter",       "",                "",                        set<&S::inter, 0>,       "s_VistelStrings.rVTOptInter"},
+    {'v', "verbose",     "",                "",                        set<&S::verbose>,        "s_VistelStrings.rVTOptVerbose"},
+    // Despite its name, "zon" switches the depth planes off.
+    {'z', "zon",         "",                "",                        set<&S::loadZ, 0>,       "s_VistelStrings.rVTOptZon"},
+    {'Z', "forcezon",    "",                "",                        set<&S::forceZ>,         "s_VistelStrings.rVTOptForceZon"},
+    {'w', "synchro",     "",                "",                        set<&S::synchro>,        "s_VistelStrings.rVTOptSynchro"},
+    {'g', "defgamma",    "string",          "<gamma>",                 setGamma,                "s_VistelStrings.rVTOptDefGamma"},
+    {'k', "kmem",        "string",          "<factor>",                setMemoryFactor,         "s_VistelStrings.rVTOptKmem"},
+    {'s', "rfact",       "int",             "<factor>",                setInt<&S::rfact>,       "s_VistelStrings.rVTOptRfact"},
+    {'m', "magnify",     "int",             "<factor>",                setInt<&S::magnify>,     "s_VistelStrings.rVTOptMagnify"},
+    {'l', "maxlevel",    "int",             "<level>",                 setMaxLevel,             "s_VistelStrings.rVTOptMaxLevel"},
+    {'W', "work",        "string",          "<folder>",                setName<&S::workDir>,    "s_VistelStrings.rVTOptWork"},
+    {'P', "project",     "string",          "<name>",                  setName<&S::projectName>, "s_VistelStrings.rVTOptProject"},
+    {'t', "test",        "",                "",                        set<&S::testMode>,       "s_VistelStrings.rVTOptTest"},
+    {'N', "onefile",     "",                "",                        set<&S::oneFile>,        "s_VistelStrings.rVTOptOneFile"},
+    {'n', "animation",   "int int int",     "<start> <end> <step>",    setRange,                "s_VistelStrings.rVTOptAnimation"},
+    {'u', "audiofile",   "string ? string", "<sound file> [<frame>]",  setSound,                "s_VistelStrings.rVTOptAudioFile"},
+};
+// clang-format on
+static_assert(std::size(rows) == 32);
+
+// Of a group of flags the letter that is meant, with the group.
+Tstring nameOfOption(const qdOS::GetOpt::Result& result) {
+    if (result.option == result.word) return result.word;
+    return formatMessage("s_VistelStrings.rVTOptionInGroup", {result.option, result.word});
+}
+
+Tstring complaintAbout(const qdOS::GetOpt::Result& result) {
+    using Problem = qdOS::GetOpt::Problem;
+    const Tstring option = nameOfOption(result);
+    if (result.problem == Problem::missingArgument)
+        return formatMessage("s_VistelStrings.rVTMissingArgument", {option});
+    if (result.problem == Problem::unexpectedArgument)
+        return formatMessage("s_VistelStrings.rVTUnexpectedArgument", {option});
+    return formatMessage("s_VistelStrings.rVTUnknownOption", {option});
+}
+
+}  // namespace
+
+std::span<const OptionRow> optionTable() { return rows; }
+
+void parseOptions(CommandLine& line, const StartUpServices& services) {
+    qdOS::GetOpt parser;
+    for (const OptionRow& row : rows) {
+        const Tstring option = Tstring(1, row.shortName) + "|" + row.longName;
+        parser.addOption(option, row.argumentTypes);
+    }
+
+    std::vector<const char*> words;
+    for (size_t i = 1; i < line.words.size(); ++i) words.push_back(line.words[i].c_str());
+    parser.initialize(static_cast<int>(words.size()), words.data());
+
+    line.firstFile = line.words.size() - parser.remaining().size();
+    while (auto result = parser.getOpt()) {
+        const int index = qdOS::GetOpt::getResultIndex(*result);
+        if (index == qdOS::GetOpt::noOption) {
+            line.outcome = StartUpOutcome::usageWanted;
+            line.complaint = complaintAbout(*result);
+            return;
+        }
+        line.firstFile = line.words.size() - parser.remaining().size();
+        OptionUse use{std::move(*result), line, services};
+        rows[index].apply(use);
+        if (line.outcome != StartUpOutcome::goOn) return;
+    }
+}
+
+}  // namespace vistel

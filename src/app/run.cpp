@@ -1,0 +1,44 @@
+#include "app/run.h"
+
+#include "app/session.h"
+#include "platform/dialogs.h"
+#include "platform/files.h"
+#include "platform/menu.h"
+#include "platform/process.h"
+#include "sequence/frame_sequence.h"
+#include "sequence/image_source.h"
+#include "viewer/viewer_hooks.h"
+#include "viewer/viewer_session.h"
+
+namespace vistel {
+
+namespace {
+
+constexpr int standardInput = 0;
+
+bool standardInputIsConsole() { return platform::isCharacterDevice(standardInput); }
+
+StartUpServices joinedServices() {
+    StartUpServices services;
+    services.openSource = openImageSource;
+    services.reopenSource = reopenSource;
+    services.discover = discoverNumberedFiles;
+    services.startSource = beginSource;
+    services.clearImageState = clearViewerSession;
+    services.runEmptyWindow = runEmptyWindow;
+    services.checkMenuItem = platform::checkMenuItem;
+    services.showMessageBox = platform::showMessageBox;
+    services.interrupted = platform::interruptRequested;
+    services.standardInputIsConsole = standardInputIsConsole;
+    return services;
+}
+
+}  // namespace
+
+int runVistel(int argc, char** argv) {
+    platform::catchInterrupts();
+    installViewer();
+    return runSession(argc, argv, joinedServices());
+}
+
+}  // namespace vistel

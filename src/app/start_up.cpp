@@ -1,0 +1,111 @@
+#include "app/start_up.h"
+
+#include <algorithm>
+
+#include "app/option_table.h"
+#include "host/application.h"
+#include "platform/files.h"
+#include "platform/process.h"
+#include "settings/saved_settings.h"
+
+namespace vistel {
+
+namespace {
+
+constexpr const char* locationVariable = "TAVO_LOCATION";
+constexpr const char* helpFolder = "/docs/ext/VisTel/";
+
+Tstring withoutLastPart(const Tstring& path) {
+    const size_t slash = path.rfind('/');
+    return slash == Tstring::npos ? path : Tstring(path.substr(0, slash));
+}
+
+// TAVO_LOCATION when the user set it, else where the program lies; children see it either way. An
+// empty variable is no variable: not every system tells them apart.
+Tstring locateInstallation() {
+    const Tstring location = platform::environmentVariable(locationVariable).value_or("");
+    if (!location.empty()) return location;
+    const Tstring root = installRoot(platform::programPath());
+    platform::setEnvironmentVariable(locationVariable, root);
+    return root;
+}
+
+Tstring helpBaseOf(const Tstring& root) {
+    Tstring base = "file:///";
+    for (const char c : root) {
+        if (c == ' ')
+            base += "%20";
+        else
+            base += c;
+    }
+    return base;
+}
+
+struct NamedRate {
+    const char* name;
+    int32_t rate;
+};
+constexpr NamedRate namedRates[] = {{"film", 24}, {"pal", 25}, {"ntsc", 30}};
+
+int32_t chooseFrameRate(const Tstring& playFormat) {
+    for (const NamedRate& row : namedRates)
+        if (playFormat == row.name) return row.rate;
+    const int32_t rate = playFormat.asInt32();
+    return rate >= 1 ? rate : viewerState.savedFrameRate;
+}
+
+// The field as the options left it, else the variable, else the default.
+void completeName(Tstring& field, const char* variable, const char* fallback) {
+    if (field.empty()) field = platform::environmentVariable(variable).value_or("");
+    if (field.empty()) field = fallback;
+}
+
+void setSearchDirectories() {
+    constexpr const char* templates[] = {"",           "./",      "^1s/image/^2s/", "^1s/tex/^2s/",
+                                         "^1s/image/", "^1s/tex/"};
+    static_assert(std::size(templates) == std::tuple_size_v<decltype(viewerState.searchDirs)>);
+    for (size_t i = 0; i < std::size(templates); ++i)
+        viewerState.searchDirs[i] =
+            formatPositional(templates[i], {viewerState.workDir, viewerState.projectName});
+}
+
+}  // namespace
+
+Tstring installRoot(const Tstring& programPath) {
+    return withoutLastPart(withoutLastPart(programPath.replacingAll('\\', '/')));
+}
+
+void prepareProcess(const StartUpServices& services) {
+    viewerState = ViewerState{};
+    platform::setNativeLocale();
+    setApplicationName("VisTel");
+    const Tstring helpBase = helpBaseOf(locateInstallation());
+    callIfSet(services.loadPlugins);
+    viewerState.helpBase = helpBase + helpFolder;
+    readSettings();
+    platform::setBinaryFileMode();
+    viewerState.startDirectory = platform::currentDirectory();
+}
+
+void completeState(const CommandLine& line, const StartUpServices& services) {
+    if (viewerState.defGamma != 1.0f) viewerState.lutActive = 1;
+    viewerState.frameRate = viewerState.startFrameRate = chooseFrameRate(line.playFormat);
+    viewerState.magnify = std::clamp(viewerState.magnify, 1, 8);
+    viewerState.rfact = std::max(viewerState.rfact, 1);
+    completeName(viewerState.workDir, "GRAPH", "/usr/users/graph");
+    completeName(viewerState.projectName, "PROJ", ".");
+    setSearchDirectories();
+    callIfSet(services.buildDisplayTable);
+}
+
+CommandLine startUp(int argc, const char* const* argv, const StartUpServices& services) {
+    CommandLine line;
+    line.words.assign(argv, argv + argc);
+    if (line.words.empty()) line.words.emplace_back("vistel");  // a caller may pass no name at all
+    prepareProcess(services);
+    parseOptions(line, services);
+    if (line.outcome == StartUpOutcome::goOn) completeState(line, services);
+    return line;
+}
+
+}  // namespace vistel

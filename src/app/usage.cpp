@@ -1,0 +1,86 @@
+#include "app/usage.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include "app/option_table.h"
+#include "host/messages.h"
+#include "platform/process.h"
+
+namespace vistel {
+
+namespace {
+
+constexpr const char* versionNumber = "8.5";
+
+constexpr const char* helpIds[] = {
+    "s_VistelStrings.rVTHelp1", "s_VistelStrings.rVTHelp2", "s_VistelStrings.rVTHelp3",
+    "s_VistelStrings.rVTHelp4", "s_VistelStrings.rVTHelp5", "s_VistelStrings.rVTHelp6",
+};
+
+// Exit statuses with which command interpreters say that there is no such program.
+constexpr int notFoundStatuses[] = {126, 127, 9009};
+
+Tstring optionSyntax(const OptionRow& row) {
+    Tstring syntax = Tstring("  -") + row.shortName + ", --" + row.longName;
+    if (*row.argumentNames) syntax += std::string(" ") + row.argumentNames;
+    return syntax;
+}
+
+Tstring baseName(const Tstring& path) { return path.substr(path.find_last_of("/\\") + 1); }
+
+void write(const Tstring& text, FILE* stream) { std::fwrite(text.data(), 1, text.size(), stream); }
+
+// False when there is no pager.
+bool writeToPager(const Tstring& text) {
+    std::fflush(stdout);
+    FILE* pager = platform::openPipe("more", "w");
+    if (!pager) return false;
+    write(text, pager);
+    const int status = platform::closePipe(pager);
+    return std::ranges::find(notFoundStatuses, status) == std::end(notFoundStatuses);
+}
+
+}  // namespace
+
+Tstring optionList() {
+    size_t width = 0;
+    for (const OptionRow& row : optionTable()) width = std::max(width, optionSyntax(row).size());
+    Tstring list;
+    for (const OptionRow& row : optionTable()) {
+        Tstring syntax = optionSyntax(row);
+        syntax.resize(width + 2, ' ');
+        list += syntax + messageText(row.textId) + "\n";
+    }
+    return list;
+}
+
+Tstring usageText(const Tstring& programName) {
+    const Tstring name = baseName(programName);
+    const Tstring version = messageText("s_VistelStrings.rVTVistelVersionForWin") + versionNumber;
+    const Tstring description = messageText("s_VistelStrings.rVTVistelDescWin");
+    return formatMessage("s_VistelStrings.rVTVistelUsage", {version, description}) + "\n" +
+           formatMessage("s_VistelStrings.rVTUsage", {name, optionList()}) +
+           formatMessage("s_VistelStrings.rVTUsageCont", {name}) + "\n";
+}
+
+Tstring helpText() {
+    Tstring text;
+    for (const char* id : helpIds) text += messageText(id);
+    return text;
+}
+
+void printUsage(const Tstring& programName, const Tstring& complaint) {
+    if (!complaint.empty()) write(complaint + "\n", stderr);
+    write(usageText(programName), stderr);
+    std::fflush(stderr);
+}
+
+void printHelp() {
+    const Tstring text = helpText();
+    if (writeToPager(text)) return;
+    write(text, stdout);
+    std::fflush(stdout);
+}
+
+}  // namespace vistel
