@@ -1,0 +1,453 @@
+"""The program under test on its two systems: how it is started, watched and ended."""
+
+import os
+import shutil
+import signal
+import subprocess
+import tempfile
+import time
+import uuid
+from pathlib import Path
+
+import view
+from desktop import PATIENCE, Desktop, wait_until
+
+ROOT = Path(__file__).resolve().parents[2]
+HELPERS = Path(__file__).resolve().parent / "helpers"
+BUILD = Path(os.environ.get("VISTEL_BUILD", ROOT / "build"))
+MARKER = "VISTEL_TEST_RUN"
+SETTINGS_KEY = r"HKCU\Software\Ostrel\vistel"
+
+# Variables of the caller that would change what the program does.
+FOREIGN = ("TAVO_LOCATION", "GRAPH", "PROJ", "VTTEST", "TAVO_USE_DIRECTSOUND", "FRAME")
+
+
+def basic_environment(marker):
+    kept = {k: v for k, v in os.environ.items() if k not in FOREIGN}
+    for name in ("DISPLAY", "WAYLAND_DISPLAY", "DBUS_SESSION_BUS_ADDRESS"):
+        kept.pop(name, None)
+    return {**kept, "LC_ALL": "C.UTF-8", MARKER: marker}
+
+
+# What the first Windows program of a session brings along for all others.
+SHARED = (
+    "explorer.exe", "services.exe", "winedevice.exe", "plugplay.exe", "svchost.exe", "rpcss.exe",
+)
+
+
+def processes_marked(marker):
+    """(id, name) of the processes whose environment carries a mark that begins so."""
+    wanted, found = f"{MARKER}={marker}".encode(), []
+    for entry in Path("/proc").iterdir():
+        if not entry.name.isdigit() or int(entry.name) == os.getpid():
+            continue
+        try:
+            environment = (entry / "environ").read_bytes().split(b"\0")
+            if any(variable.startswith(wanted) for variable in environment):
+                found.append((int(entry.name), (entry / "comm").read_text().strip()))
+        except OSError:
+            continue
+    return found
+
+
+def end_processes(marker, spare=()):
+    for number, name in processes_marked(marker):
+        if name in spare:
+            continue
+        try:
+            os.kill(number, signal.SIGKILL)
+        except ProcessLookupError:
+            pass
+
+
+def compile_helper(compiler, name, target):
+    """Builds a small program of our own for commands inside the system."""
+    source = HELPERS / f"{name}.c"
+    if not target.exists() or target.stat().st_mtime < source.stat().st_mtime:
+        target.parent.mkdir(parents=True, exist_ok=True)
+        subprocess.run([*compiler, "-O1", "-o", str(target), str(source)], check=True)
+    return target
+
+
+class System:
+    """One of the two systems, with its display. Made once per test session."""
+
+    name = ""
+    composite = True
+
+    def __init__(self):
+        self.desktop = Desktop(composite=self.composite)
+        self.marker = f"{os.getpid()}-{uuid.uuid4().hex}"
+
+    @property
+    def binary(self):
+        raise NotImplementedError
+
+    def require_binary(self):
+        """A program that is not there is a failure, never a skipped test."""
+        assert self.binary.is_file(), f"{self.binary} is missing: build it first"
+
+    def close(self):
+        self.desktop.close()
+        end_processes(self.marker)
+
+    def forget_settings(self, folder):
+        """The next program starts as for a new user; `folder` is empty and holds its files."""
+
+
+class Linux(System):
+    name = "linux"
+
+    @property
+    def binary(self):
+        return BUILD / "linux" / "bin" / "vistel"
+
+    def command(self):
+        return [str(self.binary)]
+
+    def emit_command(self):
+        """A command of our own that writes a file to its output, for "pipe:"."""
+        return str(compile_helper(["gcc"], "emit", BUILD / "e2e" / "linux" / "emit"))
+
+    def frame_variable(self):
+        return "$FRAME"
+
+    def environment(self, folder, marker):
+        folder.joinpath("run").mkdir(mode=0o700, exist_ok=True)
+        variables = basic_environment(marker)
+        variables["PATH"] = f"{self.binary.parent}:{variables['PATH']}"
+        return {
+            **variables,
+            "DISPLAY": self.desktop.name,
+            "QT_QPA_PLATFORM": "xcb",
+            "LIBGL_ALWAYS_SOFTWARE": "1",
+            "XDG_CONFIG_HOME": str(folder / "config"),
+            "XDG_RUNTIME_DIR": str(folder / "run"),
+            "NO_AT_BRIDGE": "1",
+        }
+
+    def close_window(self, window):
+        self.desktop.ask_to_close(window)
+
+
+class Wine(System):
+    name = "wine"
+    composite = False  # child windows over a drawing surface stay invisible with it
+
+    def __init__(self):
+        super().__init__()
+        self.prefix = Path(os.environ.get("VISTEL_WINEPREFIX", BUILD / "wine"))
+        self._server = None
+        self._session = f"session-{self.marker}"
+        try:
+            self._prepare()
+        except BaseException:
+            self.close()
+            raise
+
+    @property
+    def binary(self):
+        return BUILD / "win64" / "bin" / "vistel.exe"
+
+    @staticmethod
+    def loader():
+        return shutil.which("wine64") or "/usr/lib/wine/wine64"
+
+    def command(self):
+        return [self.loader(), str(self.binary)]
+
+    def emit_command(self):
+        compiler = ["x86_64-w64-mingw32-gcc-posix", "-static"]
+        target = compile_helper(compiler, "emit", BUILD / "e2e" / "win64" / "emit.exe")
+        return "Z:" + str(target).replace("/", "\\")
+
+    def frame_variable(self):
+        return "%FRAME%"
+
+    def environment(self, folder, marker):
+        return {
+            **basic_environment(marker),
+            "DISPLAY": self.desktop.name,
+            "WINEPREFIX": str(self.prefix),
+            "WINEDEBUG": "-all",
+            "WINEDLLOVERRIDES": "mscoree=;mshtml=;winemenubuilder.exe=d",
+            "WINEPATH": "Z:" + str(self.binary.parent).replace("/", "\\"),
+            "LIBGL_ALWAYS_SOFTWARE": "1",
+        }
+
+    def _run(self, *arguments):
+        """Runs a console program; (exit status, output). The output goes through a file: services
+        that are started along would hold a pipe open for ever."""
+        with tempfile.TemporaryFile() as output:
+            done = subprocess.run(
+                [self.loader(), *arguments],
+                env=self.environment(ROOT, self._session),
+                stdin=subprocess.DEVNULL,
+                stdout=output,
+                stderr=output,
+                timeout=120,
+                check=False,
+            )
+            output.seek(0)
+            return done.returncode, output.read().decode("utf-8", "replace")
+
+    def _prepare(self):
+        """The prefix (once), a server of our own for it, and a window setting that suits a screen
+        without window manager: a managed window takes two seconds to close there.
+
+        A server that is there already is sent home first: it keeps the screen size of whoever
+        started it. The prefix belongs to this suite, so only one suite at a time can use it."""
+        fresh = not (self.prefix / "system.reg").exists()
+        self.prefix.mkdir(parents=True, exist_ok=True)
+        wineserver = shutil.which("wineserver") or "/usr/lib/wine/wineserver"
+        quiet = {
+            "env": self.environment(ROOT, self._session),
+            "stdin": subprocess.DEVNULL,
+            "stdout": subprocess.DEVNULL,
+            "stderr": subprocess.DEVNULL,
+        }
+        subprocess.run([wineserver, "-k"], timeout=30, check=False, **quiet)
+        subprocess.run([wineserver, "-w"], timeout=30, check=False, **quiet)
+        self._server = subprocess.Popen([wineserver, "-f", "-p"], start_new_session=True, **quiet)
+        if fresh:
+            self._run("wineboot", "-i")
+        driver = r"HKCU\Software\Wine\X11 Driver"
+        status, answer = self._run("reg", "add", driver, "/v", "Managed", "/d", "N", "/f")
+        assert status == 0, answer
+
+    def forget_settings(self, folder):
+        self._run("reg", "delete", SETTINGS_KEY, "/f")
+
+    def close(self):
+        super().close()
+        if self._server is not None and self._server.poll() is None:
+            self._server.terminate()
+            self._server.wait(20)
+        end_processes(self._session)
+
+    def close_window(self, window):
+        self.desktop.focus(window)
+        self.desktop.key("Alt_L+F4")
+
+
+SYSTEMS = {system.name: system for system in (Linux, Wine)}
+
+
+class Program:
+    """One run of the program."""
+
+    def __init__(
+        self, system, arguments, folder, private, settings, stdin=None, environment=None
+    ):
+        """`folder` is the current directory, `private` holds what the run writes to the console,
+        `settings` what it keeps for the next one. `stdin`: a file object, or None for a null
+        device."""
+        system.require_binary()
+        self.system, self.desktop = system, system.desktop
+        self.marker = f"{system.marker}-{uuid.uuid4().hex}"
+        self._out, self._err = private / "stdout", private / "stderr"
+        variables = system.environment(settings, self.marker)
+        variables.update(environment or {})
+        with open(self._out, "wb") as out, open(self._err, "wb") as err:
+            self.process = subprocess.Popen(
+                [*system.command(), *map(str, arguments)],
+                cwd=folder,
+                env=variables,
+                stdin=subprocess.DEVNULL if stdin is None else stdin,
+                stdout=out,
+                stderr=err,
+                start_new_session=True,
+            )
+
+    # --- console ----------------------------------------------------------------------------------
+
+    def stdout(self):
+        return self._out.read_bytes().decode("utf-8", "replace").replace("\r\n", "\n")
+
+    def stderr(self):
+        return self._err.read_bytes().decode("utf-8", "replace").replace("\r\n", "\n")
+
+    def running(self):
+        return self.process.poll() is None
+
+    def wait_for_exit(self, timeout=PATIENCE):
+        """The exit status."""
+        what = lambda: f"the program's end {self.report()}"
+        wait_until(lambda: not self.running(), timeout, what)
+        return self.process.returncode
+
+    def report(self):
+        return (
+            f"[running: {self.running()}, status: {self.process.returncode}, "
+            f"windows: {[title for _, title in self.desktop.windows()]}, "
+            f"stderr: {self.stderr()[-2000:]!r}, stdout: {self.stdout()[-500:]!r}]"
+        )
+
+    def peak_memory(self):
+        """Bytes of resident memory at most, so far. Linux processes only."""
+        for line in Path(f"/proc/{self.process.pid}/status").read_text().splitlines():
+            if line.startswith("VmHWM:"):
+                return int(line.split()[1]) * 1024
+        raise AssertionError("no memory figure")
+
+    # --- window -----------------------------------------------------------------------------------
+
+    def window(self, timeout=PATIENCE):
+        def shown():
+            assert self.running(), f"the program ended before it opened a window {self.report()}"
+            windows = self.desktop.windows()
+            return windows[0][0] if windows else None
+
+        return wait_until(shown, timeout, lambda: f"a window {self.report()}")
+
+    def has_window(self):
+        return bool(self.desktop.windows())
+
+    def title(self):
+        windows = self.desktop.windows()
+        return windows[0][1] if windows else None
+
+    def key(self, *strokes):
+        for stroke in strokes:
+            self.desktop.focus(self.window())
+            self.desktop.key(stroke)
+
+    def close(self, timeout=PATIENCE):
+        """Closes the window as a user does; the exit status."""
+        self.system.close_window(self.window())
+        return self.wait_for_exit(timeout)
+
+    def kill(self):
+        end_processes(self.marker, spare=SHARED)
+        if self.running():
+            self.process.kill()
+        self.process.wait(10)
+
+    # --- picture ----------------------------------------------------------------------------------
+
+    def find(self, picture, timeout=PATIENCE):
+        """Waits until the picture is on the screen pixel for pixel, once; its place and what lies
+        around it."""
+        x, y = self.find_part(picture, timeout)
+        height, width = picture.shape[:2]
+        return view.measure(self.desktop.packed(), width, height, x, y)
+
+    def find_part(self, part, timeout=PATIENCE):
+        """Waits until a part of a picture is on the screen; its place there."""
+
+        def found():
+            place = view.place_of(self.desktop.packed(), part)
+            assert place or self.running(), "the program ended"
+            return place
+
+        try:
+            return wait_until(found, timeout, "the picture")
+        except AssertionError as failure:
+            self.desktop.save(self._out.with_name("screen.png"))
+            raise AssertionError(f"{failure} {self.report()} {self._out.parent}") from None
+
+    def shows(self, picture):
+        return view.place_of(self.desktop.packed(), picture) is not None
+
+    def steady(self, seconds=0.3):
+        """Whether the screen stays as it is for a while."""
+        before = self.desktop.packed()
+        end = time.monotonic() + seconds
+        while time.monotonic() < end:
+            time.sleep(0.02)
+            if not (self.desktop.packed() == before).all():
+                return False
+        return True
+
+
+class Player:
+    """A program that shows an Animation: which frame is on the screen, now and over time."""
+
+    def __init__(self, program, animation, timeout=PATIENCE):
+        self.program, self.desktop, self.animation = program, program.desktop, animation
+        self.x, self.y = program.find_part(animation.landmark(), timeout)
+
+    def frame(self):
+        """The number of the frame shown, None while something else is there."""
+        return self._frame_in(self.desktop.packed())
+
+    def _frame_in(self, packed):
+        half, height = self.animation.width // 2, self.animation.height
+        y, x = self.y, self.x + half
+        area = packed[y : y + height, x : x + half]
+        if not (area == area[0, 0]).all():
+            return None
+        value = int(area[0, 0])
+        return self.animation.number_of((value >> 16, value >> 8 & 255, value & 255))
+
+    def wait_for(self, number, timeout=PATIENCE):
+        last = []
+
+        def there():
+            last[:] = [self.frame()]
+            return last[0] == number
+
+        what = lambda: f"frame {number}; shown is {last} {self.program.report()}"
+        wait_until(there, timeout, what)
+
+    def settled(self, seconds=0.3, timeout=PATIENCE):
+        """Waits until the picture does not change any more; the frame number it stays on."""
+
+        def still():
+            first = self.frame()
+            end = time.monotonic() + seconds
+            while time.monotonic() < end:
+                time.sleep(0.02)
+                if self.frame() != first:
+                    return None
+            return first
+
+        return wait_until(still, timeout, "playing to stop")
+
+    def playing(self, changes=3, timeout=PATIENCE):
+        """Waits until that many frame changes were seen; the frames in order."""
+        return self.record(changes + 1, timeout)
+
+    def record(self, count, timeout=PATIENCE):
+        """The next `count` different frames that are shown, beginning with the one shown now."""
+        seen = []
+
+        def enough():
+            number = self.frame()
+            if number is not None and (not seen or seen[-1] != number):
+                seen.append(number)
+            return len(seen) >= count
+
+        wait_until(enough, timeout, lambda: f"{count} frames; seen: {seen}", interval=0.004)
+        return seen
+
+    def pause(self):
+        """Stops playing; the frame it stopped on. While frames are loaded nothing plays yet."""
+        wait_until(lambda: "loading" not in (self.program.title() or "loading"), 30, "the end of loading")
+        self.program.key("space")
+        return self.settled()
+
+    def step(self, stroke, expected):
+        self.program.key(stroke)
+        self.wait_for(expected)
+
+    def seconds_per_round(self):
+        """Time from one showing of the first frame to the next."""
+        first, marks, last = self.animation.numbers[0], [], [self.frame()]
+
+        def enough():
+            number = self.frame()
+            if number == first and last[0] not in (first, None):
+                marks.append(time.monotonic())
+            last[0] = number if number is not None else last[0]
+            return len(marks) == 2
+
+        wait_until(enough, PATIENCE, "a round of the animation", interval=0.002)
+        return marks[1] - marks[0]
+
+    def status_line(self):
+        """The rows between control bar and picture."""
+        packed = self.desktop.packed()
+        measured = view.measure(packed, self.animation.width, self.animation.height, self.x, self.y)
+        left, right = self.x - measured.left, self.x + measured.width + measured.right
+        return packed[self.y - measured.top : self.y, left:right].copy()

@@ -1,0 +1,72 @@
+"""What the program says on the console, and its exit status."""
+
+import pytest
+
+from desktop import wait_until
+
+
+def run(start, *arguments):
+    program = start(*arguments)
+    status = program.wait_for_exit()
+    return status, program.stdout(), program.stderr()
+
+
+USAGE_CASES = {
+    "an unknown letter": ["-y"],
+    "an unknown word": ["--nonsense"],
+    "an unknown letter after a good option": ["-v", "-y", "shot.1"],
+    "a zoom without its number": ["-m"],
+    "a shrink factor without its number": ["-s"],
+    "a range of two numbers": ["-n", "1", "2"],
+    "a play format without its name": ["-r"],
+    "a sound without its file": ["-u"],
+    "an inline range that ends too early": ["absent", "-n5", "9"],
+}
+
+
+@pytest.mark.parametrize("arguments", USAGE_CASES.values(), ids=USAGE_CASES.keys())
+def test_usage_goes_to_standard_error_with_status_1(start, arguments):
+    status, out, err = run(start, *arguments)
+    assert status == 1
+    banner, usage = err.split("8.5", 1)
+    assert "vistel" in usage.lower()
+    assert len(usage.splitlines()) > 5
+    assert "8.5" not in out
+
+
+@pytest.mark.parametrize("option", ["-h", "--help"])
+def test_help_goes_to_standard_output_with_status_0(start, option):
+    status, out, err = run(start, option)
+    assert status == 0
+    assert err == ""
+    assert len(out.splitlines()) > 20
+    for letter in "GBDCKSTfFRradehpcvzZwgksmlWPtNnu":
+        assert f"-{letter}" in out, f"option -{letter} is not explained"
+
+
+def test_options_after_help_are_not_looked_at(start):
+    status, out, err = run(start, "-h", "--nonsense")
+    assert (status, err) == (0, "")
+    assert out
+
+
+def test_options_before_help_are_looked_at(start):
+    status, out, err = run(start, "--nonsense", "-h")
+    assert status == 1
+    assert err
+
+
+def test_the_count_of_files_and_failures_is_reported_when_verbose(start):
+    status, out, err = run(start, "-v", "absent-one", "absent-two")
+    assert status == 0
+    assert "absent-one" in out and "absent-two" in out
+    last = err.strip().splitlines()[-1]
+    assert last.count("2") == 2
+
+
+def test_without_files_an_empty_window_waits_for_the_user(start):
+    program = start()
+    program.window()
+    assert program.title() == "VisTel"
+    wait_until(program.steady, what="an empty window at rest")
+    assert program.close() == 0

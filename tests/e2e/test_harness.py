@@ -1,0 +1,99 @@
+"""The suite's own eyes: they see one wrong pixel, and a margin that is one pixel off."""
+
+import numpy as np
+import pytest
+
+import view
+from desktop import HEIGHT, WIDTH, occurrences, pack, wait_until
+from framefile import (
+    Animation, Picture, blocky, encode_packets, group, image_form, noise, on_screen, packets,
+    shrunk, stored_pixels,
+)
+
+
+def screen_with(picture, x, y, left=10, right=11, top=12, bottom=13):
+    packed = np.zeros((HEIGHT, WIDTH), np.uint32)
+    height, width = picture.shape[:2]
+    packed[y - top : y + height + bottom, x - left : x + width + right] = view.BAND
+    packed[y : y + height, x : x + width] = pack(picture)
+    return packed
+
+
+PICTURE = noise(40, 30)
+
+
+def test_a_picture_is_found_where_it_is():
+    assert occurrences(screen_with(PICTURE, 300, 200), PICTURE) == [(300, 200)]
+
+
+@pytest.mark.parametrize("x, y", [(0, 0), (39, 0), (0, 29), (39, 29), (17, 11)])
+@pytest.mark.parametrize("bit", [0x01, 0x80, 0x100, 0x10000])
+def test_one_wrong_bit_is_seen(x, y, bit):
+    packed = screen_with(PICTURE, 300, 200)
+    packed[200 + y, 300 + x] ^= bit
+    assert occurrences(packed, PICTURE) == []
+
+
+def test_two_pictures_are_no_place():
+    packed = screen_with(PICTURE, 300, 200)
+    packed[500:530, 700:740] = pack(PICTURE)
+    assert view.place_of(packed, PICTURE) is None
+
+
+def test_margins_are_measured_to_the_pixel():
+    measured = view.measure(screen_with(PICTURE, 300, 200), 40, 30, 300, 200)
+    assert measured.margins() == (10, 11, 12, 13)
+    assert not measured.text
+
+
+def test_red_text_belongs_to_the_band_above_and_other_colours_do_not():
+    packed = screen_with(PICTURE, 300, 200)
+    packed[195, 305] = 0xFF0000
+    packed[195, 306] = 0x901212
+    measured = view.measure(packed, 40, 30, 300, 200)
+    assert measured.text and measured.top == 12
+    packed[195, 307] = 0x202021
+    assert view.measure(packed, 40, 30, 300, 200).top == 4
+
+
+def test_waiting_fails_when_nothing_comes():
+    with pytest.raises(AssertionError, match="in vain for: rain"):
+        wait_until(lambda: False, 0.05, "rain")
+
+
+def test_packets_hold_what_was_put_in():
+    values = [bytes((v,)) for v in blocky(60, 50, channels=1).ravel().tolist()]
+    rebuilt = [value for _, run in packets(values) for value in run]
+    assert rebuilt == values
+    assert encode_packets([b"a"] * 128) == b"\xffa"
+    assert encode_packets([b"a"] * 130) == b"\xffa\x81a"
+    assert encode_packets([b"a", b"b"]) == b"\x01ab"
+
+
+def test_an_image_of_one_pixel_byte_for_byte():
+    picture = Picture(colour=np.array([[[1, 2, 3]]], np.uint8), mask=np.array([[4]], np.uint8))
+    tile = b"RGBA\0\0\0\x0c" + bytes(8) + b"\x04\x03\x02\x01"
+    header = b"TBHD\0\0\0\x18" + b"\0\0\0\x01\0\0\0\x01\0\x01\0\x01\0\0\0\x03\0\0\0\x01\0\0\0\x01"
+    tiles = b"FOR4\0\0\0\x18TBMP" + tile
+    assert image_form(picture) == b"FOR4\0\0\0\x44CIMG" + header + tiles
+    assert stored_pixels(picture).tolist() == [[[1, 2, 3, 4]]]
+
+
+def test_groups_of_unknown_size_end_with_a_chunk():
+    assert group("FORM", "ABCD", b"", "unknown") == b"FORM\x80\0\0\0ABCDGEND\x80\0\0\0"
+    assert group("FORM", "ABCD", b"", "known+end") == b"FORM\0\0\0\x0cABCDGEND\x80\0\0\0"
+
+
+def test_the_first_row_of_a_file_is_the_bottom_row_of_the_window():
+    picture = Picture(grey=np.array([[10], [20]], np.uint8))
+    assert on_screen(picture).tolist() == [[[20, 20, 20]], [[10, 10, 10]]]
+
+
+def test_shrinking_drops_the_rest_of_a_division():
+    assert shrunk(np.arange(35).reshape(5, 7), 2).tolist() == [[0, 2, 4], [14, 16, 18]]
+
+
+def test_frames_of_an_animation_can_be_told_apart():
+    animation = Animation(1, 4200)
+    assert len({animation.colour_of(n) for n in animation.numbers}) > 4000
+    assert animation.number_of(animation.colour_of(4)) == 4
