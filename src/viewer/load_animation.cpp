@@ -32,7 +32,8 @@ class Progress {
 
     void show(int done) {
         const uint32_t now = platform::tickMilliseconds();
-        if (done > 1 && now - shownAt_ < progressInterval) return;
+        if (shown_ && now - shownAt_ < progressInterval) return;
+        shown_ = true;
         shownAt_ = now;
         const Tstring text =
             formatMessage("s_VistelStrings.rVTLoading", {shownSourceName(), done, frames_});
@@ -40,13 +41,14 @@ class Progress {
         if (console_) std::fprintf(stderr, "\r%s", text.c_str());
     }
     ~Progress() {
-        if (console_ && shownAt_) std::fprintf(stderr, "\n");
+        if (console_ && shown_) std::fprintf(stderr, "\n");
     }
 
  private:
     int frames_;
     bool console_;
-    uint32_t shownAt_ = 0;
+    bool shown_ = false;
+    uint32_t shownAt_ = 0;  // tick
 };
 
 // Frames in a row that cannot be opened for the same reason are one message.

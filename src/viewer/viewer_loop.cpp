@@ -106,9 +106,10 @@ void drawStatusLine(int width, int height) {
 
 // --- one pass -----------------------------------------------------------------------------------
 
-// Waits until the frame is due. False when an event came first.
+// While playing, waits until the frame is due. False when an event came first. Steps by hand are
+// shown at once, however fast they follow each other.
 bool waitUntilDue() {
-    if (!viewerState.animation) return true;
+    if (!playing()) return true;
     while (static_cast<int>(playbackClock().timeAhead(effectiveFrameRate())) > 1) {
         if (peekEvent() != 0) return false;
         platform::sleepMilliseconds(1);

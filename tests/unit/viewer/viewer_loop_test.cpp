@@ -306,6 +306,24 @@ TEST_F(ViewerLoopTest, ALongLoadKeepsOnlyTheKeys) {
     EXPECT_NE(testing::internal::GetCapturedStderr().find("Frames 2 to 40"), std::string::npos);
     EXPECT_EQ(windowContext().queue.count(), 1);
     EXPECT_EQ(waitEvent().code, 'S');
+    EXPECT_EQ(headless::title(), "VisTel: loading no such file, frame 2 of 40");
+}
+
+TEST_F(ViewerLoopTest, StepsByHandAreShownAtOnce) {
+    showAnimation(1, 9);
+    viewerState.frameRate = 1;
+    uint32_t paused = 0;
+    int idle = 0;
+    headless::script([] { headless::type(keySpace); });
+    headless::whenIdle([&] {
+        if (++idle == 1) paused = platform::tickMilliseconds();
+        if (idle <= 3) return headless::type(keyRightArrow);
+        EXPECT_EQ(visibleFrame(), viewerState.currentFrame);
+        EXPECT_EQ(platform::tickMilliseconds(), paused);
+        headless::close();
+    });
+    runViewerLoop();
+    EXPECT_EQ(idle, 4);
 }
 
 }  // namespace vistel
