@@ -38,7 +38,7 @@ class Bytes {
         return *this;
     }
     Bytes& fill(size_t count, uint8_t value = 0) {
-        data.insert(data.end(), count, value);
+        for (size_t i = 0; i < count; ++i) data.push_back(value);
         return *this;
     }
 
