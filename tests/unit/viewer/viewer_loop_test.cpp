@@ -326,4 +326,30 @@ TEST_F(ViewerLoopTest, StepsByHandAreShownAtOnce) {
     EXPECT_EQ(idle, 4);
 }
 
+TEST_F(ViewerLoopTest, PanIsClampedToThePicture) {
+    viewerState.noRescale = 1;
+    showAnimation(1, 1, 1, 2000, 300);  // 1160 columns are visible
+    PictureLayout& layout = viewerSession().layout;
+    const std::pair<float, float> rows[] = {{-5, 0}, {10, 10}, {839, 839}, {5000, 2000 - 1161}};
+    for (const auto& [wanted, expected] : rows) {
+        layout.panX = layout.panY = wanted;
+        drawPass();
+        EXPECT_FLOAT_EQ(layout.panX, expected);
+        EXPECT_FLOAT_EQ(layout.panY, 0);  // all rows are visible
+    }
+}
+
+TEST_F(ViewerLoopTest, ARestIsATenthOfASecondOnce) {
+    showAnimation(1, 1);
+    viewerSession().restRequested = true;
+    headless::script([] { headless::moveMouse(1, 1); });
+    uint32_t rested = 0;
+    headless::whenIdle([&] {
+        rested = platform::tickMilliseconds();
+        headless::close();
+    });
+    runViewerLoop();
+    EXPECT_EQ(rested, 100u);
+}
+
 }  // namespace vistel
