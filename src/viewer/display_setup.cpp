@@ -7,6 +7,7 @@
 #include "app/viewer_state.h"
 #include "host/messages.h"
 #include "platform/surface.h"
+#include "sequence/frame_name.h"
 #include "settings/saved_settings.h"
 #include "viewer/drawing.h"
 #include "viewer/menu_commands.h"
@@ -154,7 +155,7 @@ void applyProjection() {
 }
 
 std::string shownSourceName() {
-    if (viewerState.fileName.starts_with("pipe:"))
+    if (namesCommand(viewerState.fileName))
         return messageText("s_VistelStrings.rVTPipedCmd");
     const bool named = !viewerState.fileName.empty();
     return named ? viewerState.fileName : viewerState.sourceName;
