@@ -22,18 +22,37 @@ using FilePtr = std::unique_ptr<FILE, FileCloser>;
 // errno EISDIR. Null with errno set on failure.
 [[nodiscard]] FILE* openFile(const std::string& name, const char* mode);
 
-// A new stream on a duplicate of the given standard descriptor (0, 1), mode as fopen; null on failure.
+// A new stream on a duplicate of the given standard descriptor (0, 1), mode as fopen; null on
+// failure.
 [[nodiscard]] FILE* duplicateStandardStream(int descriptor, const char* mode);
 
 enum class StreamKind { regular, fifo, characterDevice, other };
 
 struct StreamStatus {
     StreamKind kind = StreamKind::other;
-    uint64_t size = 0;  // bytes, regular files only
+    uint64_t size = 0;     // bytes, regular files only
+    bool appends = false;  // whatever is written goes to the end, wherever the stream stands
 };
 
 // What the stream is connected to (fstat).
 StreamStatus streamStatus(FILE* stream);
+
+// What tells one state of a regular file from another.
+struct FileStamp {
+    uint64_t size = 0;
+    uint64_t modified = 0;  // the system's own unit, from the same clock for all files
+    uint64_t id = 0;        // of the file on its volume
+    bool operator==(const FileStamp&) const = default;
+};
+// None for what is no regular file.
+std::optional<FileStamp> fileStamp(FILE* stream);
+// Whether the file was written within the last tenth of a second: another write that follows so
+// closely may leave the same stamp.
+bool modifiedJustNow(const FileStamp& stamp);
+
+// Whether the name is that of a regular file, which is not opened: what stands behind any other
+// name (a named pipe) may take an opening for an answer.
+bool isRegularFile(const std::string& name);
 
 // The descriptor of a stream (0 to 2 are the standard streams).
 int streamDescriptor(FILE* stream);

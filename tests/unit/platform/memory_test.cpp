@@ -62,6 +62,14 @@ TEST(Memory, PartsOfAPageCanBeCommitted) {
     EXPECT_TRUE(commitMemory(memory.start, 0));
 }
 
+TEST(Memory, ABlockGrowsByAtMostASixtyFourthForTheSystemsSake) {
+    for (const size_t bytes : {size_t{1}, size_t{5000}, 1920 * 1080 * size_t{4}, 127 * megabyte}) {
+        EXPECT_GE(efficientSize(bytes), bytes);
+        EXPECT_LE(efficientSize(bytes), bytes + bytes / 64);
+    }
+    EXPECT_EQ(efficientSize(~size_t{0}), ~size_t{0});
+}
+
 TEST(Memory, AnAbsurdSizeIsRefused) { EXPECT_EQ(reserveMemory(~size_t{0} / 2), nullptr); }
 
 TEST(Memory, ReleasingNothingIsHarmless) { releaseMemory(nullptr, 0); }

@@ -3,6 +3,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -41,11 +42,35 @@ StreamStatus streamStatus(FILE* stream) {
     struct stat status {};
     if (!stream || fstat(fileno(stream), &status) != 0) return {};
     if (S_ISREG(status.st_mode)) {
-        return {StreamKind::regular, static_cast<uint64_t>(status.st_size)};
+        const int flags = fcntl(fileno(stream), F_GETFL);
+        const bool appends = flags >= 0 && (flags & O_APPEND);
+        return {StreamKind::regular, static_cast<uint64_t>(status.st_size), appends};
     }
     if (S_ISFIFO(status.st_mode)) return {StreamKind::fifo};
     if (S_ISCHR(status.st_mode)) return {StreamKind::characterDevice};
     return {};
+}
+
+static uint64_t nanoseconds(const timespec& time) {
+    return static_cast<uint64_t>(time.tv_sec) * 1'000'000'000 + static_cast<uint64_t>(time.tv_nsec);
+}
+
+std::optional<FileStamp> fileStamp(FILE* stream) {
+    struct stat status {};
+    if (fstat(fileno(stream), &status) != 0 || !S_ISREG(status.st_mode)) return {};
+    return FileStamp{static_cast<uint64_t>(status.st_size), nanoseconds(status.st_mtim),
+                     static_cast<uint64_t>(status.st_ino)};
+}
+
+bool modifiedJustNow(const FileStamp& stamp) {
+    timespec now{};
+    clock_gettime(CLOCK_REALTIME, &now);
+    return stamp.modified + 100'000'000 > nanoseconds(now);
+}
+
+bool isRegularFile(const std::string& name) {
+    struct stat status {};
+    return stat(name.c_str(), &status) == 0 && S_ISREG(status.st_mode);
 }
 
 int streamDescriptor(FILE* stream) { return fileno(stream); }

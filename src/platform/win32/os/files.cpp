@@ -62,6 +62,30 @@ StreamStatus streamStatus(FILE* stream) {
     return {};
 }
 
+static uint64_t joined(DWORD high, DWORD low) { return uint64_t{high} << 32 | low; }
+
+std::optional<FileStamp> fileStamp(FILE* stream) {
+    if (streamStatus(stream).kind != StreamKind::regular) return {};
+    BY_HANDLE_FILE_INFORMATION file;
+    const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream)));
+    if (!GetFileInformationByHandle(handle, &file)) return {};
+    return FileStamp{
+        joined(file.nFileSizeHigh, file.nFileSizeLow),
+        joined(file.ftLastWriteTime.dwHighDateTime, file.ftLastWriteTime.dwLowDateTime),
+        joined(file.nFileIndexHigh, file.nFileIndexLow)};
+}
+
+bool modifiedJustNow(const FileStamp& stamp) {
+    FILETIME now;  // in units of 100 nanoseconds
+    GetSystemTimeAsFileTime(&now);
+    return stamp.modified + 1'000'000 > joined(now.dwHighDateTime, now.dwLowDateTime);
+}
+
+bool isRegularFile(const std::string& name) {
+    struct _stat64 status;
+    return _stat64(name.c_str(), &status) == 0 && (status.st_mode & _S_IFMT) == _S_IFREG;
+}
+
 int streamDescriptor(FILE* stream) { return _fileno(stream); }
 
 int64_t streamPosition(FILE* stream) { return _ftelli64(stream); }

@@ -13,6 +13,9 @@ bool commitMemory(void* start, size_t bytes) {
     return VirtualAlloc(start, bytes, MEM_COMMIT, PAGE_READWRITE) != nullptr;
 }
 
+// Large pages there need a privilege that users of a viewer have not got.
+size_t efficientSize(size_t bytes) { return bytes; }
+
 void releaseMemory(void* start, size_t) {
     if (start) VirtualFree(start, 0, MEM_RELEASE);
 }
