@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "iff/plane_pool.h"
 #include "platform/memory.h"
 
 namespace vistel {
@@ -22,11 +23,18 @@ bool Plane<Pixel>::allocate(size_t width, size_t height) {
     if (__builtin_mul_overflow(width, height, &pixels)) return false;
     if (__builtin_mul_overflow(pixels, sizeof(Pixel), &bytes)) return false;
     if (bytes == 0 || bytes > size_t{PTRDIFF_MAX}) return false;
-    pixels_ = static_cast<Pixel*>(platform::reserveMemory(bytes));
-    if (!pixels_) return false;
+    bytes = platform::efficientSize(bytes);
+    usable_.assign((bytes - 1) / usableBlock + 1, false);
+    const PlaneMemory memory = takePlaneMemory(bytes);
+    if (!memory.start) return false;
+    pixels_ = static_cast<Pixel*>(memory.start);
+    bytes_ = bytes;
+    touched_ = memory.touched;
     width_ = width;
     height_ = height;
-    usable_.assign((bytes - 1) / usableBlock + 1, false);
+    if (!touched_) return true;
+    usable_.flip();
+    settled_.assign(height, 0);
     return true;
 }
 
@@ -38,7 +46,7 @@ bool Plane<Pixel>::commitRows(size_t first, size_t last) {
     for (size_t block = first * rowBytes / usableBlock; block <= lastBlock; ++block) {
         if (usable_[block]) continue;
         const size_t from = block * usableBlock;
-        const size_t bytes = std::min(usableBlock, height_ * rowBytes - from);
+        const size_t bytes = std::min(usableBlock, bytes_ - from);
         if (!platform::commitMemory(reinterpret_cast<uint8_t*>(pixels_) + from, bytes))
             return false;
         usable_[block] = true;
@@ -47,16 +55,41 @@ bool Plane<Pixel>::commitRows(size_t first, size_t last) {
 }
 
 template <class Pixel>
-bool Plane<Pixel>::commitAll() {
-    return !empty() && commitRows(0, height_ - 1);
+void Plane<Pixel>::zero(size_t y, size_t from, size_t to) {
+    if (from < to) std::fill(row(y) + from, row(y) + to, Pixel{});
+}
+
+template <class Pixel>
+void Plane<Pixel>::markWritten(size_t column, size_t first, size_t columns, size_t rows) {
+    if (settled_.empty() || columns == 0) return;
+    for (size_t y = first; y < first + rows; ++y) {
+        zero(y, settled_[y], column);
+        settled_[y] = std::max(settled_[y], static_cast<uint32_t>(column + columns));
+    }
+}
+
+template <class Pixel>
+bool Plane<Pixel>::complete() {
+    if (empty() || !commitRows(0, height_ - 1)) return false;
+    for (size_t y = 0; y < settled_.size(); ++y) zero(y, settled_[y], width_);
+    settled_ = {};
+    touched_ = true;
+    return true;
+}
+
+template <class Pixel>
+bool Plane<Pixel>::allUsable() const {
+    return std::find(usable_.begin(), usable_.end(), false) == usable_.end();
 }
 
 template <class Pixel>
 void Plane<Pixel>::free() {
-    if (pixels_) platform::releaseMemory(pixels_, width_ * height_ * sizeof(Pixel));
+    givePlaneMemory({pixels_, allUsable()}, bytes_);
     pixels_ = nullptr;
-    width_ = height_ = 0;
+    width_ = height_ = bytes_ = 0;
     usable_.clear();
+    settled_ = {};
+    touched_ = false;
 }
 
 template class Plane<uint32_t>;

@@ -203,6 +203,7 @@ int parseFile(IffReader& root, FILE* stream) {
 static bool endsTheFile(const IffReader& root, int code) {
     if (code == iffEndOfGroup || code == iffBadFile || code == iffBadRootBlock) return true;
     if (code == iffIoError || code == iffIncomplete || code == iffAborted) return false;
+    if (std::ferror(root.stream())) return false;
     return !findIffGroup(root.seenId());
 }
 

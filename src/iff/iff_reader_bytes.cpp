@@ -157,10 +157,11 @@ bool IffReader::atEndOfFile() const {
         std::ungetc(byte, stream_);
         return false;
     }
-    if (!seekable()) return true;
+    // A failure is no end: the next read meets it again and reports it.
+    if (!seekable()) return std::ferror(stream_) == 0;
     forgetEnd(stream_);
-    // A skip may have gone beyond the end of a file that was cut.
-    return static_cast<uint64_t>(streamStart_) + position_ <= platform::streamStatus(stream_).size;
+    // Nor is a place beyond the end, which a skip has reached in a file that was cut.
+    return static_cast<uint64_t>(streamStart_) + position_ == platform::streamStatus(stream_).size;
 }
 
 }  // namespace vistel

@@ -4,6 +4,7 @@
 #include <cerrno>
 
 #include "iff/big_endian.h"
+#include "iff/with_memory.h"
 #include "platform/files.h"
 #include "platform/process.h"
 
@@ -14,46 +15,56 @@ namespace {
 constexpr uint8_t zeros[8] = {};
 constexpr int lastStandardDescriptor = 2;
 
-// The command that lets the converter write `name` in the wanted format; empty without a converter.
-std::string converterCommand(const std::string& name, const std::string& format) {
-    const std::optional<std::string> converter = platform::findProgram("pixconv");
-    if (!converter) return {};
-    return platform::quotedCommand(*converter, format.empty() ? "" : "-t " + format, name, "");
-}
-
 }  // namespace
+
+std::string converterWriteCommand(const std::string& converter, const std::string& name,
+                                  const std::string& format) {
+    return platform::quotedCommand(converter, format.empty() ? "" : "-t " + format, name, "");
+}
 
 IffWriter::~IffWriter() { close(); }
 
 // --- opening ---
 
-int IffWriter::open(const std::string& name, const std::optional<std::string>& format) {
-    close();
-    std::string command;
+int IffWriter::openOutput(const std::string& name, const std::optional<std::string>& format) {
+    name_ = name;
     if (name.empty() || name == "stdout") {
         stream_ = platform::duplicateStandardStream(1, "r+");
-    } else if (format && !(command = converterCommand(name, *format)).empty()) {
-        stream_ = platform::openPipe(command, "w");
+        return stream_ ? iffOk : iffIoError;
+    }
+    const std::optional<std::string> converter =
+        format ? platform::findProgram("pixconv") : std::nullopt;
+    if (converter) {
+        stream_ = platform::openPipe(converterWriteCommand(*converter, name, *format), "w");
         isPipe_ = stream_ != nullptr;
     } else {
         stream_ = platform::openFile(name, "w");
     }
-    if (!stream_) return iffIoError;
-    name_ = name;
-    return startRoot(false);
+    return stream_ ? iffOk : iffIoError;
+}
+
+int IffWriter::open(const std::string& name, const std::optional<std::string>& format) {
+    close();
+    const int code = withMemory([&] { return openOutput(name, format); });
+    if (code == iffOk) return startRoot(false);
+    name_.clear();
+    return code;
 }
 
 int IffWriter::openStream(FILE* stream, bool forceStream) {
     close();
+    if (!stream) return iffIoError;
     stream_ = stream;
     return startRoot(forceStream);
 }
 
+// A file that only grows at its end takes no patches: it is written as a pipe is.
 int IffWriter::startRoot(bool forceStream) {
-    const platform::StreamKind kind = platform::streamStatus(stream_).kind;
-    const bool seekable = kind == platform::StreamKind::regular && !forceStream;
+    const platform::StreamStatus status = platform::streamStatus(stream_);
+    const bool regular = status.kind == platform::StreamKind::regular;
+    const bool seekable = regular && !status.appends && !forceStream;
     flags_ = iffFlagWriting | (seekable ? 0u : uint32_t{iffFlagStream});
-    int code = kind == platform::StreamKind::other ? int{iffNotAFile} : int{iffOk};
+    int code = status.kind == platform::StreamKind::other ? int{iffNotAFile} : int{iffOk};
     if (code == iffOk) code = beginGroup(iffId("FOR4"), iffId("CIMG"));
     if (code == iffOk) return iffOk;
 
@@ -102,9 +113,16 @@ int IffWriter::write(const void* bytes, size_t n) {
 
 // --- chunks ---
 
+int IffWriter::reserveChunk() {
+    if (chunks_.size() == chunks_.capacity()) chunks_.reserve(2 * chunks_.size() + 4);
+    return iffOk;
+}
+
 int IffWriter::beginAny(int32_t id, const IffGroupRow* group, uint32_t size) {
     if (!iffSizeKnown(size)) size = seekable() ? iffSizePatched : iffSizeStreamed;
     if (!roomFor(iffHeaderSize + (iffSizeKnown(size) ? size : 0))) return iffPastBoundary;
+    // The header may only be written when its end can be remembered.
+    if (const int code = withMemory([this] { return reserveChunk(); }); code != iffOk) return code;
     if (const int code = writeHeader(id, size); code != iffOk) return code;
 
     OpenChunk chunk;

@@ -25,6 +25,11 @@
 
 namespace vistel {
 
+// The command that makes the converter write the file `name` from what it is sent. Without a format
+// it goes by the name.
+std::string converterWriteCommand(const std::string& converter, const std::string& name,
+                                  const std::string& format);
+
 class IffWriter {
  public:
     IffWriter() = default;
@@ -36,10 +41,12 @@ class IffWriter {
     // mean a duplicate of standard output. With a format (an image type's key, possibly empty) the
     // stream goes to the converter program, which writes the file; without one, or when there is no
     // converter, the file itself is written. iffIoError (errno set) when it cannot be opened,
-    // iffNotAFile when it is no file, FIFO or character device.
+    // iffNotAFile when it is no file, FIFO or character device. iffNoMemory may come of every
+    // operation that opens something.
     [[nodiscard]] int open(const std::string& name, const std::optional<std::string>& format);
     // The same on a stream that is already open; it is closed by close unless it is a standard
-    // stream, also when this call fails. forceStream treats a regular file as one that cannot seek.
+    // stream, also when this call fails. forceStream treats a regular file as one that cannot seek;
+    // so is one that was opened for appending. iffIoError for null.
     [[nodiscard]] int openStream(FILE* stream, bool forceStream = false);
 
     // Opens a chunk in the innermost group. Any size with the top bit set means "not known yet".
@@ -85,7 +92,9 @@ class IffWriter {
         uint32_t alignMask = 0;              // of the group around it
     };
 
+    int openOutput(const std::string& name, const std::optional<std::string>& format);
     int startRoot(bool forceStream);
+    int reserveChunk();
     int beginAny(int32_t id, const IffGroupRow* group, uint32_t size);
     int endInnermost();
     int patchSize(uint64_t written, uint64_t pad);

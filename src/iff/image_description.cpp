@@ -77,8 +77,9 @@ SoundFormat decodeSoundFormat(const uint8_t* body, size_t size) {
     format.sampleBits = readBig16(body + 6);
     format.rate = floatFromExtended(body + 8);
     format.usable = size == SoundFormat::shortBody;
-    if (size < SoundFormat::longBody) return format;
+    if (size < SoundFormat::typedBody) return format;
     format.usable = readBig32(body + 18) == static_cast<uint32_t>(iffId("NONE"));
+    if (size < SoundFormat::longBody) return format;
     const size_t length = std::min<size_t>(body[22], size - SoundFormat::longBody);
     format.compressionName.assign(reinterpret_cast<const char*>(body + 23), length);
     return format;

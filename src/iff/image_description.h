@@ -35,7 +35,8 @@ std::string contentLine(const std::string& text);
 //      22      1  length of the compression's name, which follows
 struct SoundFormat {
     static constexpr size_t shortBody = 18;
-    static constexpr size_t longBody = 23;  // with an empty name
+    static constexpr size_t typedBody = 22;  // with a compression type
+    static constexpr size_t longBody = 23;   // and an empty name
 
     uint16_t channels = 0;
     uint32_t sampleFrames = 0;
@@ -44,7 +45,7 @@ struct SoundFormat {
     std::string compressionName;  // empty for a short body
     bool usable = false;          // a short body, or compression "NONE"
 };
-// Decodes a body of at least 18 bytes; more than 18 but fewer than 23 count as 18 without being
+// Decodes a body of at least 18 bytes; more than 18 but fewer than 22 count as 18 without being
 // usable. The name is cut at the end of the body.
 SoundFormat decodeSoundFormat(const uint8_t* body, size_t size);
 // "44100 Samples, 16 Bits Stereo, 44.1KHz     ".

@@ -8,6 +8,7 @@
 
 #include "iff/image_description.h"
 #include "iff/image_parse.h"
+#include "iff/with_memory.h"
 
 namespace vistel {
 
@@ -47,14 +48,14 @@ static bool promiseKept(const ImageForm& form) {
 }
 
 // Whoever is given a frame may read every pixel of its planes. Colour can be shown without depth.
-static int commitPlanes(ImageForm& form) {
+static int completePlanes(ImageForm& form) {
     FrameStore& frame = form.frame;
     const bool kept = promiseKept(form);
-    if (!kept || (!frame.colour.empty() && !frame.colour.commitAll())) {
+    if (!kept || (!frame.colour.empty() && !frame.colour.complete())) {
         frame.clear();
         return iffNoMemory;
     }
-    if (frame.z.empty() || frame.z.commitAll()) return iffOk;
+    if (frame.z.empty() || frame.z.complete()) return iffOk;
     frame.z.free();
     return iffNoMemory;
 }
@@ -63,10 +64,11 @@ static int commitPlanes(ImageForm& form) {
 static int finishPlanes(ImageForm& form) {
     if (form.blackTiles && !form.frame.hasPicture())
         if (const int code = makeBlackPicture(form); code != iffOk) return code;
-    return form.frame.hasPicture() ? commitPlanes(form) : int{iffOk};
+    return form.frame.hasPicture() ? completePlanes(form) : int{iffOk};
 }
 
 static int handOver(ImageForm& form, ImageParse& parse, int error) {
+    parse.decoder.settle();
     if (const int code = finishPlanes(form); error == iffOk) error = code;
     if (error != iffOk && !form.frame.hasPicture()) return error;
     parse.frame = std::move(form.frame);
@@ -124,9 +126,8 @@ static int handleProperties(IffReader& group) {
 
 static bool keepWaiting(void* user) { return static_cast<ImageParse*>(user)->goOn(); }
 
-int loadImages(const ImageLoadRequest& request, FrameStore& frame) {
-    frame.clear();
-    ImageParse parse{request, frame};
+static int parseImages(const ImageLoadRequest& request, FrameStore& frame) {
+    ImageParse parse(request, frame);
     IffReader root;
     root.handlers = {handleForm, handleGroup, handleGroup, handleProperties, {}};
     root.user = &parse;
@@ -135,6 +136,11 @@ int loadImages(const ImageLoadRequest& request, FrameStore& frame) {
     const int result = parseWholeFile(root, request.stream);
     if (result == iffIoError && parse.systemError != 0) errno = parse.systemError;
     return result == iffParsingComplete ? iffOk : result;
+}
+
+int loadImages(const ImageLoadRequest& request, FrameStore& frame) {
+    frame.clear();
+    return withMemory([&] { return parseImages(request, frame); });
 }
 
 }  // namespace vistel

@@ -42,16 +42,19 @@ class TileData {
 };
 
 struct ImageParse {
+    ImageParse(const ImageLoadRequest& theRequest, FrameStore& theFrame)
+        : request(theRequest), frame(theFrame) {}
+
     const ImageLoadRequest& request;
-    FrameStore& frame;       // receives each form that was read
-    ImageForm outside = {};  // takes what chunks outside any image form say
+    FrameStore& frame;  // receives each form that was read
+    ImageForm outside;  // takes what chunks outside any image form say
     ImageForm* form = &outside;
     int formCount = 0;
     int openForms = 0;    // image forms around the place that is read
     int systemError = 0;  // errno of the first iffIoError
     bool soundUsable = false;
-    TileData data = {};
-    TileDecoder decoder = {};
+    TileData data;
+    TileDecoder decoder;
 
     bool rereading() const { return request.wantedForm != 0; }
     bool listing() const { return request.verbose && !rereading(); }

@@ -11,10 +11,13 @@
 #include "iff/iff_writer.h"
 #include "iff/result_codes.h"
 #include "iff/tile_codec.h"
+#include "iff/with_memory.h"
+#include "platform/files.h"
 
 namespace vistel {
 
 static constexpr uint32_t largestTiled = 65535;  // tile rectangles are 16-bit
+static constexpr int lastStandardDescriptor = 2;
 
 TileSize tileSize(uint16_t width, uint16_t height) {
     if (width > 16384) return {2048, 16};
@@ -33,15 +36,23 @@ ImageWriter::~ImageWriter() { close(); }
 
 int ImageWriter::open(const std::string& name, const std::string* format) {
     close();
-    container_ = std::make_unique<IffWriter>();
-    const int code = container_->open(name, format ? std::optional(*format) : std::nullopt);
+    const int code = withMemory([&] {
+        container_ = std::make_unique<IffWriter>();
+        return container_->open(name, format ? std::optional(*format) : std::nullopt);
+    });
     if (code != iffOk) container_.reset();
     return code;
 }
 
 int ImageWriter::openStream(FILE* stream, bool forceStream) {
     close();
-    container_ = std::make_unique<IffWriter>();
+    container_.reset(new (std::nothrow) IffWriter);
+    if (!container_) {
+        // What was handed over is closed whatever happens.
+        if (stream && platform::streamDescriptor(stream) > lastStandardDescriptor)
+            std::fclose(stream);
+        return iffNoMemory;
+    }
     const int code = container_->openStream(stream, forceStream);
     if (code != iffOk) container_.reset();
     return code;
@@ -55,6 +66,7 @@ int ImageWriter::close() {
     resetImage();
     compression_ = compressRle;
     wideChannels_ = 0;
+    fromLastRow_ = false;
     return ended != iffOk ? ended : closed;
 }
 
@@ -79,6 +91,12 @@ int ImageWriter::setCompression(uint32_t compression) {
 int ImageWriter::setWideChannels(bool wide) {
     if (is(headerWritten)) return iffClientError;
     wideChannels_ = wide ? 1 : 0;
+    return iffOk;
+}
+
+int ImageWriter::setRowsFromLast(bool fromLast) {
+    if (inImageData()) return iffClientError;
+    fromLastRow_ = fromLast;
     return iffOk;
 }
 
@@ -120,7 +138,7 @@ int ImageWriter::writeHeader(uint32_t width, uint32_t height, uint32_t flags, ui
     encodeImageHeader(header_, bytes);
     if (int code = writeChunk("TBHD", bytes, sizeof bytes); code != iffOk) return code;
     state_ |= headerWritten;
-    return writeText("DATE", dateText());
+    return withMemory([this] { return writeText("DATE", dateText()); });
 }
 
 int ImageWriter::beginImageData() {
@@ -140,14 +158,12 @@ int ImageWriter::allocateBands() {
         band.rowBytes = size_t{header_.width} * pixelBytes;
         band.bytes.assign(band.rowBytes * tile_.height, 0);
     };
-    try {
+    return withMemory([&] {
         fit(colour_, colourBytes);
         fit(second_, header_.has(imageTwelveBit) ? colourBytes : 0);
         fit(z_, header_.has(imageZ) ? 4 : 0);
-    } catch (const std::bad_alloc&) {
-        return iffNoMemory;
-    }
-    return iffOk;
+        return iffOk;
+    });
 }
 
 // A plane pixel (red, green, blue, mask) to file order: the channels that the image has, ascending.
@@ -189,21 +205,23 @@ int ImageWriter::writeRow(const Channel* colour, const float* z, const Channel* 
     const bool wide = sizeof(Channel) == 2;
     if (int code = canWriteRow(wide, colour, z, second); code != iffOk) return code;
     const TileFormat format = colourTileFormat(header_);
+    const uint32_t y = fromLastRow_ ? header_.height - 1 - rowsWritten_ : rowsWritten_;
+    const uint32_t bandRow = y % tile_.height;
     const auto take = [&](Band& band, const Channel* pixels) {
         if (pixels)
-            packChannels(pixels, header_.width, format, band.row(bandRows_));
+            packChannels(pixels, header_.width, format, band.row(bandRow));
         else if (band.there())
-            std::memset(band.row(bandRows_), 0, band.rowBytes);
+            std::memset(band.row(bandRow), 0, band.rowBytes);
     };
     take(colour_, colour);
     take(second_, second);
     for (uint32_t x = 0; z_.there() && x < header_.width; ++x)
-        writeBig32(z_.row(bandRows_) + 4 * x, z ? std::bit_cast<uint32_t>(z[x]) : 0);
+        writeBig32(z_.row(bandRow) + 4 * x, z ? std::bit_cast<uint32_t>(z[x]) : 0);
     state_ |= lineMode;
     ++rowsWritten_;
     ++bandRows_;
-    const bool full = bandRows_ == tile_.height || rowsWritten_ == header_.height;
-    return full ? flushBand() : iffOk;
+    const bool bandEnds = fromLastRow_ ? bandRow == 0 : bandRow == tile_.height - 1;
+    return bandEnds || rowsWritten_ == header_.height ? flushBand() : int{iffOk};
 }
 
 int ImageWriter::writeScanline(const uint32_t* colour, const float* z, const uint32_t* second) {
@@ -223,15 +241,17 @@ TileFormat ImageWriter::formatOf(int32_t id) const {
 
 // Empties the bands whatever comes of it: the next row needs the room.
 int ImageWriter::flushBand() {
-    failure_ = writeBandTiles();
+    failure_ = withMemory([this] { return writeBandTiles(); });
     bandRows_ = 0;
     return failure_;
 }
 
 int ImageWriter::writeBandTiles() {
+    const uint32_t firstRow =
+        fromLastRow_ ? header_.height - rowsWritten_ : rowsWritten_ - bandRows_;
     TileRect rect;
-    rect.y1 = static_cast<uint16_t>(rowsWritten_ - bandRows_);
-    rect.y2 = static_cast<uint16_t>(rowsWritten_ - 1);
+    rect.y1 = static_cast<uint16_t>(firstRow);
+    rect.y2 = static_cast<uint16_t>(firstRow + bandRows_ - 1);
     for (uint32_t x = 0; x < header_.width; x += tile_.width) {
         rect.x1 = static_cast<uint16_t>(x);
         rect.x2 = static_cast<uint16_t>(std::min(x + tile_.width, header_.width) - 1);
@@ -247,9 +267,10 @@ int ImageWriter::writeBandTiles() {
 int ImageWriter::writeBandTile(int32_t id, Band& band, const TileRect& rect) {
     const size_t tileRowBytes = size_t{rect.width()} * band.pixelBytes;
     raw_.resize(tileRowBytes * rect.height());
+    const uint32_t bandRow = rect.y1 % tile_.height;
     for (uint32_t y = 0; band.there() && y < rect.height(); ++y)
-        std::memcpy(raw_.data() + y * tileRowBytes, band.row(y) + rect.x1 * size_t(band.pixelBytes),
-                    tileRowBytes);
+        std::memcpy(raw_.data() + y * tileRowBytes,
+                    band.row(bandRow + y) + rect.x1 * size_t(band.pixelBytes), tileRowBytes);
     return writeTileChunk(id, rect, raw_.data());
 }
 
@@ -281,7 +302,7 @@ int ImageWriter::writeTile(const char (&id)[5], const TileRect& rect, const uint
     if (kind == iffId("ZBUF") && !header_.has(imageZ)) return iffNoZPlane;
     if (kind == iffId("RGB2") && !header_.has(imageTwelveBit)) return iffNo16BitChannel;
     state_ |= pageMode;
-    failure_ = writeTileChunk(kind, rect, raw);
+    failure_ = withMemory([&] { return writeTileChunk(kind, rect, raw); });
     return failure_;
 }
 

@@ -63,6 +63,10 @@ class ImageWriter {
     // Two bytes per channel; before the header. Rows are then given to writeWideScanline.
     [[nodiscard]] int setWideChannels(bool wide);
 
+    // Whether the rows come last row first (the default is first row first); before the image data.
+    // The file is the same either way but for the order of its tiles.
+    [[nodiscard]] int setRowsFromLast(bool fromLast);
+
     // A chunk of the image form ("NAME", "AUTH", "ANNO", "ZPLC" ...). iffClientError inside the
     // image data.
     [[nodiscard]] int writeText(const char (&id)[5], std::string_view text);
@@ -81,9 +85,9 @@ class ImageWriter {
     // pixels hold red in the lowest byte, then green, blue, mask; a grey image takes the green
     // byte. `second` is the low-order colour of an image with imageTwelveBit.
     // iffNoImageHeader, iffClientError outside the image data or when the image's channels have the
-    // other width, iffLineIoInPageMode after writeTile, iffIoAfterImageEnd behind the last row,
-    // iffColourIoOnBlack, iffNo16BitChannel, iffNoZPlane. Once tiles could not be written every
-    // later row and tile, and endImage, give that failure again.
+    // other width, iffLineIoInPageMode after writeTile, iffIoAfterImageEnd when all rows were
+    // given, iffColourIoOnBlack, iffNo16BitChannel, iffNoZPlane. Once tiles could not be written
+    // every later row and tile, and endImage, give that failure again.
     [[nodiscard]] int writeScanline(const uint32_t* colour, const float* z = nullptr,
                                     const uint32_t* second = nullptr);
     // The same for 16-bit channels: four words for each pixel, red, green, blue, mask.
@@ -144,6 +148,7 @@ class ImageWriter {
     int failure_ = iffOk;       // the first one while tiles were written
     uint32_t compression_ = compressRle;
     uint16_t wideChannels_ = 0;
+    bool fromLastRow_ = false;
     Band colour_, second_, z_;
     std::vector<uint8_t> raw_, packed_;
 };

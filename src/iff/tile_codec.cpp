@@ -57,127 +57,233 @@ static PixelRecipe colourRecipe(const TileFormat& format) {
     return recipe;
 }
 
+// A tile while it is decoded.
+struct TileDecoder::Tile {
+    Tile(const TileFormat& theFormat, const PixelRecipe& theRecipe, const TileRect& rect,
+         const TileTarget& theTarget, const uint8_t* theData, size_t size)
+        : format(theFormat),
+          recipe(theRecipe),
+          target(theTarget),
+          place(placeTile(rect, theTarget.shrink)),
+          width(rect.width()),
+          pixels(width * rect.height()),
+          data(theData),
+          end(theData + size) {
+        for (size_t& step : planeStep) step = width;
+    }
+
+    const TileFormat& format;
+    const PixelRecipe& recipe;
+    const TileTarget& target;
+    TilePlacement place;
+    size_t width, pixels;
+    const uint8_t* data;  // what has not been unpacked yet
+    const uint8_t* end;
+    size_t planeStep[4];  // of each scratch plane from one row to the next; 0: all rows are alike
+
+    PixelArea area(size_t firstRow, size_t endRow) const {
+        return {target.row(place.row + firstRow) + place.column, target.rowPixels, place.columns,
+                endRow - firstRow, target.touched};
+    }
+};
+
+// The first row of each byte of a pixel, and how far the next one is.
+struct TileDecoder::PlanarRows {
+    const uint8_t* from[4];
+    size_t step[4];
+};
+
 int TileDecoder::decodeColour(const TileFormat& format, const TileRect& rect, const uint8_t* data,
                               size_t size, const TileTarget& target) {
-    return decode(format, rect, data, size, target, colourRecipe(format));
+    const PixelRecipe recipe = colourRecipe(format);
+    Tile tile(format, recipe, rect, target, data, size);
+    return decode(tile);
 }
 
 int TileDecoder::decodeDepth(const TileRect& rect, const uint8_t* data, size_t size,
                              const TileTarget& target) {
+    const TileFormat format = depthTileFormat();
     PixelRecipe recipe;
     for (int k = 0; k < 4; ++k) recipe.offset[k] = 3 - k;
-    return decode(depthTileFormat(), rect, data, size, target, recipe);
+    Tile tile(format, recipe, rect, target, data, size);
+    return decode(tile);
 }
 
-int TileDecoder::decode(const TileFormat& format, const TileRect& rect, const uint8_t* data,
-                        size_t size, const TileTarget& target, const PixelRecipe& recipe) {
-    const uint64_t raw = rawTileSize(format, rect);
+int TileDecoder::decode(Tile& tile) {
+    const TileFormat& format = tile.format;
+    const uint64_t raw = uint64_t{tile.pixels} * format.pixelBytes();
     if (raw == 0) return iffOk;
+    unsettled_ |= tile.target.touched;
+    const size_t size = static_cast<size_t>(tile.end - tile.data);
     if (size == raw) {
-        storeWhole(format, rect, data, target, recipe);
+        storeWhole(tile, tile.data);
         return iffOk;
     }
     const bool packed = format.compression == compressRle || format.compression == compressQrl;
-    const uint64_t pixels = raw / format.pixelBytes();
     // Behind the planes: one row of each fixed value.
-    const uint64_t planes = packed ? planeRoom(pixels) * planeCount(format) + rect.width() : raw;
+    const uint64_t planes = packed ? planeRoom(tile.pixels) * planeCount(format) + tile.width : raw;
     if (!growScratch(planes + kernelSlack)) return iffNoMemory;
     if (!packed) {
-        std::copy_n(data, size, scratch_.get());
+        std::copy_n(tile.data, size, scratch_.get());
         std::memset(scratch_.get() + size, 0, raw - size);
-        storeWhole(format, rect, scratch_.get(), target, recipe);
-        return iffOk;
+        storeWhole(tile, scratch_.get());
+    } else if (format.packsWholePixels()) {
+        decodePixels(tile);
+    } else {
+        decodeRuns(tile);
     }
-    if (format.packsWholePixels())
-        unpackPixels(format, rect, data, size);
-    else
-        unpackRuns(format, pixels, data, size);
-    storePlanar(format, rect, target, recipe);
     return iffOk;
 }
 
-void TileDecoder::storeWhole(const TileFormat& format, const TileRect& rect, const uint8_t* data,
-                             const TileTarget& target, const PixelRecipe& recipe) const {
-    const TileKernels& kernels = tileKernels();
-    const TilePlacement place = placeTile(rect, target.shrink);
-    const size_t pixelBytes = format.pixelBytes();
-    const size_t rowBytes = rect.width() * pixelBytes * target.shrink;
-    const bool byteChannels = format.valueBytes != 2 && target.shrink == 1;
-    for (uint32_t m = 0; m < place.rows; ++m, data += rowBytes) {
-        uint32_t* row = target.row(place.row + m) + place.column;
-        if (byteChannels && pixelBytes == 4)
-            kernels.reverse4(row, data, place.columns);
-        else if (byteChannels && pixelBytes == 3)
-            kernels.reverse3(row, data, place.columns);
-        else
-            gatherPixels(row, data, place.columns, pixelBytes * target.shrink, recipe);
-    }
+void TileDecoder::settle() {
+    if (unsettled_ && kernels_.settle) kernels_.settle();
+    unsettled_ = false;
+}
+
+void TileDecoder::storeWhole(const Tile& tile, const uint8_t* data) const {
+    const TilePlacement& place = tile.place;
+    const size_t shrink = tile.target.shrink, pixelBytes = tile.format.pixelBytes();
+    const bool byteChannels = tile.format.valueBytes != 2 && shrink == 1;
+    const PixelArea area = tile.area(0, place.rows);
+    if (byteChannels && pixelBytes == 4) return kernels_.reverse4(area, data);
+    if (byteChannels && pixelBytes == 3) return kernels_.reverse3(area, data);
+    const size_t rowBytes = tile.width * pixelBytes * shrink;
+    for (size_t m = 0; m < place.rows; ++m, data += rowBytes)
+        gatherPixels(area.pixels + m * area.rowPixels, data, place.columns, pixelBytes * shrink,
+                     tile.recipe);
+}
+
+void TileDecoder::applyTable(const Tile& tile, int index, uint8_t* values, size_t count) const {
+    const bool colour = tile.format.valueBytes != 4;
+    const uint8_t* const table = colour ? tables_[tile.format.channels[index]] : nullptr;
+    if (!table) return;
+    std::transform(values, values + count, values, [=](uint8_t value) { return table[value]; });
+}
+
+// Decoding ends here: the rest of this plane and the planes behind it are zero.
+void TileDecoder::clearFrom(const Tile& tile, uint8_t* values) {
+    uint8_t* const end = plane(planeCount(tile.format), tile.pixels);
+    std::memset(values, 0, static_cast<size_t>(end - values));
+}
+
+// Whether the next `count` values are all the same, in the fewest packets possible. Masks and empty
+// areas are full of such channels; their packets need not be unpacked one by one. `bytes` is what
+// they take.
+static bool isConstant(const uint8_t* data, const uint8_t* end, size_t count, size_t& bytes) {
+    constexpr size_t longest = 128;
+    const size_t full = (count - 1) / longest;  // packets before the last one
+    bytes = 2 * full + 2;
+    if (static_cast<size_t>(end - data) < bytes) return false;
+    const uint8_t* const last = data + 2 * full;
+    if (last[0] != 127 + count - full * longest || last[1] != data[1]) return false;
+    return full == 0 || (data[0] == 255 && std::memcmp(data, data + 2, 2 * full - 2) == 0);
 }
 
 // One plane; what is missing of it and of the planes behind it becomes zero. False: decoding ends.
-bool TileDecoder::unpackChannel(const TileFormat& format, int index, size_t pixels,
-                                const uint8_t*& data, const uint8_t* end) {
-    uint8_t* const values = plane(index, pixels);
-    const size_t stored = tileKernels().unpackRle(data, end, values, pixels);
-    const uint8_t* const table = format.valueBytes == 4 ? nullptr : tables_[format.channels[index]];
-    if (table)
-        std::transform(values, values + stored, values,
-                       [=](uint8_t value) { return table[value]; });
-    if (stored == pixels && (format.valueBytes != 2 || skipRle(data, end, pixels))) return true;
-    std::memset(values + stored, 0, plane(planeCount(format), pixels) - (values + stored));
+bool TileDecoder::unpackPlane(Tile& tile, int index) {
+    uint8_t* const values = plane(index, tile.pixels);
+    size_t stored = tile.pixels, bytes = 0;
+    if (isConstant(tile.data, tile.end, tile.pixels, bytes)) {
+        std::memset(values, tile.data[1], tile.width);
+        applyTable(tile, index, values, tile.width);
+        tile.planeStep[index] = 0;
+        tile.data += bytes;
+    } else {
+        stored = kernels_.unpackRle(tile.data, tile.end, values, tile.pixels, tile.pixels);
+        applyTable(tile, index, values, stored);
+    }
+    const bool lowBytes = tile.format.valueBytes == 2;
+    if (stored == tile.pixels && (!lowBytes || skipRle(tile.data, tile.end, tile.pixels)))
+        return true;
+    clearFrom(tile, values + stored);
     return false;
 }
 
-void TileDecoder::unpackRuns(const TileFormat& format, size_t pixels, const uint8_t* data,
-                             size_t size) {
-    const uint8_t* const end = data + size;
-    for (int i = 0; i < planeCount(format); ++i)
-        if (!unpackChannel(format, i, pixels, data, end)) return;
+// Values of the last plane that are unpacked before their rows are stored.
+static constexpr size_t storeAfter = 1024;
+
+// The last plane, its rows stored together with those of the others as soon as a few are there: the
+// processor unpacks the next ones while the memory takes in the last.
+void TileDecoder::unpackLastPlane(Tile& tile, int index) {
+    const PlanarRows source = planarRows(tile);
+    uint8_t* const values = plane(index, tile.pixels);
+    const size_t rows = tile.pixels / tile.width;
+    const size_t rowsAtOnce = std::max<size_t>(1, storeAfter / tile.width);
+    size_t done = 0;
+    for (size_t row = 0; row < rows;) {
+        const size_t enough = std::min(rows, row + rowsAtOnce) * tile.width - done;
+        uint8_t* const at = values + done;
+        const size_t stored =
+            kernels_.unpackRle(tile.data, tile.end, at, tile.pixels - done, enough);
+        applyTable(tile, index, at, stored);
+        done += stored;
+        if (stored < enough) {
+            clearFrom(tile, values + done);
+            done = tile.pixels;
+        }
+        storeRows(tile, source, row, done / tile.width);
+        row = done / tile.width;
+    }
+}
+
+void TileDecoder::decodeRuns(Tile& tile) {
+    const int last = planeCount(tile.format) - 1;
+    bool whole = true;
+    for (int i = 0; i < last && whole; ++i) whole = unpackPlane(tile, i);
+    size_t bytes;
+    if (whole && tile.target.shrink == 1 && !isConstant(tile.data, tile.end, tile.pixels, bytes))
+        return unpackLastPlane(tile, last);
+    if (whole) (void)unpackPlane(tile, last);
+    storePlanar(tile);
 }
 
 // The mask, when there is one, comes first as a run-length coded channel; then the rows of pixels.
-void TileDecoder::unpackPixels(const TileFormat& format, const TileRect& rect, const uint8_t* data,
-                               size_t size) {
-    const TileKernels& kernels = tileKernels();
-    const uint8_t* const end = data + size;
-    const size_t width = rect.width(), pixels = width * rect.height();
+void TileDecoder::decodePixels(Tile& tile) {
+    const TileFormat& format = tile.format;
+    const size_t pixels = tile.pixels, width = tile.width;
     const int mask = format.indexOf(channelMask);
-    if (mask >= 0 && !unpackChannel(format, mask, pixels, data, end)) return;
-    uint8_t* const red = plane(format.indexOf(channelRed), pixels);
-    uint8_t* const green = plane(format.indexOf(channelGreen), pixels);
-    uint8_t* const blue = plane(format.indexOf(channelBlue), pixels);
-    for (size_t at = 0; at < pixels; at += width) {
-        uint8_t* const row[3] = {red + at, green + at, blue + at};
-        const size_t stored = kernels.unpackQrl(data, end, row, width);
+    const bool whole = mask < 0 || unpackPlane(tile, mask);
+    uint8_t* const planes[3] = {plane(format.indexOf(channelRed), pixels),
+                                plane(format.indexOf(channelGreen), pixels),
+                                plane(format.indexOf(channelBlue), pixels)};
+    for (size_t at = 0; at < pixels && whole; at += width) {
+        uint8_t* const row[3] = {planes[0] + at, planes[1] + at, planes[2] + at};
+        const size_t stored = kernels_.unpackQrl(tile.data, tile.end, row, width);
         if (stored == width) continue;
-        for (uint8_t* values : {red, green, blue})
-            std::memset(values + at + stored, 0, pixels - at - stored);
-        return;
+        for (uint8_t* values : row) std::memset(values + stored, 0, pixels - at - stored);
+        break;
+    }
+    storePlanar(tile);
+}
+
+TileDecoder::PlanarRows TileDecoder::planarRows(const Tile& tile) {
+    PlanarRows source;
+    uint8_t* const fixedRow = plane(planeCount(tile.format), tile.pixels);
+    for (int k = 0; k < 4; ++k) {
+        const int offset = tile.recipe.offset[k];
+        const int index = offset < 0 ? 0 : offset / planeSpacing(tile.format);
+        source.from[k] = offset < 0 ? fixedRow : plane(index, tile.pixels);
+        source.step[k] = offset < 0 ? 0 : tile.planeStep[index] * tile.target.shrink;
+        if (offset < 0) std::memset(fixedRow, tile.recipe.fixed[k], tile.width);
+    }
+    return source;
+}
+
+// Rows [first, end) of those that the tile covers.
+void TileDecoder::storeRows(const Tile& tile, const PlanarRows& source, size_t first,
+                            size_t end) const {
+    const uint8_t* from[4];
+    for (int k = 0; k < 4; ++k) from[k] = source.from[k] + first * source.step[k];
+    const PixelArea area = tile.area(first, end);
+    if (tile.target.shrink == 1) return kernels_.interleave(area, from, source.step);
+    for (size_t m = 0; m < area.rows; ++m) {
+        interleaveNearest(area.pixels + m * area.rowPixels, from, area.columns, tile.target.shrink);
+        for (int k = 0; k < 4; ++k) from[k] += source.step[k];
     }
 }
 
-void TileDecoder::storePlanar(const TileFormat& format, const TileRect& rect,
-                              const TileTarget& target, const PixelRecipe& recipe) const {
-    const TileKernels& kernels = tileKernels();
-    const size_t width = rect.width(), pixels = width * rect.height();
-    const TilePlacement place = placeTile(rect, target.shrink);
-    uint8_t* const fixedRow = plane(planeCount(format), pixels);
-    const uint8_t* from[4];
-    size_t rowStep[4];
-    for (int k = 0; k < 4; ++k) {
-        const bool moving = recipe.offset[k] >= 0;
-        from[k] = moving ? plane(recipe.offset[k] / planeSpacing(format), pixels) : fixedRow;
-        rowStep[k] = moving ? width * target.shrink : 0;
-        if (!moving) std::memset(fixedRow, recipe.fixed[k], width);
-    }
-    for (uint32_t m = 0; m < place.rows; ++m) {
-        uint32_t* row = target.row(place.row + m) + place.column;
-        if (target.shrink == 1)
-            kernels.interleave(row, from, place.columns);
-        else
-            interleaveNearest(row, from, place.columns, target.shrink);
-        for (int k = 0; k < 4; ++k) from[k] += rowStep[k];
-    }
+void TileDecoder::storePlanar(const Tile& tile) {
+    storeRows(tile, planarRows(tile), 0, tile.place.rows);
 }
 
 size_t TileDecoder::planeRoom(size_t pixels) { return pixels + kernelSlack; }

@@ -9,16 +9,18 @@
 #include <memory>
 
 #include "iff/tile_format.h"
+#include "iff/tile_kernels.h"
 
 namespace vistel {
-
-struct PixelRecipe;
 
 // The first pixel of a plane and how the image is shrunk into it.
 struct TileTarget {
     uint32_t* pixels = nullptr;
     size_t rowPixels = 0;
     uint32_t shrink = 1;
+    // The memory of the plane was written before: stores may bypass the cache. Memory that the
+    // system has yet to supply is cleared through the cache, where ordinary stores find it.
+    bool touched = false;
     uint32_t* row(size_t y) const { return pixels + y * rowPixels; }
 };
 
@@ -40,6 +42,12 @@ TilePlacement placeTile(const TileRect& rect, uint32_t shrink);
 
 class TileDecoder {
  public:
+    TileDecoder() : TileDecoder(tileKernels()) {}
+    explicit TileDecoder(const TileKernels& kernels) : kernels_(kernels) {}
+    ~TileDecoder() { settle(); }
+    TileDecoder(const TileDecoder&) = delete;
+    TileDecoder& operator=(const TileDecoder&) = delete;
+
     // Decodes `size` bytes (accepted by checkTileDataSize) into the target, whose rows must be
     // usable. As many bytes as the tile stored whole: stored whole. Fewer: packed as the format
     // says; a packet that runs past its channel ends decoding, and values that are missing are
@@ -50,6 +58,11 @@ class TileDecoder {
     [[nodiscard]] int decodeDepth(const TileRect& rect, const uint8_t* data, size_t size,
                                   const TileTarget& target);
 
+    // To be called before another thread is given what was decoded: stores that bypass the cache
+    // are not ordered with those by which threads tell each other that something is ready. (Waiting
+    // for them after each tile would cost a tenth of the time.) The destructor does it too.
+    void settle();
+
     // A table of 256 bytes through which the run-length coded values of a colour channel are looked
     // up before they are stored; null for none. Not copied.
     void setValueTable(FileChannel channel, const uint8_t* table) { tables_[channel] = table; }
@@ -58,18 +71,20 @@ class TileDecoder {
     struct Freer {
         void operator()(void* block) const { std::free(block); }
     };
+    struct Tile;
+    struct PlanarRows;
 
-    [[nodiscard]] int decode(const TileFormat& format, const TileRect& rect, const uint8_t* data,
-                             size_t size, const TileTarget& target, const PixelRecipe& recipe);
-    void storeWhole(const TileFormat& format, const TileRect& rect, const uint8_t* data,
-                    const TileTarget& target, const PixelRecipe& recipe) const;
-    [[nodiscard]] bool unpackChannel(const TileFormat& format, int index, size_t pixels,
-                                     const uint8_t*& data, const uint8_t* end);
-    void unpackRuns(const TileFormat& format, size_t pixels, const uint8_t* data, size_t size);
-    void unpackPixels(const TileFormat& format, const TileRect& rect, const uint8_t* data,
-                      size_t size);
-    void storePlanar(const TileFormat& format, const TileRect& rect, const TileTarget& target,
-                     const PixelRecipe& recipe) const;
+    [[nodiscard]] int decode(Tile& tile);
+    void storeWhole(const Tile& tile, const uint8_t* data) const;
+    void decodeRuns(Tile& tile);
+    void decodePixels(Tile& tile);
+    [[nodiscard]] bool unpackPlane(Tile& tile, int index);
+    void unpackLastPlane(Tile& tile, int index);
+    void applyTable(const Tile& tile, int index, uint8_t* values, size_t count) const;
+    void clearFrom(const Tile& tile, uint8_t* values);
+    PlanarRows planarRows(const Tile& tile);
+    void storeRows(const Tile& tile, const PlanarRows& source, size_t first, size_t end) const;
+    void storePlanar(const Tile& tile);
     [[nodiscard]] bool growScratch(uint64_t bytes);
     // A scratch plane; behind each lies the room that the kernels may write into.
     uint8_t* plane(size_t index, size_t pixels) const {
@@ -77,8 +92,10 @@ class TileDecoder {
     }
     static size_t planeRoom(size_t pixels);
 
+    const TileKernels& kernels_;
     std::unique_ptr<uint8_t, Freer> scratch_;
     size_t capacity_ = 0;
+    bool unsettled_ = false;
     const uint8_t* tables_[4] = {};
 };
 

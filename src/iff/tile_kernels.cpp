@@ -3,34 +3,13 @@
 #include <algorithm>
 #include <cstring>
 
-#include "iff/big_endian.h"
+#include "iff/tile_kernel_rows.h"
 #include "platform/process.h"
 
 namespace vistel {
 
-static uint32_t packBytes(uint8_t b0, uint8_t b1, uint8_t b2, uint8_t b3) {
-    return b0 | uint32_t{b1} << 8 | uint32_t{b2} << 16 | uint32_t{b3} << 24;
-}
-
-static size_t unpackRleScalar(const uint8_t*& data, const uint8_t* end, uint8_t* values,
-                              size_t count) {
-    size_t done = 0;
-    while (done < count && end - data >= 2) {
-        const size_t length = (data[0] & 127u) + 1;
-        if (length > count - done) break;
-        if (data[0] >= 128) {
-            std::memset(values + done, data[1], length);
-            data += 2;
-            done += length;
-            continue;
-        }
-        ++data;
-        const size_t there = std::min(length, static_cast<size_t>(end - data));
-        std::memcpy(values + done, data, there);
-        data += there;
-        done += there;
-    }
-    return done;
+static void storeRunScalar(uint8_t* values, uint8_t value, size_t length) {
+    std::memset(values, value, length);
 }
 
 static size_t unpackQrlScalar(const uint8_t*& data, const uint8_t* end, uint8_t* const planes[3],
@@ -51,23 +30,28 @@ static size_t unpackQrlScalar(const uint8_t*& data, const uint8_t* end, uint8_t*
     return done;
 }
 
-static void interleaveScalar(uint32_t* pixels, const uint8_t* const bytes[4], size_t count) {
-    for (size_t i = 0; i < count; ++i)
-        pixels[i] = packBytes(bytes[0][i], bytes[1][i], bytes[2][i], bytes[3][i]);
+static void interleaveScalar(const PixelArea& area, const uint8_t* const bytes[4],
+                             const size_t rowBytes[4]) {
+    BytePlanes from(bytes);
+    for (size_t y = 0; y < area.rows; ++y, from.advance(rowBytes))
+        interleaveRow(area.pixels + y * area.rowPixels, from, 0, area.columns);
 }
 
-static void reverse4Scalar(uint32_t* pixels, const uint8_t* source, size_t count) {
-    for (size_t i = 0; i < count; ++i) pixels[i] = readBig32(source + 4 * i);
+static void reverse4Scalar(const PixelArea& area, const uint8_t* source) {
+    for (size_t y = 0; y < area.rows; ++y, source += 4 * area.columns)
+        reverse4Row(area.pixels + y * area.rowPixels, source, 0, area.columns);
 }
 
-static void reverse3Scalar(uint32_t* pixels, const uint8_t* source, size_t count) {
-    for (size_t i = 0; i < count; ++i, source += 3)
-        pixels[i] = packBytes(source[2], source[1], source[0], 255);
+static void reverse3Scalar(const PixelArea& area, const uint8_t* source) {
+    for (size_t y = 0; y < area.rows; ++y, source += 3 * area.columns)
+        reverse3Row(area.pixels + y * area.rowPixels, source, 0, area.columns);
 }
 
 const TileKernels& scalarTileKernels() {
-    static const TileKernels kernels{"scalar",         unpackRleScalar, unpackQrlScalar,
-                                     interleaveScalar, reverse4Scalar,  reverse3Scalar};
+    static const TileKernels kernels{"scalar",        unpackPackets<storeRunScalar>,
+                                     unpackQrlScalar, interleaveScalar,
+                                     reverse4Scalar,  reverse3Scalar,
+                                     nullptr};
     return kernels;
 }
 

@@ -69,7 +69,8 @@ static int makeRoom(ImageForm& form, Plane<Pixel>& plane, const TilePlacement& p
 template <class Pixel>
 static TileTarget targetOf(ImageForm& form, Plane<Pixel>& plane) {
     static_assert(sizeof(Pixel) == sizeof(uint32_t));
-    return {reinterpret_cast<uint32_t*>(plane.data()), form.display.width, form.display.shrink};
+    return {reinterpret_cast<uint32_t*>(plane.data()), form.display.width, form.display.shrink,
+            plane.touched()};
 }
 
 // Rectangle and data of a tile, refused before anything is read that cannot be right.
@@ -100,8 +101,13 @@ int loadColourTile(IffReader& chunk, ImageParse& parse) {
     }
     const TilePlacement place = placeTile(rect, form.display.shrink);
     if (int code = makeRoom(form, frame.colour, place); code != iffOk) return code;
-    return parse.decoder.decodeColour(form.colourFormat, rect, parse.data.bytes(), size,
-                                      targetOf(form, frame.colour));
+    if (int code = parse.decoder.decodeColour(form.colourFormat, rect, parse.data.bytes(), size,
+                                              targetOf(form, frame.colour));
+        code != iffOk) {
+        return code;
+    }
+    frame.colour.markWritten(place.column, place.row, place.columns, place.rows);
+    return iffOk;
 }
 
 int makeBlackPicture(ImageForm& form) { return makeRoom(form, form.frame.colour, {}); }
@@ -114,7 +120,13 @@ int loadDepthTile(IffReader& chunk, ImageParse& parse) {
         return code;
     const TilePlacement place = placeTile(rect, form.display.shrink);
     if (int code = makeRoom(form, form.frame.z, place); code != iffOk) return code;
-    return parse.decoder.decodeDepth(rect, parse.data.bytes(), size, targetOf(form, form.frame.z));
+    if (int code =
+            parse.decoder.decodeDepth(rect, parse.data.bytes(), size, targetOf(form, form.frame.z));
+        code != iffOk) {
+        return code;
+    }
+    form.frame.z.markWritten(place.column, place.row, place.columns, place.rows);
+    return iffOk;
 }
 
 }  // namespace vistel

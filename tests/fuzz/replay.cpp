@@ -27,6 +27,6 @@ int main(int argc, char** argv) {
             ++inputs;
         }
     }
-    std::printf("replayed %d inputs\n", inputs);
+    std::fprintf(stderr, "replayed %d inputs\n", inputs);
     return inputs > 0 ? 0 : 1;
 }

@@ -32,42 +32,69 @@ class KernelTest : public testing::Test {
     std::mt19937 random;
 };
 
-// Runs a pixel kernel at every start alignment and compares pixels and the bytes around them.
+// A canvas of guard pixels around an area.
+struct Canvas {
+    Canvas(size_t columns, size_t rows, size_t start, bool streaming)
+        : pixels(start + rows * (columns + 3) + 16, 0xA7A7A7A7),
+          area{pixels.data() + start, columns + 3, columns, rows, streaming} {}
+    std::vector<uint32_t> pixels;
+    PixelArea area;
+};
+
+// Runs a pixel kernel at many widths, at every place in a cache line and past the cache or not, and
+// compares the pixels and those around them with the reference's.
 template <class Run>
-void comparePixels(size_t count, Run run) {
-    for (size_t start = 0; start < 5; ++start) {
-        std::vector<uint32_t> expected(count + 16, 0xA7A7A7A7), got(count + 16, 0xA7A7A7A7);
-        run(expected.data() + start, true);
-        run(got.data() + start, false);
-        ASSERT_EQ(expected, got) << "count " << count << " start " << start;
-    }
+void comparePixels(size_t columns, size_t rows, const TileKernels& fast, Run run) {
+    for (const bool streaming : {false, true})
+        for (size_t start = 0; start < 17; ++start) {
+            Canvas expected(columns, rows, start, false), got(columns, rows, start, streaming);
+            run(scalarTileKernels(), expected.area);
+            run(fast, got.area);
+            ASSERT_EQ(expected.pixels, got.pixels)
+                << fast.name << " columns " << columns << " start " << start
+                << (streaming ? " streaming" : "");
+        }
+}
+
+// Narrow areas, and those whose widths are about a multiple of a block.
+std::vector<size_t> widths() {
+    std::vector<size_t> list;
+    for (size_t columns = 0; columns < 40; ++columns) list.push_back(columns);
+    for (size_t columns : {47, 48, 49, 63, 64, 65, 79, 80, 95, 96, 97, 127, 128, 131})
+        list.push_back(columns);
+    return list;
 }
 
 TEST_F(KernelTest, InterleavingGivesTheSamePixelsAtEveryWidthAndAlignment) {
+    SCOPED_TRACE(testing::Message() << "seed " << seed);
     for (const TileKernels* fast : fastKernels())
-        for (size_t count = 0; count < 140; ++count) {
-            // Own blocks of the exact size: a read behind them is seen by the sanitizers.
-            const std::vector<uint8_t> planes[4] = {noise(count), noise(count), noise(count),
-                                                    noise(count)};
+        for (const size_t columns : widths()) {
+            constexpr size_t rows = 3;
+            // Own blocks of the exact size: a read behind them is seen by the sanitizers. The last
+            // plane's row stands for every row.
+            const std::vector<uint8_t> planes[4] = {noise(columns * rows), noise(columns * rows),
+                                                    noise(columns * rows), noise(columns)};
             const uint8_t* const bytes[4] = {planes[0].data(), planes[1].data(), planes[2].data(),
                                              planes[3].data()};
-            SCOPED_TRACE(testing::Message() << fast->name << " seed " << seed);
-            comparePixels(count, [&](uint32_t* out, bool reference) {
-                (reference ? scalarTileKernels() : *fast).interleave(out, bytes, count);
+            const size_t rowBytes[4] = {columns, columns, columns, 0};
+            comparePixels(columns, rows, *fast, [&](const TileKernels& kernels, PixelArea area) {
+                kernels.interleave(area, bytes, rowBytes);
             });
         }
 }
 
 TEST_F(KernelTest, ReversedPixelsAreTheSameAtEveryWidthAndAlignment) {
+    SCOPED_TRACE(testing::Message() << "seed " << seed);
     for (const TileKernels* fast : fastKernels())
-        for (size_t count = 0; count < 140; ++count) {
-            const std::vector<uint8_t> four = noise(4 * count), three = noise(3 * count);
-            SCOPED_TRACE(testing::Message() << fast->name << " seed " << seed);
-            comparePixels(count, [&](uint32_t* out, bool reference) {
-                (reference ? scalarTileKernels() : *fast).reverse4(out, four.data(), count);
+        for (const size_t columns : widths()) {
+            constexpr size_t rows = 2;
+            const std::vector<uint8_t> four = noise(4 * columns * rows);
+            const std::vector<uint8_t> three = noise(3 * columns * rows);
+            comparePixels(columns, rows, *fast, [&](const TileKernels& kernels, PixelArea area) {
+                kernels.reverse4(area, four.data());
             });
-            comparePixels(count, [&](uint32_t* out, bool reference) {
-                (reference ? scalarTileKernels() : *fast).reverse3(out, three.data(), count);
+            comparePixels(columns, rows, *fast, [&](const TileKernels& kernels, PixelArea area) {
+                kernels.reverse3(area, three.data());
             });
         }
 }
@@ -75,18 +102,30 @@ TEST_F(KernelTest, ReversedPixelsAreTheSameAtEveryWidthAndAlignment) {
 TEST(TileKernels, TheReferenceInterleavesTheFirstPlaneIntoTheLowestByte) {
     const uint8_t a[] = {1, 5}, b[] = {2, 6}, c[] = {3, 7}, d[] = {4, 8};
     const uint8_t* const bytes[4] = {a, b, c, d};
+    const size_t rowBytes[4] = {2, 2, 2, 2};
     uint32_t pixels[2] = {};
-    scalarTileKernels().interleave(pixels, bytes, 2);
+    scalarTileKernels().interleave({pixels, 2, 2, 1}, bytes, rowBytes);
     EXPECT_EQ(pixels[0], 0x04030201u);
     EXPECT_EQ(pixels[1], 0x08070605u);
+}
+
+TEST(TileKernels, TheReferenceTakesEachRowFromTheNextBytesOfEachPlane) {
+    const uint8_t moving[] = {1, 2, 3, 4}, fixed[] = {9};
+    const uint8_t* const bytes[4] = {moving, fixed, fixed, fixed};
+    const size_t rowBytes[4] = {2, 0, 0, 0};
+    uint32_t pixels[4] = {};
+    scalarTileKernels().interleave({pixels, 3, 1, 2}, bytes, rowBytes);
+    EXPECT_EQ(pixels[0], 0x09090901u);
+    EXPECT_EQ(pixels[1], 0u);
+    EXPECT_EQ(pixels[3], 0x09090903u);
 }
 
 TEST(TileKernels, TheReferenceReversesMaskBlueGreenRedIntoRedGreenBlueMask) {
     const uint8_t source[] = {40, 30, 20, 10};
     uint32_t pixel = 0;
-    scalarTileKernels().reverse4(&pixel, source, 1);
+    scalarTileKernels().reverse4({&pixel, 1, 1, 1}, source);
     EXPECT_EQ(pixel, 10u | 20u << 8 | 30u << 16 | 40u << 24);
-    scalarTileKernels().reverse3(&pixel, source + 1, 1);
+    scalarTileKernels().reverse3({&pixel, 1, 1, 1}, source + 1);
     EXPECT_EQ(pixel, 10u | 20u << 8 | 30u << 16 | 255u << 24);
 }
 
@@ -98,13 +137,19 @@ struct Unpacked {
     }
 };
 
-Unpacked unpackRle(const TileKernels& kernels, const std::vector<uint8_t>& data, size_t count) {
+Unpacked unpackRle(const TileKernels& kernels, const std::vector<uint8_t>& data, size_t count,
+                   size_t enough) {
     std::vector<uint8_t> values(count + kernelSlack + 16, guard);
     const uint8_t* at = data.data();
-    const size_t stored = kernels.unpackRle(at, data.data() + data.size(), values.data(), count);
+    const size_t stored =
+        kernels.unpackRle(at, data.data() + data.size(), values.data(), count, enough);
     EXPECT_TRUE(std::all_of(values.end() - 16, values.end(), [](uint8_t v) { return v == guard; }));
     values.resize(stored);
     return {stored, static_cast<size_t>(at - data.data()), values};
+}
+
+Unpacked unpackRle(const TileKernels& kernels, const std::vector<uint8_t>& data, size_t count) {
+    return unpackRle(kernels, data, count, count);
 }
 
 Unpacked unpackQrl(const TileKernels& kernels, const std::vector<uint8_t>& data, size_t count) {
@@ -169,6 +214,75 @@ TEST_F(KernelTest, RunLengthPacketsOfAnyShapeUnpackTheSame) {
             const size_t count = random() % 5000;
             ASSERT_EQ(unpackRle(scalarTileKernels(), data, count), unpackRle(*fast, data, count))
                 << fast->name << " seed " << seed << " round " << round;
+        }
+}
+
+// Packets as an encoder makes them, `count` values in all.
+std::vector<uint8_t> goodPackets(std::mt19937& random, size_t count, size_t longest) {
+    std::vector<uint8_t> data;
+    while (count > 0) {
+        const size_t length = std::min(count, 1 + random() % longest);
+        const bool repeat = random() % 2 == 0;
+        data.push_back(static_cast<uint8_t>(length - 1 + (repeat ? 128 : 0)));
+        for (size_t i = 0; i < (repeat ? 1 : length); ++i)
+            data.push_back(static_cast<uint8_t>(random()));
+        count -= length;
+    }
+    return data;
+}
+
+TEST_F(KernelTest, WholeChannelsUnpackTheSameWhateverLengthTheirPacketsHave) {
+    for (const TileKernels* fast : fastKernels())
+        for (size_t longest : {1, 2, 3, 8, 33, 65, 128})
+            for (int round = 0; round < 20; ++round) {
+                const size_t count = 1 + random() % 4200;
+                std::vector<uint8_t> data = goodPackets(random, count, longest);
+                // Of channels that follow, or none.
+                const size_t size = data.size();
+                data.resize(size + (round % 2) * (random() % 300), 0x7F);
+                const Unpacked expected = unpackRle(scalarTileKernels(), data, count);
+                ASSERT_EQ(expected.stored, count);
+                ASSERT_EQ(expected.consumed, size);
+                ASSERT_EQ(expected, unpackRle(*fast, data, count))
+                    << fast->name << " seed " << seed << " longest " << longest;
+            }
+}
+
+TEST_F(KernelTest, DataThatEndsAnywhereUnpacksTheSame) {
+    constexpr size_t count = 700;
+    const std::vector<uint8_t> whole = goodPackets(random, count, 128);
+    for (const TileKernels* fast : fastKernels())
+        for (size_t size = 0; size <= whole.size(); ++size) {
+            const std::vector<uint8_t> data(whole.begin(),
+                                            whole.begin() + static_cast<std::ptrdiff_t>(size));
+            for (size_t wanted : {count, count - 1, count + 1, count / 2})
+                ASSERT_EQ(unpackRle(scalarTileKernels(), data, wanted),
+                          unpackRle(*fast, data, wanted))
+                    << fast->name << " seed " << seed << " size " << size << " wanted " << wanted;
+        }
+}
+
+TEST(TileKernels, UnpackingStopsBehindThePacketThatMakesItEnough) {
+    const std::vector<uint8_t> data = bytes({0x82, 7, 1, 5, 6, 0x80, 9});  // 3, 2 and 1 values
+    const struct {
+        size_t enough, stored, consumed;
+    } rows[] = {{0, 0, 0}, {1, 3, 2}, {3, 3, 2}, {4, 5, 5}, {5, 5, 5}, {6, 6, 7}};
+    for (const auto& row : rows) {
+        const Unpacked got = unpackRle(scalarTileKernels(), data, 6, row.enough);
+        EXPECT_EQ(got.stored, row.stored) << row.enough;
+        EXPECT_EQ(got.consumed, row.consumed) << row.enough;
+    }
+}
+
+TEST_F(KernelTest, UnpackingInStepsStopsWhereTheReferenceDoes) {
+    for (const TileKernels* fast : fastKernels())
+        for (int round = 0; round < 500; ++round) {
+            const size_t count = 1 + random() % 3000;
+            const std::vector<uint8_t> data = goodPackets(random, count, 1 + random() % 128);
+            const size_t enough = random() % (count + 1);
+            ASSERT_EQ(unpackRle(scalarTileKernels(), data, count, enough),
+                      unpackRle(*fast, data, count, enough))
+                << fast->name << " seed " << seed << " enough " << enough << " of " << count;
         }
 }
 

@@ -279,6 +279,134 @@ TEST(TileCodec, ShrinkingTakesEverySthPixelOfEverySthRow) {
                 }
 }
 
+// --- channels of one value, and tiles that end early ---
+
+// The packets of `count` equal values, as long as packets can be.
+void appendConstant(Bytes& data, unsigned value, size_t count) {
+    for (; count > 128; count -= 128) data.u8(0xFF).u8(value);
+    data.u8(static_cast<unsigned>(127 + count)).u8(value);
+}
+
+TEST(TileCodec, ChannelsOfOneValueFillTheirTile) {
+    for (uint16_t height : {1, 2, 7, 20}) {
+        constexpr uint16_t width = 37;
+        const size_t pixels = size_t{width} * height;
+        const TileRect rect{0, 0, width - 1, static_cast<uint16_t>(height - 1)};
+        Bytes data;
+        for (unsigned value : {4u, 3u, 2u, 1u}) appendConstant(data, value, pixels);
+        for (uint32_t shrink : {1u, 3u}) {
+            Canvas canvas(width / shrink, std::max(1u, height / shrink), shrink);
+            ASSERT_EQ(decodeColour(test::header(width, height, maskFlags), rect, data, canvas),
+                      iffOk);
+            const TilePlacement place = placeTile(rect, shrink);
+            for (uint32_t y = 0; y < place.rows; ++y)
+                for (uint32_t x = 0; x < place.columns; ++x)
+                    ASSERT_EQ(canvas.at(x, y), 0x04030201u) << x << " " << y;
+        }
+    }
+}
+
+TEST(TileCodec, ARunOfAnotherValueIsNotTakenForAChannelOfOneValue) {
+    constexpr size_t pixels = 640;
+    const TileRect rect{0, 0, 63, 9};
+    for (size_t other = 0; other < 5; ++other) {
+        Bytes data;
+        for (size_t i = 0; i < 5; ++i) data.u8(0xFF).u8(i == other ? 99 : 7);
+        appendConstant(data, 50, pixels);
+        Canvas canvas(64, 10);
+        ASSERT_EQ(decodeColour(test::header(64, 10, imageMask), rect, data, canvas), iffOk);
+        for (uint32_t i = 0; i < pixels; ++i)
+            ASSERT_EQ(canvas.pixels[i] >> 24, i / 128 == other ? 99u : 7u) << i;
+    }
+}
+
+TEST(TileCodec, AChannelOfOneValueIsLookedUpInItsTable) {
+    uint8_t negative[256];
+    for (int i = 0; i < 256; ++i) negative[i] = static_cast<uint8_t>(255 - i);
+    const TileRect rect{0, 0, 63, 9};
+    Bytes data;
+    for (unsigned value : {4u, 3u}) appendConstant(data, value, 640);
+    for (FileChannel channel : {channelMask, channelGreen}) {
+        TileDecoder decoder;
+        decoder.setValueTable(channel, negative);
+        Canvas canvas(64, 10);
+        const TileFormat format = colourTileFormat(test::header(64, 10, imageMask));
+        ASSERT_EQ(
+            decoder.decodeColour(format, rect, data.data.data(), data.size(), canvas.target()),
+            iffOk);
+        EXPECT_EQ(canvas.pixels,
+                  std::vector<uint32_t>(640, channel == channelMask ? 0xFB030303u : 0x04FCFCFCu));
+    }
+}
+
+TEST(TileCodec, ATileThatEndsAnywhereIsZeroFromThereOn) {
+    // 100 x 40 pixels in packets of 50 values, so that the last channel is stored in several steps.
+    const TileRect rect{0, 0, 99, 39};
+    const ImageHeader header = test::header(100, 40, imageMask);
+    Bytes whole;
+    for (unsigned packet = 0; packet < 160; ++packet) whole.u8(0x80 + 49).u8(1 + packet);
+    for (size_t size = 0; size <= whole.size(); ++size) {
+        Bytes data;
+        data.data.assign(whole.data.begin(),
+                         whole.data.begin() + static_cast<std::ptrdiff_t>(size));
+        Canvas canvas(100, 40);
+        ASSERT_EQ(decodeColour(header, rect, data, canvas), iffOk);
+        for (uint32_t i = 0; i < 4000; ++i) {
+            const uint32_t packet = i / 50;
+            const uint32_t mask = packet < size / 2 ? 1 + packet : 0;
+            const uint32_t grey = 80 + packet < size / 2 ? (81 + packet) & 255 : 0;
+            ASSERT_EQ(canvas.pixels[i], mask << 24 | grey * 0x010101u) << size << " " << i;
+        }
+    }
+}
+
+// --- every set of kernels, into memory of both kinds ---
+
+std::vector<const TileKernels*> kernelSets() {
+    std::vector<const TileKernels*> sets = {&scalarTileKernels()};
+    for (const TileKernels* fast : {sse2TileKernels(), avx2TileKernels()})
+        if (fast) sets.push_back(fast);
+    return sets;
+}
+
+TEST(TileCodec, EveryKernelSetGivesTheSamePixelsAndLeavesThoseAroundTheTile) {
+    // Rows that start at odd places of a cache line, and a tile narrower than any block.
+    const TileRect rects[] = {{0, 0, 63, 63}, {3, 2, 76, 20}, {64, 1, 77, 9}, {5, 5, 5, 5}};
+    for (const TileRect& rect : rects)
+        for (const Kind& kind : kinds)
+            for (uint16_t wide : {0, 1})
+                for (uint32_t compression : {compressNone, compressRle}) {
+                    const ImageHeader header = test::header(78, 64, kind.flags, compression, wide);
+                    const TileFormat format = colourTileFormat(header);
+                    const Bytes whole = test::wholeTileData(header, rect);
+                    const Bytes data =
+                        compression == compressNone
+                            ? whole
+                            : test::packedPlanes(whole, size_t(header.bytesPerPixel()));
+                    if (data.size() > whole.size()) continue;
+                    Canvas expected(78, 64);
+                    for (uint32_t y = rect.y1; y <= rect.y2; ++y)
+                        for (uint32_t x = rect.x1; x <= rect.x2; ++x)
+                            expected.pixels[y * 78 + x] =
+                                test::storedPixel(test::samplePixel(x, y), kind.flags);
+                    for (const TileKernels* kernels : kernelSets())
+                        for (const bool touched : {false, true}) {
+                            SCOPED_TRACE(testing::Message()
+                                         << kernels->name << " " << kind.name << " wide " << wide
+                                         << " compression " << compression << " x1 " << rect.x1
+                                         << (touched ? " touched" : ""));
+                            Canvas canvas(78, 64);
+                            TileTarget target = canvas.target();
+                            target.touched = touched;
+                            TileDecoder decoder(*kernels);
+                            ASSERT_EQ(decoder.decodeColour(format, rect, data.data.data(),
+                                                           data.size(), target),
+                                      iffOk);
+                            ASSERT_EQ(canvas.pixels, expected.pixels);
+                        }
+                }
+}
+
 // --- hostile sizes ---
 
 TEST(TileDataSize, MoreThanTheWholeTileIsACompressionError) {

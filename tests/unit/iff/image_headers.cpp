@@ -153,6 +153,9 @@ TEST(SoundFormat, IsDescribedAndUsableWhenUncompressed) {
          "7 Samples, 8 Bits Mono, 44.1KHz \xB5law"},
         {soundBody(1, 7, 8).add("NONE").u8(200).add("cut"), true,
          "7 Samples, 8 Bits Mono, 44.1KHz  cut"},
+        {soundBody(1, 7, 8).add("NONE"), true, "7 Samples, 8 Bits Mono, 44.1KHz     "},
+        {soundBody(1, 7, 8).add("NONE").u8(0), true, "7 Samples, 8 Bits Mono, 44.1KHz     "},
+        {soundBody(1, 7, 8).add("ulaw"), false, "7 Samples, 8 Bits Mono, 44.1KHz     "},
         {soundBody(1, 7, 8).add("NON"), false, "7 Samples, 8 Bits Mono, 44.1KHz     "},
     };
     for (const auto& row : rows) {

@@ -6,6 +6,7 @@
 #include <fstream>
 
 #include "host/messages.h"
+#include "iff/every_form.h"
 #include "iff/image_sample.h"
 
 namespace vistel {
@@ -105,6 +106,44 @@ TEST(VerboseReport, NamesUnknownSizesAndLeavesLongTextsOut) {
     const std::string text = testing::internal::GetCapturedStdout();
     EXPECT_EQ(text.substr(0, text.find_first_of("\r\n")),
               "FOR4" + std::string(messageText("s_VistelStrings.rVTNotYetWritten")) + "CIMG");
+}
+
+TEST(VerboseReport, ListsGroupsOfEveryKindAndSize) {
+    Loading load(test::everyForm());
+    expectReport("every_form", report(load));
+}
+
+TEST(VerboseReport, DescribesEverySound) {
+    const auto sound = [](unsigned channels, uint32_t frames, unsigned bits, unsigned exponent,
+                          uint32_t mantissa) {
+        return Bytes().u16(channels).u32(frames).u16(bits).u16(exponent).u32(mantissa).u32(0);
+    };
+    const Bytes cd = sound(2, 44100, 16, 0x400E, 0xAC440000);
+    const std::string longName(200, 'n');
+    const Bytes formats[] = {
+        sound(1, 0, 8, 0x400D, 0xAC440000),
+        sound(3, 4294967295, 24, 0x400E, 0xBB800000),
+        sound(0, 1, 1, 0, 0),
+        sound(1, 1, 1, 0x7FFF, 0),
+        Bytes(cd).add("NONE").u8(14).add("not compressed").u8(0),
+        Bytes(cd).add("NONE"),
+        Bytes(cd).add("ulaw").u8(5).add("mu-law"),
+        Bytes(cd).add("NON"),
+        Bytes(cd).add("MAC3").u8(200).add(longName),
+        Bytes(cd).cut(17),
+        cd,
+    };
+    Bytes further;
+    further.chunk("SSND", "");  // before any format
+    for (const Bytes& format : formats) further.chunk("COMM", format).chunk("SSND", "12345678");
+    const Bytes form =
+        test::imageForm(test::header(1, 1, 0), test::tile("RGBA", {0, 0, 0, 0}, "x"), further);
+    Loading load(form);
+    expectReport("sound", report(load));
+    // Without pixels the sound itself is not looked at.
+    Loading unloaded(form);
+    unloaded.request.loadPixels = false;
+    expectReport("sound_skipped", report(unloaded));
 }
 
 TEST(VerboseReport, SaysNothingInAReadOfOneFrameOrUnasked) {

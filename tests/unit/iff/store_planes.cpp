@@ -4,10 +4,13 @@
 
 #include <algorithm>
 #include <random>
+#include <vector>
 
 #include "iff/frame_store.h"
+#include "iff/plane_pool.h"
 #include "iff/result_codes.h"
 #include "iff/tile_codec.h"
+#include "platform/memory.h"
 
 namespace vistel {
 namespace {
@@ -15,7 +18,7 @@ namespace {
 TEST(Plane, IsZeroFilledAndRowsFollowEachOther) {
     Plane<uint32_t> plane;
     ASSERT_TRUE(plane.allocate(7, 5));
-    ASSERT_TRUE(plane.commitAll());
+    ASSERT_TRUE(plane.complete());
     EXPECT_TRUE(std::all_of(plane.data(), plane.data() + 35, [](uint32_t p) { return p == 0; }));
     EXPECT_EQ(plane.row(3), plane.data() + 21);
 }
@@ -25,10 +28,12 @@ TEST(Plane, KeepsWhatWasWrittenWhenMoreRowsBecomeUsable) {
     ASSERT_TRUE(plane.allocate(1000, 3000));
     ASSERT_TRUE(plane.commitRows(1500, 1500));
     std::fill_n(plane.row(1500), 1000, 0x12345678u);
+    plane.markWritten(0, 1500, 1000, 1);
     ASSERT_TRUE(plane.commitRows(0, 10));
     plane.row(10)[999] = 1;
+    plane.markWritten(999, 10, 1, 1);
     ASSERT_TRUE(plane.commitRows(1499, 1501));
-    ASSERT_TRUE(plane.commitAll());
+    ASSERT_TRUE(plane.complete());
     EXPECT_EQ(plane.row(1500)[999], 0x12345678u);
     EXPECT_EQ(plane.row(10)[999], 1u);
     EXPECT_EQ(plane.row(2999)[999], 0u);
@@ -61,12 +66,12 @@ TEST(Plane, RefusesSizesThatDoNotFitMemory) {
     EXPECT_FALSE(plane.allocate(UINT32_MAX, UINT32_MAX));
     EXPECT_FALSE(plane.allocate(0, 5));
     EXPECT_TRUE(plane.empty());
-    EXPECT_FALSE(plane.commitAll());
+    EXPECT_FALSE(plane.complete());
     EXPECT_FALSE(plane.commitRows(0, 0));
 }
 
 TEST(Plane, RefusesRowsOutsideIt) {
-    Plane<uint8_t> plane;
+    Plane<float> plane;
     ASSERT_TRUE(plane.allocate(4, 4));
     EXPECT_FALSE(plane.commitRows(0, 4));
     EXPECT_FALSE(plane.commitRows(3, 2));
@@ -76,11 +81,108 @@ TEST(Plane, RefusesRowsOutsideIt) {
 TEST(Plane, MovesWithItsPixels) {
     Plane<uint32_t> from;
     ASSERT_TRUE(from.allocate(2, 2));
-    ASSERT_TRUE(from.commitAll());
+    ASSERT_TRUE(from.complete());
     from.row(1)[1] = 9;
     Plane<uint32_t> to = std::move(from);
     EXPECT_TRUE(from.empty());
     EXPECT_EQ(to.row(1)[1], 9u);
+}
+
+// --- memory that is used again -------------------------------------------------------------------
+
+// Leaves the memory of a plane of this size, full of old pixels, to the next one.
+void leaveOldPixels(size_t width, size_t height) {
+    Plane<uint32_t> old;
+    ASSERT_TRUE(old.allocate(width, height) && old.complete());
+    std::fill_n(old.data(), width * height, 0xDEADBEEFu);
+}
+
+TEST(Plane, OfTheSizeOfAFreedOneTakesItsMemory) {
+    emptyPlanePool();
+    Plane<uint32_t> plane;
+    ASSERT_TRUE(plane.allocate(50, 40));
+    EXPECT_FALSE(plane.touched());
+    leaveOldPixels(50, 40);
+    Plane<uint32_t> other;
+    ASSERT_TRUE(other.allocate(51, 40));
+    EXPECT_FALSE(other.touched());
+    ASSERT_TRUE(plane.allocate(50, 40));
+    EXPECT_TRUE(plane.touched());
+}
+
+TEST(Plane, NeverShowsOldPixels) {
+    leaveOldPixels(50, 40);
+    Plane<uint32_t> plane;
+    ASSERT_TRUE(plane.allocate(50, 40));
+    ASSERT_TRUE(plane.commitRows(3, 3));
+    plane.row(3)[7] = 1;
+    plane.markWritten(7, 3, 1, 1);
+    ASSERT_TRUE(plane.complete());
+    EXPECT_EQ(plane.row(3)[7], 1u);
+    plane.row(3)[7] = 0;
+    EXPECT_EQ(std::count(plane.data(), plane.data() + 2000, 0u), 2000);
+}
+
+TEST(Plane, KeepsWhatWasWrittenInAnyOrderAndIsZeroElsewhere) {
+    const unsigned seed = std::random_device{}();
+    std::mt19937 random(seed);
+    constexpr size_t width = 37, height = 23;
+    for (int round = 0; round < 300; ++round) {
+        leaveOldPixels(width, height);
+        Plane<uint32_t> plane;
+        ASSERT_TRUE(plane.allocate(width, height));
+        ASSERT_TRUE(plane.touched());
+        std::vector<uint32_t> expected(width * height);
+        for (uint32_t mark = 1; mark <= random() % 8; ++mark) {
+            const size_t x = random() % width, y = random() % height;
+            const size_t columns = random() % (width - x + 1), rows = random() % (height - y + 1);
+            if (rows > 0) {
+                ASSERT_TRUE(plane.commitRows(y, y + rows - 1));
+            }
+            for (size_t row = y; row < y + rows; ++row) {
+                std::fill_n(plane.row(row) + x, columns, mark);
+                std::fill_n(expected.begin() + row * width + x, columns, mark);
+            }
+            plane.markWritten(x, y, columns, rows);
+        }
+        ASSERT_TRUE(plane.complete());
+        ASSERT_TRUE(std::equal(expected.begin(), expected.end(), plane.data())) << "seed " << seed;
+    }
+}
+
+TEST(PlanePool, KeepsOnlyWhatWasUsedCompletely) {
+    emptyPlanePool();
+    {
+        Plane<uint32_t> plane;
+        ASSERT_TRUE(plane.allocate(60, 60));
+    }
+    const PlaneMemory memory = takePlaneMemory(60 * 60 * 4);
+    EXPECT_FALSE(memory.touched);
+    givePlaneMemory(memory, 60 * 60 * 4);
+}
+
+TEST(PlanePool, GivesTheOldestBackBeyondItsLimit) {
+    emptyPlanePool();
+    constexpr size_t half = planePoolLimit / 2;
+    for (const size_t bytes : {size_t{4096}, half, half - 4096, size_t{8192}, planePoolLimit + 1}) {
+        const PlaneMemory memory = takePlaneMemory(bytes);
+        ASSERT_TRUE(memory.start && platform::commitMemory(memory.start, bytes));
+        givePlaneMemory({memory.start, true}, bytes);
+    }
+    // 4096 and both halves fill it; 8192 pushes out 4096 and then the first half.
+    const struct {
+        size_t bytes;
+        bool kept;
+    } rows[] = {{4096, false},
+                {half, false},
+                {half - 4096, true},
+                {8192, true},
+                {planePoolLimit + 1, false}};
+    for (const auto& row : rows) {
+        const PlaneMemory memory = takePlaneMemory(row.bytes);
+        EXPECT_EQ(memory.touched, row.kept) << row.bytes;
+        givePlaneMemory({memory.start, false}, row.bytes);
+    }
 }
 
 TEST(FrameStore, ClearingForgetsPlanesAndGeometry) {

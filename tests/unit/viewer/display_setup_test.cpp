@@ -79,7 +79,7 @@ TEST_F(DisplaySetupTest, ChoosesTheBufferByWhatTheFrameHas) {
 
     FrameStore depth;
     depth.width = depth.height = 2;
-    ASSERT_TRUE(depth.z.allocate(2, 2) && depth.z.commitAll());
+    ASSERT_TRUE(depth.z.allocate(2, 2) && depth.z.complete());
     depth.z.data()[3] = 1.0f;
     setUpDisplay(depth, Refit::fitWindow);
     EXPECT_EQ(viewerSession().mode, ChannelMode::zBuffer);

@@ -22,7 +22,7 @@ inline FrameStore testFrame(int number, int width, int height) {
     frame.header.width = frame.width = width;
     frame.header.height = frame.height = height;
     frame.header.flags = imageColour | imageMask;
-    EXPECT_TRUE(frame.colour.allocate(width, height) && frame.colour.commitAll());
+    EXPECT_TRUE(frame.colour.allocate(width, height) && frame.colour.complete());
     for (int y = 0; y < height; ++y) {
         for (int x = 0; x < width; ++x) {
             frame.colour.row(y)[x] =

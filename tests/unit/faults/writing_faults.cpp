@@ -1,0 +1,140 @@
+// Allocations, writes, seeks and openings that fail while a file is written: the n-th one, for
+// every n until nothing fails any more. The writer says so, gives everything back and can be used
+// again.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <vector>
+
+#include "faults/fault_points.h"
+#include "faults/one_file.h"
+#include "iff/image_writer.h"
+#include "iff/plane_pool.h"
+
+namespace vistel {
+namespace {
+
+using test::FaultSpan;
+using test::OneFile;
+
+constexpr uint32_t width = 70, height = 66;
+
+struct Destination {
+    const char* name;
+    bool byName, pipe;
+};
+constexpr Destination destinations[] = {
+    {"a file by name", true, false}, {"an open file", false, false}, {"a pipe", false, true}};
+
+int openOn(ImageWriter& writer, const std::string& name, const Destination& to) {
+    if (to.byName) return writer.open(name);
+    FILE* const stream = platform::openFile(name, "w");
+    return writer.openStream(stream, to.pipe);
+}
+
+int writeImage(ImageWriter& writer, uint32_t flags) {
+    if (int code = writer.writeText("NAME", "a picture"); code != iffOk) return code;
+    if (int code = writer.writeHeader(width, height, flags); code != iffOk) return code;
+    if (int code = writer.beginImageData(); code != iffOk) return code;
+    std::vector<uint32_t> row(width);
+    std::vector<float> z(width);
+    for (uint32_t y = 0; y < height; ++y) {
+        for (uint32_t x = 0; x < width; ++x) row[x] = test::planePixel(test::samplePixel(x, y));
+        const int code = writer.writeScanline(row.data(), flags & imageZ ? z.data() : nullptr);
+        if (code != iffOk) return code;
+    }
+    return writer.endImage();
+}
+
+// Two images in one file, as a client writes them: up to the first failure, and then closed.
+int writeFile(ImageWriter& writer, const std::string& name, const Destination& to) {
+    int code = openOn(writer, name, to);
+    if (code == iffOk) code = writeImage(writer, imageColour | imageMask | imageZ);
+    if (code == iffOk) code = writer.nextImage();
+    if (code == iffOk) code = writeImage(writer, imageColour);
+    const int closed = writer.close();
+    return code == iffOk ? closed : code;
+}
+
+struct Outcome {
+    int code = iffOk;
+    bool failed = false;              // the fault happened
+    const char* complaint = nullptr;  // what is wrong whatever happened
+};
+
+Outcome writeWithFault(OneFile& file, const Destination& to, unsigned kinds, int n,
+                       FaultSpan span) {
+    Outcome outcome;
+    ImageWriter writer;
+    {
+        const test::Fault fault(kinds, n, span);
+        // The vectors of this client may fail as well.
+        try {
+            outcome.code = writeFile(writer, file.name(), to);
+        } catch (const std::bad_alloc&) {
+            outcome.code = iffNoMemory;
+        }
+        outcome.failed = fault.happened();
+        writer.close();
+    }
+    if (writeFile(writer, file.name(), to) != iffOk) outcome.complaint = "cannot be used again";
+    if (file.load({.name = ""}) != iffOk || file.forms != 2) outcome.complaint = "is not read";
+    return outcome;
+}
+
+Outcome countedWrite(OneFile& file, const Destination& to, unsigned kinds, int n, FaultSpan span) {
+    emptyPlanePool();
+    const test::AllocationCount count;
+    Outcome outcome = writeWithFault(file, to, kinds, n, span);
+    emptyPlanePool();
+    if (count.blocks() > 0) outcome.complaint = "memory is lost";
+    return outcome;
+}
+
+// Lets each call of these kinds fail in turn. How many there were.
+int failEach(unsigned kinds, int expected) {
+    int most = 0;
+    OneFile file;
+    for (const Destination& to : destinations)
+        for (const FaultSpan span : {FaultSpan::once, FaultSpan::fromThenOn})
+            for (int n = 1; !testing::Test::HasFailure(); ++n) {
+                SCOPED_TRACE(testing::Message() << to.name << " n " << n << " span " << int(span));
+                const Outcome outcome = countedWrite(file, to, kinds, n, span);
+                EXPECT_STREQ(outcome.complaint, nullptr);
+                EXPECT_EQ(outcome.code, outcome.failed ? expected : iffOk);
+                if (!outcome.failed) break;
+                most = std::max(most, n);
+            }
+    return most;
+}
+
+class WritingFaults : public testing::Test {
+ protected:
+    void SetUp() override {  // what is made once is made
+        OneFile file;
+        ImageWriter writer;
+        ASSERT_EQ(writeFile(writer, file.name(), destinations[0]), iffOk);
+        ASSERT_EQ(file.load({.name = ""}), iffOk);
+    }
+};
+
+TEST_F(WritingFaults, OfMemoryAreNoMemory) {
+    EXPECT_GT(failEach(test::faultMemory, iffNoMemory), 10);
+}
+
+TEST_F(WritingFaults, OfWritesAreAnIoError) {
+    EXPECT_GT(failEach(test::faultWrite, iffIoError), 60);
+}
+
+TEST_F(WritingFaults, OfSeeksAreAnIoError) {
+    // Two for each group; a pipe has none.
+    EXPECT_EQ(failEach(test::faultSeek, iffIoError), 8);
+}
+
+TEST_F(WritingFaults, OfOpeningAreAnIoError) {
+    EXPECT_EQ(failEach(test::faultOpen, iffIoError), 1);
+}
+
+}  // namespace
+}  // namespace vistel
