@@ -2,11 +2,15 @@
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
 #include <utility>
 
 #include "app/viewer_state.h"
 #include "host/messages.h"
 #include "iff/result_codes.h"
+#include "iff/with_memory.h"
+#include "sequence/form_reader.h"
+#include "sequence/read_ahead.h"
 #include "sequence/source_choice.h"
 
 namespace vistel {
@@ -42,20 +46,6 @@ DisplayFit fitFromState() {
     return fit;
 }
 
-// What a re-read brought.
-struct WantedForm {
-    FrameStore frame;
-    bool found = false;
-};
-
-int takeForm(void* owner, FrameStore& frame, int error) {
-    auto& wanted = *static_cast<WantedForm*>(owner);
-    if (error == iffAborted) return error;
-    wanted.frame = std::move(frame);
-    wanted.found = true;
-    return error ? error : iffParsingComplete;
-}
-
 int failed(int code, const Tstring& reason) {
     lastFrame.reason = reason;
     return code;
@@ -71,19 +61,35 @@ int noSuchForm() {
     return failed(iffNotIff, formatMessage("s_VistelStrings.rVTNoImage", {lastFrame.name}));
 }
 
-int readForm(ChosenSource& source, int number, FrameStore& frame) {
-    ImageLoadRequest request = loadRequest(source.file);
-    request.wantedForm = number;
-    request.formRead = takeForm;
-    WantedForm wanted;
-    request.owner = &wanted;
-    FrameStore working;
-    const int result = loadImages(request, working);
+int readStream(ChosenSource& source, int number, FrameStore& frame) {
+    bool found = false;
+    const int result = readForm(loadRequest(source.file), number, frame, found);
     const int exitStatus = source.close();
-    if (wanted.found) frame = std::move(wanted.frame);
-    if (!wanted.found && result == iffBrokenPipe && exitStatus != 0) return noSuchForm();
-    if (result != iffOk && result != iffParsingComplete) return failed(result, errorText(result));
-    return wanted.found ? iffOk : noSuchForm();
+    if (!found && result == iffBrokenPipe && exitStatus != 0) return noSuchForm();
+    if (result != iffOk) return failed(result, errorText(result));
+    return found ? iffOk : noSuchForm();
+}
+
+// --- read ahead ----------------------------------------------------------------------------------
+
+std::unique_ptr<ReadAhead> readers;
+
+// The frame whose file has just been opened, if it was read ahead.
+ReadAhead::Taken takeReadAhead(const ChosenSource& source, FrameStore& frame) {
+    const Tstring& path = source.opened.located;
+    if (!readers || path.empty()) return ReadAhead::Taken::nothing;
+    const auto stamp = platform::fileStamp(source.file);
+    if (!stamp) return ReadAhead::Taken::nothing;
+    return readers->take(path, loadRequest(nullptr), *stamp, loaderHooks.keepGoing, frame);
+}
+
+// A frame that has a file of its own.
+int readFrameFile(ChosenSource& source, FrameStore& frame) {
+    const ReadAhead::Taken taken = takeReadAhead(source, frame);
+    if (taken == ReadAhead::Taken::nothing) return readStream(source, 1, frame);
+    source.close();
+    if (taken == ReadAhead::Taken::frame) return iffOk;
+    return failed(iffAborted, errorText(iffAborted));
 }
 
 }  // namespace
@@ -102,17 +108,35 @@ ImageLoadRequest loadRequest(FILE* stream) {
     return request;
 }
 
-int readFrameAgain(FrameStore& frame) {
-    const RereadMark mark;
+static int readAgain(FrameStore& frame) {
     ChosenSource source = chooseSource(currentSource);
     lastFrame = {source.name, {}};
     if (!source.file) return nothingOpened(source);
-    if (!source.oneFile) return readForm(source, 1, frame);
+    if (!source.oneFile) return readFrameFile(source, frame);
     if (viewerState.currentFrame < 1) {  // forms are counted from 1
         source.close();
         return noSuchForm();
     }
-    return readForm(source, viewerState.currentFrame, frame);
+    return readStream(source, viewerState.currentFrame, frame);
+}
+
+int readFrameAgain(FrameStore& frame) {
+    const RereadMark mark;
+    lastFrame.reason.clear();
+    const int code = withMemory([&] { return readAgain(frame); });
+    if (code != iffNoMemory || !lastFrame.reason.empty()) return code;
+    return withMemory([] { return failed(iffNoMemory, errorText(iffNoMemory)); });
+}
+
+FramesAhead::FramesAhead() { readers = std::make_unique<ReadAhead>(decodingThreads()); }
+FramesAhead::~FramesAhead() { readers.reset(); }
+size_t FramesAhead::room() const { return readers->room(); }
+
+void FramesAhead::expect(std::span<const int> frames) {
+    for (const int frame : frames.first(std::min(frames.size(), room()))) {
+        const Tstring path = likelyFramePath(currentSource, frame);
+        if (!path.empty()) readers->want(path, loadRequest(nullptr));
+    }
 }
 
 Tstring lastFrameName() { return lastFrame.name; }

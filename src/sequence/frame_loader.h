@@ -2,7 +2,9 @@
 // frame that arrives to the viewer.
 #pragma once
 
+#include <cstddef>
 #include <cstdio>
+#include <span>
 
 #include "host/tstring.h"
 #include "iff/frame_store.h"
@@ -27,6 +29,21 @@ inline LoaderHooks loaderHooks;
 // Returns 0 and fills `frame`, or the negative code (iffNotIff when there is no such frame).
 // `frame` then is unchanged, or holds the part of a damaged frame that could be read.
 [[nodiscard]] int readFrameAgain(FrameStore& frame);
+
+// While one of these lives, frames that readFrameAgain is expected to be asked for are read ahead
+// by threads of the loader's own. At most one at a time.
+class FramesAhead {
+ public:
+    FramesAhead();
+    ~FramesAhead();
+    FramesAhead(const FramesAhead&) = delete;
+    FramesAhead& operator=(const FramesAhead&) = delete;
+
+    // Frames that it pays to name; 0: nothing is read ahead.
+    size_t room() const;
+    // The frames that will be asked for next, in this order, beginning with the very next one.
+    void expect(std::span<const int> frames);
+};
 
 // The name that readFrameAgain built last, and why that frame could not be read (empty when it
 // could).

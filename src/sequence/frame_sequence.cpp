@@ -149,11 +149,14 @@ void takePadWidthFromAtSigns(const Tstring& name) {
     if (width > 0 && viewerState.padWidth < 1) viewerState.padWidth = width;
 }
 
+Tstring frameFilePath(const Tstring& directory, const Tstring& name) {
+    return fromStartDirectory(Tstring(directory + name).replacingAll('\\', '/'));
+}
+
 FILE* locateFrameFile(const Tstring& name, Tstring& located) {
     int error = 0;
     for (Tstring& directory : viewerState.searchDirs) {
-        const Tstring candidate =
-            fromStartDirectory(Tstring(directory + name).replacingAll('\\', '/'));
+        const Tstring candidate = frameFilePath(directory, name);
         if (FILE* file = platform::openFile(candidate, "r")) {
             std::swap(directory, viewerState.searchDirs.front());
             located = candidate;

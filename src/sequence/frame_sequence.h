@@ -36,6 +36,9 @@ void takePadWidthFromAtSigns(const Tstring& name);
 // names while startDirectory is empty, stay as they are.
 Tstring fromStartDirectory(const Tstring& name);
 
+// Path of a frame file's name in one search directory.
+Tstring frameFilePath(const Tstring& directory, const Tstring& name);
+
 // Opens the name in the first search directory that has it, and moves that directory to the front.
 // `located` receives the path that was opened. Null when no directory has it; errno then tells why.
 [[nodiscard]] FILE* locateFrameFile(const Tstring& name, Tstring& located);

@@ -176,7 +176,7 @@ ChosenSource chooseStandardInput() {
     // What was read once is there a second time only when it comes from a file.
     if (viewerState.rereading && source.opened.stream &&
         !platform::seekStream(source.opened.stream.file(), 0, SEEK_SET)) {
-        source.opened = {{}, errno, {}};
+        source.opened = {{}, errno, {}, {}};
     }
     return source;
 }
@@ -200,6 +200,11 @@ bool namesFrames(const Tstring& name) {
 }
 
 }  // namespace
+
+Tstring likelyFramePath(const Tstring& name, int frame) {
+    if (!namesFrames(name) || viewerState.oneFile || viewerState.testMode) return {};
+    return frameFilePath(viewerState.searchDirs.front(), numberedName(name, frame, numberStyle()));
+}
 
 int ChosenSource::close() {
     if (opened.stream && viewerState.oneFileStream == opened.stream.file()) {

@@ -23,4 +23,8 @@ struct ChosenSource {
 // currentFrame on (findFirst). file is null when there is nothing to read.
 ChosenSource chooseSource(const Tstring& name);
 
+// The path at which chooseSource would look first for another frame of the animation; empty when
+// its frames are not files of their own. Changes nothing.
+Tstring likelyFramePath(const Tstring& name, int frame);
+
 }  // namespace vistel

@@ -1,6 +1,7 @@
 #include "sequence/source_stream.h"
 
 #include <cerrno>
+#include <new>
 
 #include "host/messages.h"
 #include "iff/file_kind.h"
@@ -12,6 +13,7 @@ namespace vistel {
 
 namespace {
 
+constexpr size_t blockSize = 256 << 10;  // fits the nearer caches, costs few calls
 constexpr int lastStandardDescriptor = 2;
 constexpr const char* imageConverter = "pixconv";
 constexpr const char* olderConverter = "rasconv";
@@ -25,6 +27,12 @@ SourceReader readerOfFile(const std::string& located, bool waitForWriter) {
 }
 
 }  // namespace
+
+SourceStream::SourceStream(FILE* file, bool isPipe) : file_(file), isPipe_(isPipe) {
+    if (!file) return;
+    block_.reset(new (std::nothrow) char[blockSize]);
+    if (block_) std::setvbuf(file, block_.get(), _IOFBF, blockSize);
+}
 
 int SourceStream::close() {
     FILE* file = std::exchange(file_, nullptr);
@@ -63,13 +71,14 @@ std::string converterCommand(SourceReader reader, const std::string& program,
 OpenedSource convertedSource(SourceStream file, SourceReader reader,
                              const std::optional<std::string>& program,
                              const std::string& located) {
-    if (reader == SourceReader::direct) return {std::move(file), 0, {}};
+    if (reader == SourceReader::direct) return {std::move(file), 0, {}, {}};
     file.close();
     if (!program) {
         return {
             {},
             0,
-            formatMessage("s_VistelStrings.rVTConverterMissing", {located, converterName(reader)})};
+            formatMessage("s_VistelStrings.rVTConverterMissing", {located, converterName(reader)}),
+            {}};
     }
     return openCommand(converterCommand(reader, *program, located));
 }
@@ -77,13 +86,13 @@ OpenedSource convertedSource(SourceStream file, SourceReader reader,
 OpenedSource openFrameFile(const Tstring& name, bool waitForWriter) {
     Tstring located;
     SourceStream file(locateFrameFile(name, located), false);
-    if (!file) return {{}, errno, {}};
+    if (!file) return {{}, errno, {}, {}};
     const platform::StreamStatus status = platform::streamStatus(file.file());
-    if (status.kind != platform::StreamKind::regular) return {std::move(file), 0, {}};
+    if (status.kind != platform::StreamKind::regular) return {std::move(file), 0, {}, {}};
     if (status.size == 0 && !waitForWriter)
-        return {{}, 0, formatMessage("s_VistelStrings.rVTNoImage", {located})};
+        return {{}, 0, formatMessage("s_VistelStrings.rVTNoImage", {located}), {}};
     const SourceReader reader = readerOfFile(located, waitForWriter);
-    if (reader == SourceReader::direct) return {std::move(file), 0, {}};
+    if (reader == SourceReader::direct) return {std::move(file), 0, {}, located};
     return convertedSource(std::move(file), reader, platform::findProgram(converterName(reader)),
                            located);
 }
@@ -91,7 +100,7 @@ OpenedSource openFrameFile(const Tstring& name, bool waitForWriter) {
 OpenedSource openCommand(const std::string& command) {
     SourceStream pipe(platform::openPipe(command, "r"), true);
     const int error = pipe ? 0 : errno;
-    return {std::move(pipe), error, {}};
+    return {std::move(pipe), error, {}, {}};
 }
 
 OpenedSource openFrameCommand(const std::string& command, int frame) {
@@ -106,7 +115,7 @@ OpenedSource openTestOutput() {
 OpenedSource openStandardInput() {
     SourceStream input(platform::duplicateStandardStream(0, "r+"), false);
     const int error = input ? 0 : errno;
-    return {std::move(input), error, {}};
+    return {std::move(input), error, {}, {}};
 }
 
 }  // namespace vistel

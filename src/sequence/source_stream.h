@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdio>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -12,16 +13,20 @@
 namespace vistel {
 
 // An open stream and how it must be closed: a command by waiting for its end, a file unless it is
-// one of the three standard streams.
+// one of the three standard streams. It is read in large blocks.
 class SourceStream {
  public:
     SourceStream() = default;
-    SourceStream(FILE* file, bool isPipe) : file_(file), isPipe_(isPipe) {}
+    // Takes the stream, of which nothing has been read yet; null for none.
+    SourceStream(FILE* file, bool isPipe);
     SourceStream(SourceStream&& other) noexcept
-        : file_(std::exchange(other.file_, nullptr)), isPipe_(other.isPipe_) {}
+        : file_(std::exchange(other.file_, nullptr)),
+          isPipe_(other.isPipe_),
+          block_(std::move(other.block_)) {}
     SourceStream& operator=(SourceStream&& other) noexcept {
         std::swap(file_, other.file_);
         std::swap(isPipe_, other.isPipe_);
+        std::swap(block_, other.block_);
         return *this;
     }
     ~SourceStream() { close(); }
@@ -36,6 +41,7 @@ class SourceStream {
  private:
     FILE* file_ = nullptr;
     bool isPipe_ = false;
+    std::unique_ptr<char[]> block_;  // the stream's buffer
 };
 
 // What reads a file of a kind (probeFileKind): the frame reader itself or one of two converters,
@@ -55,6 +61,7 @@ struct OpenedSource {
     SourceStream stream;
     int systemError = 0;  // errno when nothing could be opened
     Tstring complaint;    // instead of it: a whole message that names the file
+    Tstring located;      // path of the frame file that the stream reads; empty for anything else
 };
 
 // A file that locateFrameFile opened under the path `located`: the same stream, or the output of

@@ -1,0 +1,153 @@
+#include "sequence/read_ahead.h"
+
+#include <algorithm>
+#include <charconv>
+#include <chrono>
+#include <iterator>
+#include <new>
+#include <utility>
+
+#include "iff/result_codes.h"
+#include "platform/process.h"
+#include "sequence/form_reader.h"
+#include "sequence/source_stream.h"
+
+namespace vistel {
+
+namespace {
+
+constexpr int mostThreads = 64;
+constexpr std::chrono::milliseconds waitPiece{2};
+
+bool sameReading(const ImageLoadRequest& a, const ImageLoadRequest& b) {
+    return a.loadPixels == b.loadPixels && a.showAll == b.showAll && a.loadZ == b.loadZ &&
+           a.maxLevel == b.maxLevel && a.fit == b.fit;
+}
+
+}  // namespace
+
+int decodingThreads() {
+    const std::string text = platform::environmentVariable("VISTEL_THREADS").value_or("");
+    int threads = -1;
+    std::from_chars(text.data(), text.data() + text.size(), threads);
+    if (threads >= 0) return std::min(threads, mostThreads);
+    const auto processors = static_cast<int>(std::thread::hardware_concurrency());
+    return processors < 2 ? 0 : std::min(processors, mostThreads);
+}
+
+ReadAhead::ReadAhead(int threads) {
+    for (int i = 0; i < threads; ++i) threads_.emplace_back([this] { work(); });
+}
+
+ReadAhead::~ReadAhead() {
+    {
+        const std::lock_guard lock(mutex_);
+        stopping_ = true;
+    }
+    wanted_.notify_all();
+    for (std::thread& thread : threads_) thread.join();
+}
+
+ReadAhead::Jobs::iterator ReadAhead::find(const Tstring& path, const ImageLoadRequest& request) {
+    return std::find_if(jobs_.begin(), jobs_.end(), [&](const Job& job) {
+        return !job.dropped && job.path == path && sameReading(job.request, request);
+    });
+}
+
+void ReadAhead::want(const Tstring& path, const ImageLoadRequest& request) {
+    if (threads_.empty()) return;
+    {
+        const std::lock_guard lock(mutex_);
+        if (find(path, request) != jobs_.end()) return;
+        if (jobs_.size() >= room()) drop(jobs_.size() - room() + 1);
+        Job& job = jobs_.emplace_back();
+        job.path = path;
+        job.request = request;
+    }
+    wanted_.notify_one();
+}
+
+// Drops the oldest ones. Those that a thread is at go when it has seen it.
+void ReadAhead::drop(size_t jobs) {
+    for (auto job = jobs_.begin(); jobs > 0; --jobs) {
+        if (job->state == State::working)
+            (job++)->dropped = true;
+        else
+            job = jobs_.erase(job);
+    }
+}
+
+ReadAhead::Taken ReadAhead::take(const Tstring& path, const ImageLoadRequest& request,
+                                 const platform::FileStamp& stamp, bool (*goOn)(),
+                                 FrameStore& frame) {
+    std::unique_lock lock(mutex_);
+    const auto job = find(path, request);
+    if (job == jobs_.end()) return Taken::nothing;
+    drop(static_cast<size_t>(std::distance(jobs_.begin(), job)));
+    while (job->state == State::queued || job->state == State::working) {
+        finished_.wait_for(lock, waitPiece);
+        lock.unlock();
+        const bool wait = !goOn || goOn();
+        lock.lock();
+        if (!wait) return Taken::aborted;
+    }
+    const bool current = job->state == State::done && job->stamp == stamp;
+    if (current) frame = std::move(job->frame);
+    jobs_.erase(job);
+    return current ? Taken::frame : Taken::nothing;
+}
+
+ReadAhead::Jobs::iterator ReadAhead::nextQueued() {
+    return std::find_if(jobs_.begin(), jobs_.end(),
+                        [](const Job& job) { return job.state == State::queued; });
+}
+
+void ReadAhead::work() {
+    std::unique_lock lock(mutex_);
+    for (;;) {
+        auto job = jobs_.end();
+        wanted_.wait(lock, [&] {
+            job = nextQueued();
+            return stopping_ || job != jobs_.end();
+        });
+        if (stopping_) return;
+        job->state = State::working;
+        lock.unlock();
+        const bool whole = read(*job);
+        lock.lock();
+        job->state = whole ? State::done : State::failed;
+        if (job->dropped) jobs_.erase(job);
+        finished_.notify_one();
+    }
+}
+
+// False for all that is not simply right: the one who asks for the frame reads it then, waits for
+// its writer, and says what is wrong with it.
+bool ReadAhead::read(Job& job) const try {
+    if (!platform::isRegularFile(job.path)) return false;
+    const SourceStream stream(platform::openFile(job.path, "r"), false);
+    if (!stream) return false;
+    const auto stamp = platform::fileStamp(stream.file());
+    if (!stamp || platform::modifiedJustNow(*stamp)) return false;
+
+    struct Reading {
+        const ReadAhead& ahead;
+        const Job& job;
+    } reading{*this, job};
+    ImageLoadRequest request = job.request;
+    request.stream = stream.file();
+    request.verbose = request.waitForWriter = false;
+    request.owner = &reading;
+    request.keepGoing = [](void* owner) {
+        const auto& [ahead, job] = *static_cast<const Reading*>(owner);
+        return !ahead.stopping_ && !job.dropped;
+    };
+    bool found = false;
+    if (readForm(request, 1, job.frame, found) != iffOk || !found) return false;
+    job.stamp = *stamp;
+    return platform::fileStamp(stream.file()) == stamp;
+} catch (const std::bad_alloc&) {
+    return false;
+}
+
+}  // namespace vistel

@@ -1,0 +1,70 @@
+// Frames that are read and decoded before they are asked for, by threads that are private to the
+// loader. Nothing else of the program sees them: a frame counts as read when it is taken, and only
+// what one reading at that moment would have brought as well is ever handed out. A file that cannot
+// be read to its end, or that has changed since, is left to whoever takes it.
+#pragma once
+
+#include <atomic>
+#include <condition_variable>
+#include <list>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+#include "host/tstring.h"
+#include "iff/frame_store.h"
+#include "iff/image_loader.h"
+#include "platform/files.h"
+
+namespace vistel {
+
+// Threads that decode frames: the environment variable VISTEL_THREADS (0 to 64; 0: none ahead),
+// else one for each processor, none where there is only one.
+int decodingThreads();
+
+class ReadAhead {
+ public:
+    explicit ReadAhead(int threads);
+    ~ReadAhead();  // ends what is being read
+
+    // Files that may be wanted and not yet taken: beyond it the one that was wanted first is
+    // dropped.
+    size_t room() const { return threads_.empty() ? 0 : threads_.size() + 2; }
+
+    // Queues the first image form of a file, to be read as the request says; its stream and
+    // call-backs are not looked at. One that is queued already stays in its place.
+    void want(const Tstring& path, const ImageLoadRequest& request);
+
+    enum class Taken { nothing, frame, aborted };
+    // The file that was wanted so, as it is now (the stamp tells). Waits for it when it is being
+    // read; `goOn` is called every few milliseconds meanwhile, false ends the wait. Files that were
+    // wanted earlier and not taken are dropped.
+    [[nodiscard]] Taken take(const Tstring& path, const ImageLoadRequest& request,
+                             const platform::FileStamp& stamp, bool (*goOn)(), FrameStore& frame);
+
+ private:
+    enum class State { queued, working, done, failed };
+    struct Job {
+        Tstring path;
+        ImageLoadRequest request;
+        State state = State::queued;
+        std::atomic<bool> dropped = false;  // not wanted any more, but a thread is still at it
+        platform::FileStamp stamp;
+        FrameStore frame;
+    };
+    using Jobs = std::list<Job>;
+
+    void work();
+    Jobs::iterator nextQueued();
+    [[nodiscard]] bool read(Job& job) const;
+    Jobs::iterator find(const Tstring& path, const ImageLoadRequest& request);
+    void drop(size_t jobs);
+
+    std::mutex mutex_;
+    std::condition_variable wanted_, finished_;
+    Jobs jobs_;  // in the order in which they were wanted
+    std::atomic<bool> stopping_ = false;
+    std::vector<std::thread> threads_;
+};
+
+}  // namespace vistel

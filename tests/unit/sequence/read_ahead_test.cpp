@@ -1,0 +1,216 @@
+// Frames read ahead: nothing but the time it takes may tell them from frames read when they are
+// asked for.
+
+#include "sequence/read_ahead.h"
+
+#include <chrono>
+#include <vector>
+
+#include "iff/result_codes.h"
+#include "sequence_fixture.h"
+
+namespace vistel {
+namespace {
+
+using Taken = ReadAhead::Taken;
+
+class Ahead : public SequenceTest {
+ protected:
+    void TearDown() override {
+        platform::setEnvironmentVariable("VISTEL_THREADS", "");
+        SequenceTest::TearDown();
+    }
+    // A file that has rested since it was written.
+    void writeOld(const std::string& name, const std::string& bytes) {
+        write(name, bytes);
+        age(name);
+    }
+    void age(const std::string& name) {
+        const fs::path file = folder_ / name;
+        fs::last_write_time(file, fs::last_write_time(file) - std::chrono::hours(1));
+    }
+    platform::FileStamp stampOf(const std::string& name) {
+        const platform::FilePtr file(platform::openFile(path(name), "r"));
+        return platform::fileStamp(file.get()).value_or(platform::FileStamp{});
+    }
+    Taken take(ReadAhead& ahead, const std::string& name) {
+        frame_ = FrameStore{};
+        return ahead.take(path(name), request_, stampOf(name), nullptr, frame_);
+    }
+    int red() { return frame_.colour.empty() ? -1 : int(frame_.colour.data()[0] & 0xFF); }
+
+    ImageLoadRequest request_;
+    FrameStore frame_;
+};
+
+TEST_F(Ahead, AFrameIsHandedOutOnce) {
+    writeOld("a.1", imageForm(7));
+    ReadAhead ahead(1);
+    ahead.want(path("a.1"), request_);
+    EXPECT_EQ(take(ahead, "a.1"), Taken::frame);
+    EXPECT_EQ(red(), 7);
+    EXPECT_EQ(take(ahead, "a.1"), Taken::nothing);
+}
+
+TEST_F(Ahead, WhatWasNotWantedIsNotThere) {
+    writeOld("a.1", imageForm(7));
+    ReadAhead ahead(1);
+    EXPECT_EQ(take(ahead, "a.1"), Taken::nothing);
+    ahead.want(path("a.1"), request_);
+    const ImageLoadRequest before = request_;
+    request_.fit.shrink = 2;
+    EXPECT_EQ(take(ahead, "a.1"), Taken::nothing);
+    request_ = before;
+    request_.loadZ = false;
+    EXPECT_EQ(take(ahead, "a.1"), Taken::nothing);
+    request_ = before;
+    EXPECT_EQ(take(ahead, "a.1"), Taken::frame);
+}
+
+TEST_F(Ahead, WithoutThreadsNothingIsAhead) {
+    writeOld("a.1", imageForm(7));
+    ReadAhead ahead(0);
+    EXPECT_EQ(ahead.room(), 0u);
+    ahead.want(path("a.1"), request_);
+    EXPECT_EQ(take(ahead, "a.1"), Taken::nothing);
+}
+
+TEST_F(Ahead, FramesThatArePassedOverAreDropped) {
+    for (const char* name : {"a.1", "a.2", "a.3"}) writeOld(name, imageForm(name[2] - '0'));
+    ReadAhead ahead(2);
+    for (const char* name : {"a.1", "a.2", "a.3"}) ahead.want(path(name), request_);
+    EXPECT_EQ(take(ahead, "a.2"), Taken::frame);
+    EXPECT_EQ(red(), 2);
+    EXPECT_EQ(take(ahead, "a.1"), Taken::nothing);
+    EXPECT_EQ(take(ahead, "a.3"), Taken::frame);
+}
+
+TEST_F(Ahead, NoMoreFilesAreHeldThanThereIsRoomFor) {
+    ReadAhead ahead(1);
+    const auto name = [](size_t number) { return "a." + std::to_string(number); };
+    const size_t files = ahead.room() + 2;
+    for (size_t i = 1; i <= files; ++i) {
+        writeOld(name(i), imageForm(int(i)));
+        ahead.want(path(name(i)), request_);
+    }
+    EXPECT_EQ(take(ahead, name(1)), Taken::nothing);
+    EXPECT_EQ(take(ahead, name(2)), Taken::nothing);
+    for (size_t i = 3; i <= files; ++i) EXPECT_EQ(take(ahead, name(i)), Taken::frame) << i;
+}
+
+TEST_F(Ahead, AFileThatHasChangedSinceIsLeftToWhoAsks) {
+    writeOld("a.1", imageForm(7));
+    const platform::FileStamp before = stampOf("a.1");
+    for (const char* change : {"size", "time"}) {
+        writeOld("a.1", imageForm(7));
+        ReadAhead ahead(1);
+        ahead.want(path("a.1"), request_);
+        platform::FileStamp now = stampOf("a.1");
+        ++(change[0] == 's' ? now.size : now.modified);
+        EXPECT_EQ(ahead.take(path("a.1"), request_, now, nullptr, frame_), Taken::nothing);
+    }
+    write("a.1", imageForm(8) + imageForm(9));
+    EXPECT_NE(stampOf("a.1"), before);
+}
+
+TEST_F(Ahead, AFileThatIsBeingWrittenIsLeftToWhoAsks) {
+    write("a.1", imageForm(7));
+    ReadAhead ahead(1);
+    ahead.want(path("a.1"), request_);
+    EXPECT_EQ(take(ahead, "a.1"), Taken::nothing);
+}
+
+TEST_F(Ahead, WhatIsNotSimplyRightIsLeftToWhoAsks) {
+    const std::string form = imageForm(7);
+    writeOld("cut.1", form.substr(0, form.size() - 20));
+    writeOld("other.1", "no frame file, but long enough to be looked at");
+    writeOld("empty.1", "");
+    fs::create_directories(folder_ / "folder.1");
+    ReadAhead ahead(2);
+    for (const char* name : {"cut.1", "other.1", "empty.1", "folder.1", "missing.1"}) {
+        ahead.want(path(name), request_);
+        EXPECT_EQ(ahead.take(path(name), request_, {}, nullptr, frame_), Taken::nothing) << name;
+    }
+}
+
+TEST_F(Ahead, TheNumberOfThreadsCanBeSet) {
+    const struct {
+        const char* text;
+        int threads;
+    } rows[] = {{"0", 0}, {"1", 1}, {"3", 3}, {"9999", 64}};
+    for (const auto& row : rows) {
+        platform::setEnvironmentVariable("VISTEL_THREADS", row.text);
+        EXPECT_EQ(decodingThreads(), row.threads);
+    }
+    platform::setEnvironmentVariable("VISTEL_THREADS", "-3");
+    const int own = decodingThreads();
+    platform::setEnvironmentVariable("VISTEL_THREADS", "");
+    EXPECT_EQ(decodingThreads(), own);
+    EXPECT_NE(own, 1);
+}
+
+// --- a whole range -------------------------------------------------------------------------------
+
+// What reading the frames of a range again brings, one line for each.
+std::vector<std::string> readRange(int first, int last, int step) {
+    std::vector<std::string> lines;
+    FramesAhead ahead;
+    for (int frame = first; frame <= last; frame += step) {
+        const int next[] = {frame, frame + step, frame + 2 * step};
+        ahead.expect(next);
+        viewerState.currentFrame = frame;
+        FrameStore store;
+        const int code = readFrameAgain(store);
+        const int red = store.colour.empty() ? -1 : int(store.colour.data()[0] & 0xFF);
+        lines.push_back(std::to_string(frame) + ": " + std::to_string(code) + " red " +
+                        std::to_string(red) + " " + lastFrameName() + " " + lastFrameReason());
+    }
+    return lines;
+}
+
+class RangeAhead : public Ahead {
+ protected:
+    void SetUp() override {
+        Ahead::SetUp();
+        viewerState.animation = 1;
+        viewerState.sourceOpened = 1;
+        setCurrentSource("shot");
+        for (int frame = 1; frame <= 40; ++frame) writeFrame(frame);
+    }
+    void writeFrame(int frame) {
+        const std::string name = "shot." + std::to_string(frame), form = imageForm(frame);
+        if (frame % 11 == 3) return;  // missing
+        if (frame % 7 == 4)
+            write(name, form.substr(0, form.size() - size_t(frame)));
+        else
+            write(name, form);
+        if (frame % 5 != 0) age(name);
+    }
+};
+
+TEST_F(RangeAhead, IsWhatReadingEachFrameBrings) {
+    for (const int step : {1, 3}) {
+        platform::setEnvironmentVariable("VISTEL_THREADS", "0");
+        const std::vector<std::string> expected = readRange(1, 40, step);
+        for (const char* threads : {"1", "2", "5"}) {
+            platform::setEnvironmentVariable("VISTEL_THREADS", threads);
+            EXPECT_EQ(readRange(1, 40, step), expected) << threads << " threads";
+        }
+    }
+}
+
+TEST_F(RangeAhead, ALoadThatTheUserEndsIsAborted) {
+    for (const char* threads : {"0", "2"}) {
+        platform::setEnvironmentVariable("VISTEL_THREADS", threads);
+        loaderHooks.keepGoing = [] { return false; };
+        FramesAhead ahead;
+        ahead.expect({{4, 5, 6}});  // the first one is cut: it cannot be read ahead
+        viewerState.currentFrame = 4;
+        FrameStore store;
+        EXPECT_EQ(readFrameAgain(store), iffAborted);
+        EXPECT_FALSE(store.hasPicture());
+    }
+}
+
+}  // namespace
+}  // namespace vistel
