@@ -1,0 +1,117 @@
+// bench_load: loads a sequence into memory as the viewer does, without a window, and ends.
+//
+//     bench_load STEM FRAMES
+//
+// STEM ends in a dot; its first FRAMES files are loaded by the viewer's own loader into the
+// viewer's frame slots (VISTEL_THREADS says with how many threads). The time of the whole process
+// is what a user waits; printed are, one "name value" to a line:
+//
+//     frame_seconds   from opening the source until the last frame is kept, for each frame
+//     frame_bytes     growth of the resident set, for each frame
+//     needed_bytes    pixels and tile list of one frame
+//
+// Ends non-zero unless every frame was kept at full size.
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <utility>
+
+#include "app/viewer_state.h"
+#include "iff/result_codes.h"
+#include "platform/clock.h"
+#include "platform/files.h"
+#include "sequence/frame_loader.h"
+#include "sequence/frame_sequence.h"
+#include "sequence/image_source.h"
+#include "sequence/source_range.h"
+#include "viewer/display_setup.h"
+#include "viewer/frame_display.h"
+#include "viewer/load_animation.h"
+#include "viewer/viewer_session.h"
+
+namespace {
+
+using namespace vistel;
+
+// Bytes; 0 when the system does not tell.
+size_t residentBytes() {
+    const platform::FilePtr status(std::fopen("/proc/self/statm", "r"));
+    size_t pages = 0;
+    if (!status || std::fscanf(status.get(), "%*u %zu", &pages) != 1) return 0;
+    return pages * static_cast<size_t>(sysconf(_SC_PAGESIZE));
+}
+
+// The viewer's own steps when a source's first picture arrives, but for the window.
+int keepAllFrames(FrameStore& first) {
+    keepFrame(viewerState.currentFrame, std::move(first));
+    loadRemainingFrames();
+    return iffParsingComplete;
+}
+
+// The state as the start-up leaves it for the arguments "-F STEM".
+void prepareState() {
+    viewerState.startDirectory = platform::currentDirectory();
+    viewerState.noRescale = 1;
+    loaderHooks.displayFit = currentDisplayFit;
+    loaderHooks.keepGoing = keepLoading;
+    loaderHooks.frameLoaded = keepAllFrames;
+}
+
+bool chooseRange(const Tstring& stem, int frames) {
+    if (!discoverNumberedFiles(stem)) return false;
+    viewerState.lastFrame = viewerState.firstFrame + (frames - 1) * viewerState.frameStep;
+    normaliseRange();
+    viewerState.windowId = -1;
+    return true;
+}
+
+size_t bytesNeeded(const FrameStore& frame) {
+    return static_cast<size_t>(frame.header.width) * frame.header.height * sizeof(uint32_t) +
+           frame.tiles.size() * sizeof(TileRect);
+}
+
+// Kept, and not shrunk.
+bool isComplete(const FrameStore* frame) {
+    return frame && frame->width == static_cast<int>(frame->header.width) &&
+           frame->height == static_cast<int>(frame->header.height) && !frame->colour.empty();
+}
+
+int countComplete() {
+    int complete = 0;
+    for (int frame = viewerState.firstFrame; frame <= viewerState.lastFrame;
+         frame += viewerState.frameStep) {
+        complete += isComplete(viewerSession().slots.find(frame));
+    }
+    return complete;
+}
+
+int fail(const char* what) {
+    std::fprintf(stderr, "bench_load: %s\n", what);
+    return 1;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const int frames = argc == 3 ? std::atoi(argv[2]) : 0;
+    if (frames < 1) return fail("usage: bench_load STEM FRAMES");
+    Tstring stem = argv[1];
+    prepareState();
+
+    const size_t bytesBefore = residentBytes();
+    const uint64_t start = platform::tickMicroseconds();
+    if (!chooseRange(stem, frames)) return fail("no such sequence");
+    stem.pop_back();
+    if (openImageSource(stem) != iffOk) return fail("a frame could not be read");
+    const double seconds = static_cast<double>(platform::tickMicroseconds() - start) * 1e-6;
+    const size_t bytes = residentBytes() - bytesBefore;
+
+    if (countComplete() != frames) return fail("not every frame was kept");
+    const FrameStore& first = *viewerSession().slots.find(viewerState.firstFrame);
+    std::printf("frame_seconds %.9f\n", seconds / frames);
+    std::printf("frame_bytes %.0f\n", static_cast<double>(bytes) / frames);
+    std::printf("needed_bytes %zu\n", bytesNeeded(first));
+    return 0;
+}
