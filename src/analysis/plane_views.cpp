@@ -4,6 +4,8 @@
 #include <cmath>
 #include <vector>
 
+#include "analysis/view_kernels.h"
+
 namespace vistel {
 
 namespace {
@@ -45,12 +47,16 @@ Range percentileRange(const float* z, size_t pixels) {
 
 }  // namespace
 
-void buildPlaneView(int plane, bool inverted, const uint32_t* stored, size_t pixels,
+void buildPlaneView(int plane, bool maskInverted, const uint32_t* stored, size_t pixels,
                     uint32_t* view) {
-    const int shift = 8 * (3 - plane);  // plane 0 is the highest byte of the stored pixel
-    const uint8_t flip = inverted ? 0xFF : 0;
-    for (size_t i = 0; i < pixels; ++i)
-        view[i] = grey(static_cast<uint8_t>(stored[i] >> shift) ^ flip);
+    const uint8_t flip = plane == 0 && maskInverted ? 0xFF : 0;
+    viewKernels().greyPlane(plane, flip, stored, pixels, view);
+}
+
+void buildLuminanceView(const uint32_t* stored, size_t pixels, uint32_t* view) {
+    const size_t whole = pixels - pixels % 4;
+    viewKernels().luminance(stored, whole, view);
+    std::fill(view + whole, view + pixels, 0);
 }
 
 void buildZView(const float* z, size_t pixels, ZScale scale, uint32_t* view) {

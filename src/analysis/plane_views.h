@@ -1,5 +1,6 @@
-// Grey views of single planes: what the viewer shows for a mask or a depth plane. Every grey pixel
-// is the same byte in the three colour bytes, opaque.
+// Grey views of single planes and of the luminance: what the viewer shows for one channel, a mask
+// or a depth plane. A grey pixel is the same byte in the three colour bytes, opaque. Buffers are
+// the caller's.
 #pragma once
 
 #include <cstddef>
@@ -7,10 +8,15 @@
 
 namespace vistel {
 
-// View of one stored plane: 0 mask, 1 blue, 2 green, 3 red. `inverted` gives 255 - byte (used for
-// the mask). `stored` and `view` hold `pixels` pixels; they may be the same.
-void buildPlaneView(int plane, bool inverted, const uint32_t* stored, size_t pixels,
+// View of one stored plane: 0 mask, 1 blue, 2 green, 3 red. `maskInverted` shows the mask as
+// 255 - byte and leaves the other planes alone. `stored` and `view` hold `pixels` pixels; they may
+// be the same.
+void buildPlaneView(int plane, bool maskInverted, const uint32_t* stored, size_t pixels,
                     uint32_t* view);
+
+// Luminance (red + 2 green + blue) / 4. Works on four pixels at a time; the last pixels % 4 are 0.
+// `stored` and `view` may be the same.
+void buildLuminanceView(const uint32_t* stored, size_t pixels, uint32_t* view);
 
 // How depth samples become grey.
 enum class ZScale {

@@ -45,6 +45,72 @@ TEST(PlaneViews, AnInvertedMaskIs255LessTheByte) {
     EXPECT_EQ(view[2], 0xFFCFCFCFu);
 }
 
+TEST(PlaneViews, MaskInversionLeavesTheOtherPlanesAlone) {
+    const uint32_t stored[] = {0x04030201};
+    for (int plane = 1; plane < 4; ++plane) {
+        uint32_t plain[1], inverted[1];
+        buildPlaneView(plane, false, stored, 1, plain);
+        buildPlaneView(plane, true, stored, 1, inverted);
+        EXPECT_EQ(plain[0], inverted[0]) << plane;
+    }
+}
+
+TEST(PlaneViews, EveryPixelOfAPlaneIsDoneWhateverTheirNumber) {
+    for (size_t pixels = 0; pixels < 40; ++pixels) {
+        std::vector<uint32_t> view(pixels + 1, 0xA7A7A7A7);
+        const std::vector<uint32_t> stored(pixels, 0x04030201);
+        buildPlaneView(1, false, stored.data(), pixels, view.data());
+        for (size_t i = 0; i < pixels; ++i) ASSERT_EQ(view[i], 0xFF030303u) << pixels;
+        EXPECT_EQ(view[pixels], 0xA7A7A7A7u);
+    }
+}
+
+TEST(PlaneViews, LuminanceWeighsTheMiddleByteTwice) {
+    const struct {
+        uint32_t stored;
+        int grey;
+    } rows[] = {
+        {0x00000000, 0},  {0xFF000000, 0},   {0x00FFFFFF, 255}, {0xFFFFFFFF, 255},
+        {0x000000FF, 63}, {0x0000FF00, 127}, {0x00FF0000, 63},  {0x00000003, 0},
+        {0x00000004, 1},  {0x00010101, 1},   {0x00FE0101, 64},  {0x00FFFFFE, 254},
+    };
+    for (const auto& row : rows) {
+        const std::vector<uint32_t> stored(4, row.stored);
+        std::vector<uint32_t> view(4);
+        buildLuminanceView(stored.data(), 4, view.data());
+        for (const uint32_t pixel : view)
+            EXPECT_EQ(pixel, 0xFF000000u | row.grey * 0x010101u) << std::hex << row.stored;
+    }
+}
+
+TEST(PlaneViews, TheLastPixelsOfALuminanceViewThatMakeNoFourAreZero) {
+    for (size_t pixels = 0; pixels < 40; ++pixels) {
+        std::vector<uint32_t> view(pixels + 1, 0xA7A7A7A7);
+        const std::vector<uint32_t> stored(pixels, 0xFFFFFFFF);
+        buildLuminanceView(stored.data(), pixels, view.data());
+        for (size_t i = 0; i < pixels; ++i)
+            ASSERT_EQ(view[i], i < pixels / 4 * 4 ? 0xFFFFFFFFu : 0u) << pixels << " " << i;
+        EXPECT_EQ(view[pixels], 0xA7A7A7A7u);
+    }
+}
+
+TEST(PlaneViews, AnImageOf10PixelsHasItsLast2BlackInLuminance) {
+    const std::vector<uint32_t> stored(10, 0x00808080);
+    std::vector<uint32_t> view(10);
+    buildLuminanceView(stored.data(), 10, view.data());
+    EXPECT_EQ(view[7], 0xFF808080u);
+    EXPECT_EQ(view[8], 0u);
+    EXPECT_EQ(view[9], 0u);
+}
+
+TEST(PlaneViews, AViewMayReplaceItsSource) {
+    std::vector<uint32_t> pixels(11, 0x40302010);
+    buildPlaneView(3, false, pixels.data(), 11, pixels.data());
+    EXPECT_EQ(pixels, std::vector<uint32_t>(11, 0xFF101010));
+    buildLuminanceView(pixels.data(), 8, pixels.data());
+    EXPECT_EQ(pixels, std::vector<uint32_t>(11, 0xFF101010));
+}
+
 TEST(PlaneViews, TheNearestDepthIsWhiteTheFarthestBlack) {
     EXPECT_EQ(greys({1, 2, 3, 5}), (std::vector<int>{255, 191, 128, 0}));
     EXPECT_EQ(greys({-1, 0, 1}), (std::vector<int>{255, 128, 0}));
