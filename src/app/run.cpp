@@ -7,6 +7,7 @@
 #include "platform/process.h"
 #include "sequence/frame_sequence.h"
 #include "sequence/image_source.h"
+#include "viewer/display_lut.h"
 #include "viewer/viewer_hooks.h"
 #include "viewer/viewer_session.h"
 
@@ -23,6 +24,7 @@ StartUpServices joinedServices() {
     services.openSource = openImageSource;
     services.reopenSource = reopenSource;
     services.discover = discoverNumberedFiles;
+    services.buildDisplayTable = startDisplayLut;
     services.startSource = beginSource;
     services.clearImageState = clearViewerSession;
     services.runEmptyWindow = runEmptyWindow;

@@ -103,6 +103,7 @@ struct ViewerState {
     int32_t frameSkip = 0;     // T: skip frames when behind the clock
     int32_t timeLimitMode = 0; // end the loop after timeLimit seconds
     int32_t timeLimit = 0;
+    int32_t luminanceCurve = 0;  // F8: picking a point writes its luminance through the frames
     int32_t halfHeight = 0;    // frames are half as high as the picture they stand for
 
     // --- Window --------------------------------------------------------------------------------

@@ -1,6 +1,9 @@
 #include "host/font.h"
 
 #include <algorithm>
+#include <string>
+
+#include "platform/surface.h"
 
 namespace vistel::qdGR {
 
@@ -39,10 +42,28 @@ platform::FontRequest parseFontDescription(std::string_view description) {
 
 Font::Font(const platform::FontRequest& request) : handle_(platform::createFont(request)) {}
 
-int Font::width(const Tstring& text) const { return platform::textWidth(handle_, text); }
+// The same value whichever thread finds it out first; 0 stands for "not known yet".
+int Font::characterWidth(char character) const {
+    std::atomic<int16_t>& known = widths_[static_cast<size_t>(character)];
+    if (known == 0) {
+        const int width = platform::textWidth(handle_, std::string(1, character));
+        if (width <= 0) return 0;
+        known = static_cast<int16_t>(width + 1);
+    }
+    return known - 1;
+}
 
-platform::TextCoverage Font::coverage(const Tstring& text) const {
-    return platform::renderText(handle_, text);
+int Font::width(std::string_view text) const {
+    const auto plain = [](char c) { return static_cast<unsigned char>(c) < 128; };
+    if (!std::all_of(text.begin(), text.end(), plain))
+        return platform::textWidth(handle_, std::string(text));
+    int width = 0;
+    for (const char character : text) width += characterWidth(character);
+    return width;
+}
+
+void Font::draw(int x, int y, std::string_view text) const {
+    platform::drawText(handle_, x, y, text);
 }
 
 const Font& viewerFont() {

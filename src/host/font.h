@@ -1,6 +1,9 @@
 // qdGR::Font: the viewer's one font, chosen by an X logical font description.
 #pragma once
 
+#include <array>
+#include <atomic>
+#include <cstdint>
 #include <string_view>
 
 #include "host/tstring.h"
@@ -18,14 +21,18 @@ class Font {
  public:
     explicit Font(const platform::FontRequest& request);
 
-    // Pixels from the start of a text to its end.
-    int width(const Tstring& text) const;
+    // Pixels from the start of a line of text to its end.
+    int width(std::string_view text) const;
 
-    // The text as a coverage image, to be drawn in any colour.
-    platform::TextCoverage coverage(const Tstring& text) const;
+    // Draws a line on the surface of the calling thread in the current colour, its baseline
+    // starting at (x, y).
+    void draw(int x, int y, std::string_view text) const;
 
  private:
-    platform::FontHandle* handle_;  // lives as long as the process
+    int characterWidth(char character) const;
+
+    platform::FontHandle* handle_;                               // lives as long as the process
+    mutable std::array<std::atomic<int16_t>, 128> widths_ = {};  // of plain characters, plus 1
 };
 
 // The viewer's font, made at the first call and shared by all threads.

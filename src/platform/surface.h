@@ -8,6 +8,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 
 #include "platform/text.h"
 
@@ -23,6 +24,8 @@ bool surfaceExists();
 int screenColourBits();
 
 void setDoubleBuffered(bool on);
+// Off in a new surface.
+void setDithering(bool on);
 
 // Viewport of the whole client area.
 void setViewport(int width, int height);
@@ -54,8 +57,10 @@ void drawPixels(int x, int y, const PixelSource& source, int zoom);
 void fillRectangle(int x0, int y0, int x1, int y1);
 // One pixel wide.
 void drawLine(int x0, int y0, int x1, int y1);
-// Text coverage in the current colour, baseline start at (x, y).
-void drawCoverage(int x, int y, const TextCoverage& coverage);
+// A line of UTF-8 text in the current colour, baseline start at (x, y): each plain (ASCII) character
+// takes its own width (textWidth of it alone). Characters that have been drawn once are kept on the
+// surface: drawing them again allocates and uploads nothing.
+void drawText(FontHandle* font, int x, int y, std::string_view text);
 
 // Reads back what has been drawn since the last swap (rows from bottom to top, tightly packed).
 void readPixels(int x, int y, int width, int height, uint32_t* pixels);

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "analysis/plane_views.h"
 #include "app/viewer_state.h"
 #include "host/messages.h"
 #include "platform/surface.h"
@@ -11,6 +10,7 @@
 #include "settings/saved_settings.h"
 #include "viewer/drawing.h"
 #include "viewer/menu_commands.h"
+#include "viewer/picture_view.h"
 #include "viewer/viewer_session.h"
 #include "viewer/window_layer.h"
 
@@ -29,25 +29,6 @@ constexpr int captionAndMenuRows = 50;  // kept on the screen when full screen i
 constexpr int titleRows = 29;           // of the screen, taken by the window's title
 
 bool showsAnimation() { return viewerState.animation != 0; }
-
-void chooseBuffer(FrameStore& frame) {
-    ViewerSession& session = viewerSession();
-    const size_t pixels = size_t(frame.width) * frame.height;
-    const auto viewBuffer = [&] {
-        session.channelView.resize(pixels);
-        return session.displayed = session.channelView.data(), session.channelView.data();
-    };
-    if (frame.colour.empty()) {
-        session.mode = ChannelMode::zBuffer;
-        buildZView(frame.z.data(), pixels, ZScale::wholeRange, viewBuffer());
-    } else if (frame.header.has(imageBlack)) {
-        session.mode = ChannelMode::matte;
-        buildPlaneView(0, false, frame.colour.data(), pixels, viewBuffer());
-    } else {
-        session.mode = ChannelMode::all;
-        session.displayed = frame.colour.data();
-    }
-}
 
 int screenMargin(int screen, int picture) { return std::max(0, (screen - picture) / 2); }
 
@@ -83,18 +64,12 @@ void placeAround(const PictureLayout& layout) {
 
 void fitWindow(const FrameStore& frame) {
     PictureLayout& layout = viewerSession().layout;
-    layout.zoom = std::max(1, viewerState.currentZoom);
     computeMargins(frame.width, frame.height);
     layout.clearWanted = true;
     placeAround(layout);
-    const bool first = viewerState.windowId < 1;
-    if (first) openWindowOrExit(windowTitle());
+    if (viewerState.windowId < 1) openWindowOrExit(windowTitle());
     applyPendingPlacement();
     if (!platform::surfaceExists() && !createDrawing()) saveSettingsAndExit(1);
-    if (!first && viewerState.sequenceMode) return;  // pan stays from file to file
-    // Full resolution: a picture larger than its window starts centred.
-    layout.panX = std::max(0.0f, (frame.width - float(layout.visibleWidth) / layout.zoom) / 2);
-    layout.panY = std::max(0.0f, (frame.height - float(layout.visibleHeight) / layout.zoom) / 2);
 }
 
 }  // namespace
@@ -124,13 +99,13 @@ void openWindowOrExit(const std::string& title) {
 
 void computeMargins(int width, int height) {
     PictureLayout& layout = viewerSession().layout;
-    const int zoomedWidth = width * layout.zoom, zoomedHeight = height * layout.zoom;
+    const int zoomedWidth = width * layout.startZoom, zoomedHeight = height * layout.startZoom;
     const platform::ScreenSize screen = platform::screenSize();
     layout.width = width;
     layout.height = height;
     if (viewerState.halfHeight) {
         layout.marginX = screenMargin(screen.width, zoomedWidth);
-        layout.marginY = std::max(0, (halfHeightLines - height / 2 * layout.zoom) / 2);
+        layout.marginY = std::max(0, (halfHeightLines - height / 2 * layout.startZoom) / 2);
     } else if (viewerState.fullScreen) {
         layout.marginX = screenMargin(screen.width, zoomedWidth);
         layout.marginY = screenMargin(screen.height, zoomedHeight);
@@ -148,6 +123,17 @@ void computeMargins(int width, int height) {
     layout.visibleHeight = fittedSide(zoomedHeight, work.height());
 }
 
+void beginDisplay(FrameStore& frame) {
+    const bool sameView = viewerState.sequenceMode && viewerState.windowId >= 1;
+    PictureLayout& layout = viewerSession().layout;
+    layout.startZoom = std::max(1, viewerState.currentZoom);
+    setUpDisplay(frame, Refit::fitWindow);
+    if (sameView) return;
+    layout.zoom = layout.startZoom;
+    layout.panX = std::max(0.0f, (frame.width - float(layout.visibleWidth) / layout.zoom) / 2);
+    layout.panY = std::max(0.0f, (frame.height - float(layout.visibleHeight) / layout.zoom) / 2);
+}
+
 void applyProjection() {
     const PictureLayout& layout = viewerSession().layout;
     platform::setProjection(layout.visibleWidth + 2 * layout.marginX,
@@ -155,8 +141,7 @@ void applyProjection() {
 }
 
 std::string shownSourceName() {
-    if (namesCommand(viewerState.fileName))
-        return messageText("s_VistelStrings.rVTPipedCmd");
+    if (namesCommand(viewerState.fileName)) return messageText("s_VistelStrings.rVTPipedCmd");
     const bool named = !viewerState.fileName.empty();
     return named ? viewerState.fileName : viewerState.sourceName;
 }
@@ -165,7 +150,7 @@ std::string windowTitle() { return formatPositional("VisTel: ^1s^2s", {shownSour
 
 void setUpDisplay(FrameStore& frame, Refit refit) {
     viewerSession().shown = &frame;
-    chooseBuffer(frame);
+    showNewFrame();
     if (refit == Refit::fitWindow || viewerState.windowId < 1) {
         fitWindow(frame);
         applyProjection();

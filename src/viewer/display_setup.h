@@ -25,9 +25,13 @@ void setUpDisplay(FrameStore& frame, Refit refit);
 // says so and ends the program with status 1.
 void openWindowOrExit(const std::string& title);
 
-// Margins and visible size of a picture of width x height image pixels, from zoom, full screen,
-// animation and half-height mode. Changes the layout of the session only.
+// Margins and visible size of a picture of width x height image pixels, from start-up zoom, full
+// screen, animation and half-height mode. Changes the layout of the session only.
 void computeMargins(int width, int height);
+
+// Shows the first frame of a source, with the start-up zoom and, where it is larger than the
+// window, its middle. In sequence mode zoom and place stay as they were from file to file.
+void beginDisplay(FrameStore& frame);
 
 // Sets viewport-wide projection for the current layout.
 void applyProjection();

@@ -80,10 +80,8 @@ void penDraw(int x, int y) {
     penMove(x, y);
 }
 
-int textWidth(const std::string& text) { return qdGR::viewerFont().width(text); }
-void drawText(int x, int y, const std::string& text) {
-    platform::drawCoverage(x, y, qdGR::viewerFont().coverage(text));
-}
+int textWidth(std::string_view text) { return qdGR::viewerFont().width(text); }
+void drawText(int x, int y, std::string_view text) { qdGR::viewerFont().draw(x, y, text); }
 
 void saveFrontImage() {
     WindowContext& context = windowContext();
@@ -102,16 +100,22 @@ void restoreFrontImage() {
     platform::swapBuffers();
 }
 
-void showMessageBand(const std::string& text) {
+void showOverlay(const std::function<void()>& draw) {
     if (!platform::surfaceExists()) return;
     saveFrontImage();
     if (!windowContext().savedImageValid) return;
     drawSavedImage();
-    setColourIndex(2);
-    fillRectangle(0, 0, windowContext().savedWidth - 1, bandRows - 1);
-    setColourIndex(3);
-    drawText(bandTextX, bandTextY, text);
+    draw();
     platform::swapBuffers();
+}
+
+void showMessageBand(const std::string& text) {
+    showOverlay([&] {
+        setColourIndex(2);
+        fillRectangle(0, 0, windowContext().savedWidth - 1, bandRows - 1);
+        setColourIndex(3);
+        drawText(bandTextX, bandTextY, text);
+    });
 }
 
 void swapDrawing() {

@@ -2,7 +2,9 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
+#include <string_view>
 
 namespace vistel {
 
@@ -31,15 +33,17 @@ void fillRectangle(int x0, int y0, int x1, int y1);  // corners inclusive
 void penMove(int x, int y);
 void penDraw(int x, int y);
 
-int textWidth(const std::string& text);
+int textWidth(std::string_view text);
 // Baseline start at (x, y), in the current colour.
-void drawText(int x, int y, const std::string& text);
+void drawText(int x, int y, std::string_view text);
 
 // Keeps a copy of the picture that is on screen (the pass is drawn once more into it), so that
 // bands and menus can cover it and be taken away again. Only when none is kept already.
 void saveFrontImage();
 // Shows the kept picture again.
 void restoreFrontImage();
+// Shows what `draw` draws over the kept picture, until it is restored.
+void showOverlay(const std::function<void()>& draw);
 // Shows a black band of 20 rows with white text at the foot of the kept picture.
 void showMessageBand(const std::string& text);
 

@@ -1,6 +1,8 @@
 #include "viewer/frame_display.h"
 
 #include <cstdio>
+#include <memory>
+#include <vector>
 
 #include "app/viewer_state.h"
 #include "host/messages.h"
@@ -9,6 +11,7 @@
 #include "sequence/frame_loader.h"
 #include "viewer/display_setup.h"
 #include "viewer/drawing.h"
+#include "viewer/stepping.h"
 #include "viewer/viewer_session.h"
 #include "viewer/window_layer.h"
 
@@ -24,8 +27,19 @@ void dropRepeatedSteps() {
     });
 }
 
+// Playing reads the frames that follow ahead, where they are not in memory.
+void readFollowingAhead() {
+    ViewerSession& session = viewerSession();
+    if (!playing()) return;
+    if (!session.ahead) session.ahead = std::make_unique<FramesAhead>();
+    std::vector<int> frames = upcomingFrames(session.ahead->room());
+    std::erase_if(frames, [&](int frame) { return session.slots.find(frame) != nullptr; });
+    session.ahead->expect(frames);
+}
+
 FrameStore* readCurrentFrame() {
     viewerSession().readStarted = platform::tickMilliseconds();
+    readFollowingAhead();
     FrameStore read;
     const int result = readFrameAgain(read);
     if (result != iffOk && !read.hasPicture()) return nullptr;
@@ -52,7 +66,9 @@ bool reload() {
 
 FrameStore& keepFrame(int frame, FrameStore&& store) {
     ViewerSession& session = viewerSession();
-    if (viewerState.kmem > 0) return session.slots.keep(frame, std::move(store));
+    if (viewerState.kmem > 0 && session.slots.hasRoomFor(frame, store))
+        return session.slots.keep(frame, std::move(store));
+    session.slots.drop(frame);  // what it held is out of date
     return session.loose = std::move(store);
 }
 

@@ -12,7 +12,8 @@ enum class FrameRead { ifNeeded, always };
 // picture (or the status line) must be drawn again.
 bool showCurrentFrame(FrameRead read);
 
-// Puts a frame that was read into its slot, or into the one loose store when frames are not kept.
+// Puts a frame that was read into its slot, or into the one loose store when frames are not kept or
+// memory is used up.
 FrameStore& keepFrame(int frame, FrameStore&& store);
 
 // Prints that a frame could not be read, with its file's name and the reason, on standard error.

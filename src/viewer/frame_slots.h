@@ -1,12 +1,18 @@
-// The frames that stay in memory while they are being viewed, one slot per frame number.
+// The frames that stay in memory while they are being viewed, one slot per frame number, up to a
+// limit. Frames beyond it are read from their files whenever they are shown.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <unordered_map>
 
 #include "iff/frame_store.h"
 
 namespace vistel {
+
+// Bytes of planes that may be kept: the environment variable VISTEL_MEMORY (megabytes), else three
+// quarters of the machine's memory.
+size_t frameMemoryLimit();
 
 class FrameSlots {
  public:
@@ -15,13 +21,21 @@ class FrameSlots {
         const auto slot = slots_.find(frame);
         return slot != slots_.end() && slot->second.hasPicture() ? &slot->second : nullptr;
     }
+    // Whether a frame of these planes may be kept in the slot, in place of what is there.
+    bool hasRoomFor(int32_t frame, const FrameStore& store) const;
     // Moves the planes into the frame's slot, in place of what was there.
-    FrameStore& keep(int32_t frame, FrameStore&& store) { return slots_[frame] = std::move(store); }
+    FrameStore& keep(int32_t frame, FrameStore&& store);
+    // Empties the frame's slot.
+    void drop(int32_t frame);
+    size_t limit() const { return limit_; }  // bytes of all planes together
+    void setLimit(size_t bytes) { limit_ = bytes; }
     size_t count() const { return slots_.size(); }
-    void clear() { slots_.clear(); }
+    void clear();
 
  private:
     std::unordered_map<int32_t, FrameStore> slots_;  // only frames that were read have an entry
+    size_t bytes_ = 0;
+    size_t limit_ = frameMemoryLimit();
 };
 
 }  // namespace vistel

@@ -1,6 +1,8 @@
 #include "viewer/load_animation.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <vector>
 
 #include "app/viewer_state.h"
 #include "host/messages.h"
@@ -80,14 +82,44 @@ class MissingFrames {
     Tstring name_, reason_;  // of the last one
 };
 
-void loadFrame(int frame, MissingFrames& missing) {
+// False when memory has no room for the frame.
+bool loadFrame(int frame, MissingFrames& missing) {
     viewerState.currentFrame = frame;
     FrameStore store;
     const int result = readFrameAgain(store);
-    if (result == iffNotIff) return missing.add(frame, lastFrameName(), lastFrameReason());
+    if (result == iffNotIff) {
+        missing.add(frame, lastFrameName(), lastFrameReason());
+        return true;
+    }
     missing.report();
     if (result != iffOk && !stopped) reportUnreadableFrame();
-    if (store.hasPicture()) keepFrame(frame, std::move(store));
+    if (!store.hasPicture()) return true;
+    FrameSlots& slots = viewerSession().slots;
+    if (!slots.hasRoomFor(frame, store)) return false;
+    slots.keep(frame, std::move(store));
+    return true;
+}
+
+// The frame and those that will be read after it.
+std::vector<int> followingFrames(int64_t frame, int64_t step, size_t count) {
+    std::vector<int> frames;
+    for (; frames.size() < count && frame <= viewerState.lastFrame; frame += step)
+        frames.push_back(static_cast<int>(frame));
+    return frames;
+}
+
+int megabytes(size_t bytes) { return static_cast<int>(std::min<size_t>(bytes >> 20, INT32_MAX)); }
+
+void reportMemoryLimit() {
+    if (!viewerState.verbose) return;
+    const int limit = megabytes(viewerSession().slots.limit());
+    std::printf("%s\n", formatMessage("s_VistelStrings.rVTMemoryLimit", {limit}).c_str());
+}
+
+void reportMemoryUsedUp(int frame) {
+    const int limit = megabytes(viewerSession().slots.limit());
+    std::fprintf(stderr, "%s\n",
+                 formatMessage("s_VistelStrings.rVTMemoryUsedUp", {frame, limit}).c_str());
 }
 
 void redrawPicture() {
@@ -130,17 +162,23 @@ bool keepLoading() {
 void loadRemainingFrames() {
     const int first = viewerState.currentFrame;
     if (viewerState.kmem <= 0) return;
+    reportMemoryLimit();
     const int64_t step = viewerState.frameStep > 0 ? viewerState.frameStep : 1;
     const int frames = static_cast<int>((int64_t{viewerState.lastFrame} - first) / step + 1);
     loading = true;
     Progress progress(frames);
     MissingFrames missing;
+    FramesAhead ahead;
     int done = 1;
-    for (int64_t frame = first + step; frame <= viewerState.lastFrame && keepLoading();
+    bool room = true;
+    for (int64_t frame = first + step; frame <= viewerState.lastFrame && room && keepLoading();
          frame += step) {
         progress.show(++done);
-        loadFrame(static_cast<int>(frame), missing);
+        ahead.expect(followingFrames(frame, step, ahead.room()));
+        room = loadFrame(static_cast<int>(frame), missing);
     }
+    missing.report();
+    if (!room) reportMemoryUsedUp(viewerState.currentFrame);
     viewerState.currentFrame = first;
     loading = stopped = false;
 }

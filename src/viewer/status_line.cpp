@@ -1,6 +1,9 @@
 #include "viewer/status_line.h"
 
+#include <algorithm>
+#include <array>
 #include <cstdint>
+#include <cstdio>
 #include <iterator>
 
 #include "app/viewer_state.h"
@@ -34,11 +37,16 @@ const char* sourceMark() {
     }
 }
 
-Tstring rangeText() {
+using RangeText = std::array<char, 32>;
+
+RangeText rangeText() {
+    RangeText text = {};
     const bool whole = viewerState.playFirst == viewerState.firstFrame &&
                        viewerState.playLast == viewerState.lastFrame;
-    return whole ? Tstring()
-                 : formatPrintf(" - [%d,%d]", viewerState.playFirst, viewerState.playLast);
+    if (!whole)
+        std::snprintf(text.data(), text.size(), " - [%d,%d]", viewerState.playFirst,
+                      viewerState.playLast);
+    return text;
 }
 
 // Name of a plain view, and of the relief made from it, by channel mode. Null: none.
@@ -67,6 +75,24 @@ Tstring viewLabel() {
     return label.empty() ? label : formatMessage("s_VistelStrings.rVTInv", {label});
 }
 
+// What the label says, and what it is made from.
+struct LabelKey {
+    ChannelMode mode = ChannelMode::all;
+    int bumpSource = -1, controlChannel = 0;
+    bool controlComplement = false;
+    bool operator==(const LabelKey&) const = default;
+};
+
+Tstring makeLabel() {
+    const ViewerSession& session = viewerSession();
+    const Tstring label = viewLabel();
+    if (session.controlChannel == 0) return label;
+    const std::string letter(
+        1, (session.controlComplement ? "YMC" : "BGR")[session.controlChannel - 1]);
+    if (label.empty()) return formatMessage("s_VistelStrings.rVTControl2", {letter});
+    return formatMessage("s_VistelStrings.rVTControl", {label, letter});
+}
+
 }  // namespace
 
 TimeFields timeFields(int frame, int frameRate) {
@@ -78,21 +104,25 @@ TimeFields timeFields(int frame, int frameRate) {
     return fields;
 }
 
-std::string statusLine(int frame) {
+std::string_view statusLine(int frame) {
+    static std::array<char, 192> buffer;
     const TimeFields time = timeFields(frame, effectiveFrameRate());
-    return formatPrintf("%02d:%02d:%02d - %d %s%s %s%s %.2fFPS", time.minutes, time.seconds,
-                        time.frames, frame, viewerState.frameSkip ? "T" : "", directionMark(),
-                        sourceMark(), rangeText().c_str(), double{viewerSession().fps.shown()});
+    const int length = std::snprintf(
+        buffer.data(), buffer.size(), "%02d:%02d:%02d - %d %s%s %s%s %.2fFPS", time.minutes,
+        time.seconds, time.frames, frame, viewerState.frameSkip ? "T" : "", directionMark(),
+        sourceMark(), rangeText().data(), double{viewerSession().fps.shown()});
+    return {buffer.data(), std::min(static_cast<size_t>(length), buffer.size() - 1)};
 }
 
-std::string channelLabel() {
+std::string_view channelLabel() {
     const ViewerSession& session = viewerSession();
-    const Tstring label = viewLabel();
-    if (session.controlChannel == 0) return label;
-    const std::string letter(
-        1, (session.controlComplement ? "YMC" : "BGR")[session.controlChannel - 1]);
-    if (label.empty()) return formatMessage("s_VistelStrings.rVTControl2", {letter});
-    return formatMessage("s_VistelStrings.rVTControl", {label, letter});
+    static LabelKey key;
+    static Tstring label = makeLabel();
+    const LabelKey now{session.mode, session.bumpSource, session.controlChannel,
+                       session.controlComplement};
+    if (key != now) label = makeLabel();
+    key = now;
+    return label;
 }
 
 }  // namespace vistel

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 namespace vistel {
 
@@ -12,10 +13,11 @@ struct TimeFields {
 };
 TimeFields timeFields(int frame, int frameRate);
 
-// "00:00:05 - 6 F Mem 24.00FPS": the frame's number, the rest from the viewer's state.
-std::string statusLine(int frame);
+// "00:00:05 - 6 F Mem 24.00FPS": the frame's number, the rest from the viewer's state. Made anew
+// for every frame, in a buffer that lasts until the next call.
+std::string_view statusLine(int frame);
 
-// Name of the shown channel; empty for the plain picture.
-std::string channelLabel();
+// Name of the shown channel; empty for the plain picture. Lasts until the next call.
+std::string_view channelLabel();
 
 }  // namespace vistel

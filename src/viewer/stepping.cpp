@@ -16,6 +16,10 @@ bool pastRange(Direction direction, int64_t frame) {
                                            : frame < viewerState.playFirst;
 }
 
+int endOfRange(Direction direction) {
+    return direction == Direction::forward ? viewerState.playLast : viewerState.playFirst;
+}
+
 // The step itself; while playback is late and may skip, further ones up to the range's end.
 int64_t advance(const Step& step) {
     int64_t frame = viewerState.currentFrame;
@@ -48,17 +52,23 @@ int reflected(Direction direction, int64_t frame) {
     return static_cast<int>(forth > last ? first : forth);
 }
 
+// The frame on the other side of the range's end, where playing goes on.
+int wrapped(Direction direction, int64_t frame) {
+    if (viewerState.pingPong) return reflected(direction, frame);
+    return direction == Direction::forward ? viewerState.playFirst : lastReachableFrame();
+}
+
 // The frame to go on with beyond an end of the range.
 int beyondEnd(const Step& step, int64_t frame) {
     const bool forward = step.direction == Direction::forward;
     if (viewerState.playOnce) {
         viewerState.playOnce = 0;
         viewerState.playMode = PlayMode::stopped;
-        return forward ? viewerState.playLast : viewerState.playFirst;
+        return endOfRange(step.direction);
     }
-    if (!viewerState.pingPong) return forward ? viewerState.playFirst : lastReachableFrame();
-    if (playing()) viewerState.playMode = forward ? PlayMode::backward : PlayMode::forward;
-    return reflected(step.direction, frame);
+    if (viewerState.pingPong && playing())
+        viewerState.playMode = forward ? PlayMode::backward : PlayMode::forward;
+    return wrapped(step.direction, frame);
 }
 
 }  // namespace
@@ -68,10 +78,31 @@ int lastReachableFrame() {
     return static_cast<int>(first + span / stepSize() * stepSize());
 }
 
+std::vector<int> upcomingFrames(size_t count) {
+    std::vector<int> frames;
+    if (!playing()) return frames;
+    int64_t frame = viewerState.currentFrame;
+    auto direction =
+        viewerState.playMode == PlayMode::forward ? Direction::forward : Direction::backward;
+    while (frames.size() < count) {
+        frame += int64_t{stepSize()} * static_cast<int>(direction);
+        if (pastRange(direction, frame)) {
+            if (viewerState.playOnce) {
+                frames.push_back(endOfRange(direction));
+                break;
+            }
+            frame = wrapped(direction, frame);
+            if (viewerState.pingPong)
+                direction = static_cast<Direction>(-static_cast<int>(direction));
+        }
+        frames.push_back(static_cast<int>(frame));
+    }
+    return frames;
+}
+
 bool stepFrame(const Step& step) {
     if (!step.synthetic && step.toEnd) {
-        viewerState.currentFrame =
-            step.direction == Direction::forward ? viewerState.playLast : viewerState.playFirst;
+        viewerState.currentFrame = endOfRange(step.direction);
         playbackClock().reset();
         return true;
     }

@@ -2,6 +2,9 @@
 // skipping of frames that are late.
 #pragma once
 
+#include <cstddef>
+#include <vector>
+
 namespace vistel {
 
 enum class Direction { backward = -1, forward = 1 };
@@ -18,6 +21,10 @@ bool stepFrame(const Step& step);
 
 // Highest frame that steps from the range's start reach.
 int lastReachableFrame();
+
+// The next `count` frames of the playing that goes on, the one after the current frame first: round
+// and round, back and forth, or once up to the range's end. None when stopped.
+std::vector<int> upcomingFrames(size_t count);
 
 // Sets the start or the end of the play range to the current frame; on the frame that is the bound
 // already, the bound goes back to the sequence's own. Start and end are exchanged when they cross.

@@ -5,6 +5,7 @@
 #include "platform/window.h"
 #include "sequence/frame_loader.h"
 #include "viewer/display_setup.h"
+#include "viewer/draw_pass.h"
 #include "viewer/drawing.h"
 #include "viewer/frame_display.h"
 #include "viewer/load_animation.h"
@@ -28,9 +29,7 @@ void presentFirstFrame() {
 // A picture of the current source arrived: shows it, reads what belongs to it, runs the loop.
 int frameLoaded(FrameStore& frame) {
     releaseFrames();
-    viewerSession().layout.startZoom = viewerState.currentZoom;
-    FrameStore& kept = keepFrame(viewerState.currentFrame, std::move(frame));
-    setUpDisplay(kept, Refit::fitWindow);
+    beginDisplay(keepFrame(viewerState.currentFrame, std::move(frame)));
     presentFirstFrame();
     if (viewerState.animation) loadRemainingFrames();
     runViewerLoop();

@@ -6,10 +6,14 @@
 #include "app/viewer_state.h"
 #include "platform/clock.h"
 #include "platform/surface.h"
+#include "viewer/display_lut.h"
 #include "viewer/display_setup.h"
+#include "viewer/draw_pass.h"
 #include "viewer/drawing.h"
 #include "viewer/key_table.h"
-#include "viewer/status_line.h"
+#include "viewer/paint_commands.h"
+#include "viewer/pan_commands.h"
+#include "viewer/picture_view.h"
 #include "viewer/viewer_session.h"
 #include "viewer/window_layer.h"
 
@@ -17,92 +21,7 @@ namespace vistel {
 
 namespace {
 
-constexpr uint32_t bandColour = 0xFF202020;  // packed; dark grey
 constexpr int restMilliseconds = 100;
-
-// --- drawing a pass -----------------------------------------------------------------------------
-
-// A frame of another size than the one before is centred on the same place.
-void followPictureSize() {
-    ViewerSession& session = viewerSession();
-    PictureLayout& layout = session.layout;
-    const FrameStore& frame = *session.shown;
-    if (frame.width == layout.width && frame.height == layout.height) return;
-    if (!viewerState.halfHeight) {
-        layout.marginX += (layout.width - frame.width) * layout.zoom / 2;
-        layout.marginY += (layout.height - frame.height) * layout.zoom / 2;
-    }
-    layout.width = frame.width;
-    layout.height = frame.height;
-    layout.clearWanted = true;
-}
-
-void measureVisibleArea(int width, int height) {
-    PictureLayout& layout = viewerSession().layout;
-    layout.visibleWidth = width - 2 * layout.marginX;
-    layout.visibleHeight = height - 2 * layout.marginY;
-}
-
-void drawMargins() {
-    PictureLayout& layout = viewerSession().layout;
-    if (!layout.marginX && !layout.marginY) return;
-    if (!windowContext().doubleBuffer && !layout.clearWanted) return;
-    setColourPacked(bandColour);
-    clearDrawing();
-    layout.clearWanted = false;
-}
-
-float clampedPan(float pan, int size, int visible, int zoom) {
-    return std::max(0.0f, std::min(pan, size - float(visible + 1) / zoom));
-}
-
-void drawPicture(int width, int height) {
-    const ViewerSession& session = viewerSession();
-    PictureLayout& layout = viewerSession().layout;
-    layout.panX = clampedPan(layout.panX, layout.width, layout.visibleWidth, layout.zoom);
-    layout.panY = clampedPan(layout.panY, layout.height, layout.visibleHeight, layout.zoom);
-    const int column = static_cast<int>(layout.panX), row = static_cast<int>(layout.panY);
-    const auto needed = [&](int visible) { return (visible + layout.zoom - 1) / layout.zoom; };
-    const platform::PixelSource source{session.displayed,
-                                       layout.width,
-                                       column,
-                                       row,
-                                       std::min(layout.width - column, needed(layout.visibleWidth)),
-                                       std::min(layout.height - row, needed(layout.visibleHeight))};
-    platform::setScissor(layout.marginX, layout.marginY, layout.visibleWidth, layout.visibleHeight);
-    platform::drawPixels(layout.marginX, layout.marginY, source, layout.zoom);
-    platform::setScissor(0, 0, width, height);
-}
-
-void drawCentred(const std::string& text, int width, int y) {
-    setColourIndex(1);
-    drawText((width - textWidth(text)) / 2, y, text);
-}
-
-void drawBand(int width, int firstRow, int lastRow) {
-    setColourPacked(bandColour);
-    fillRectangle(0, firstRow, width - 1, lastRow);
-}
-
-void drawLabel(int width, int height) {
-    const std::string label = channelLabel();
-    if (label.empty() || !viewerSession().layout.marginY) return;
-    if (viewerState.animation) {
-        drawBand(width, 0, 15);
-        return drawCentred(label, width, 5);
-    }
-    drawBand(width, height - 17, height - 1);
-    drawCentred(label, width, height - (viewerState.controlBarShown ? 40 : 15));
-}
-
-void drawStatusLine(int width, int height) {
-    if (!viewerState.animation) return;
-    if (viewerSession().layout.marginY) {
-        drawBand(width, height - (viewerState.controlBarShown ? 39 : 17), height - 1);
-    }
-    drawCentred(statusLine(viewerSession().statusFrame), width,
-                height - (viewerState.controlBarShown ? 37 : 15));
-}
 
 // --- one pass -----------------------------------------------------------------------------------
 
@@ -143,38 +62,57 @@ int queuedEvents() {
     return windowContext().queue.count();
 }
 
-bool leaveFullScreen() {
-    if (!viewerState.fullScreen) return false;
-    viewerState.fullScreen = 0;
-    setUpDisplay(*viewerSession().shown, Refit::fitWindow);
-    return true;
-}
-
-bool keyReleased(const KeyPress& press) {
-    ViewerSession& session = viewerSession();
+// A key without a meaning of its own takes the message band away when it is released.
+bool otherReleased(const KeyPress& press) {
     const bool button = press.code <= EV_MIDDLEMOUSE;
-    if (press.code == keyEscape && !std::exchange(session.escapeTaken, false) &&
-        leaveFullScreen()) {
-        return true;
-    }
-    if (!button && std::exchange(session.bandShown, false)) restoreFrontImage();
+    if (!button && std::exchange(viewerSession().bandShown, false)) restoreFrontImage();
     return false;
 }
 
-// A release that went to another window is seen here.
+// What lies between this move of the mouse and a later one that is queued already is left out.
+bool laterMoveQueued() {
+    return windowContext().queue.any(
+        [](const InputEvent& event) { return event.code == EV_MOUSEY; });
+}
+
+// A move comes as two events, the column first.
+bool mouseMoved(const KeyPress& press) {
+    ViewerSession& session = viewerSession();
+    // Left of the window or below it, while a button holds the mouse, a place is negative.
+    const auto place = static_cast<int16_t>(press.value);
+    (press.code == EV_MOUSEX ? session.cursorX : session.cursorY) = place;
+    if (press.code == EV_MOUSEX || !session.shown) return false;
+    if (session.painting.active) return paint(press);
+    if (laterMoveQueued()) return false;
+    if (session.dragging.scrub) return scrub();
+    return session.dragging.pan && dragPicture(press);
+}
+
+// A release that went to another window is seen here. Where the key's own event is still queued,
+// the keys before it were typed with the modifier as it is.
 void refreshModifiers() {
     for (int32_t code = keyLeftShift; code <= keyRightAlt; ++code) {
+        const auto changes = [&](const InputEvent& event) { return event.code == code; };
+        if (windowContext().queue.any(changes)) continue;
         viewerSession().modifiers.update({code, static_cast<uint16_t>(deviceValue(code) != 0)});
     }
 }
 
 // Acts on an event. True when the picture must be drawn again.
 bool dispatch(const KeyPress& press) {
+    switch (press.code) {
+        case EV_REDRAW:
+            return true;
+        case EV_TIMER:
+            refreshModifiers();
+            return false;
+        case EV_MOUSEX:
+        case EV_MOUSEY:
+            return mouseMoved(press);
+    }
     viewerSession().modifiers.update({press.code, press.value});
-    if (press.code == EV_TIMER) refreshModifiers();
-    if (press.code == EV_REDRAW) return true;
-    if (press.code == EV_MOUSEX || press.code == EV_MOUSEY || press.code == EV_TIMER) return false;
-    return press.value ? runKey(press) : keyReleased(press);
+    if (!press.value && !findBinding(press)) return otherReleased(press);
+    return runKey(press);
 }
 
 bool timeLimitOver() {
@@ -225,6 +163,8 @@ void startLoop() {
     viewerState.playMode = viewerState.animation ? PlayMode::forward : PlayMode::stopped;
     viewerState.paused = 0;
     viewerState.playOnce = 0;
+    session.dragging = {};
+    session.painting.active = false;
     setViewerTitle(windowTitle());
     session.startTick = platform::tickMilliseconds();
     playbackClock().reset();
@@ -233,25 +173,12 @@ void startLoop() {
 
 void cleanUp() {
     releaseFrames();
+    if (!viewerState.sequenceMode) resetDisplayLut();  // there it stays from file to file
     if (platform::surfaceExists()) platform::setScissorTest(false);
     if (windowContext().quit) viewerState.quitRequested = 1;
 }
 
 }  // namespace
-
-void drawPass() {
-    if (!viewerSession().shown || !platform::surfaceExists()) return;
-    int width, height;
-    clientSize(width, height);
-    platform::setScissorTest(true);
-    platform::setScissor(0, 0, width, height);
-    followPictureSize();
-    measureVisibleArea(width, height);
-    drawMargins();
-    drawPicture(width, height);
-    drawLabel(width, height);
-    drawStatusLine(width, height);
-}
 
 void runViewerLoop() {
     Ended ended = windowContext().quit ? Ended::byUser : Ended::no;

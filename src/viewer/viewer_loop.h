@@ -7,8 +7,4 @@ namespace vistel {
 // limit is over (nothing is freed). The first frame must be on display.
 void runViewerLoop();
 
-// Draws picture, label and status line of the current frame, without presenting them. Repeatable:
-// it depends on the state only.
-void drawPass();
-
 }  // namespace vistel

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "app/viewer_state.h"
+#include "viewer/picture_view.h"
 #include "viewer/window_layer.h"
 
 namespace vistel {
@@ -41,10 +42,10 @@ void releaseFrames() {
     windowContext().drawPass = nullptr;
     windowContext().savedImageValid = false;
     session.shown = nullptr;
-    session.displayed = nullptr;
+    session.ahead.reset();
     session.slots.clear();
     session.loose.clear();
-    session.channelView = {};
+    releaseViews();
 }
 
 void clearViewerSession() {

@@ -3,9 +3,12 @@
 #pragma once
 
 #include <cstdint>
-#include <vector>
+#include <memory>
 
+#include "analysis/plane_views.h"
+#include "app/viewer_state.h"
 #include "platform/input_event.h"
+#include "sequence/frame_loader.h"
 #include "viewer/frame_slots.h"
 #include "viewer/playback_clock.h"
 
@@ -41,27 +44,53 @@ struct Modifiers {
 
 // The picture's place in the window.
 struct PictureLayout {
-    int width = 0, height = 0;  // of the shown frame, image pixels
-    int zoom = 1;               // window pixels per image pixel
-    int startZoom = 1;
+    int width = 0, height = 0;     // of the shown frame, image pixels
+    int zoom = 1;                  // window pixels per image pixel
+    int startZoom = 1;             // the zoom given at start: margins and window are made for it
     int marginX = 0, marginY = 0;  // window pixels between the window's edge and the picture
     int visibleWidth = 0, visibleHeight = 0;  // window pixels
     float panX = 0, panY = 0;  // image column and row at the picture's lower-left corner
     bool clearWanted = true;   // the margins must be painted
 };
 
+constexpr float startReliefDepth = -0.1f;
+
+// Painting with the right button.
+struct Painting {
+    bool active = false;
+    int column = 0, row = 0;  // image pixel painted last
+    bool lines = true;        // successive points are joined
+};
+
+// Dragging with the left button: the picture, or the position in the animation.
+struct Dragging {
+    bool pan = false, scrub = false;
+    int cursorX = 0, cursorY = 0;  // at the last pan, or where the scrub began; client pixels
+    int frame = 0;                 // where the scrub began
+    PlayMode playMode = PlayMode::stopped;  // before it
+};
+
 struct ViewerSession {
-    FrameSlots slots;                     // used while viewerState.kmem > 0
-    FrameStore loose;                     // the frame on screen otherwise
-    FrameStore* shown = nullptr;          // the frame on screen
-    const uint32_t* displayed = nullptr;  // what is drawn of it: its colour plane or `channelView`
-    std::vector<uint32_t> channelView;    // grey view, made when a mode needs one
-    ChannelMode mode = ChannelMode::all;
-    int bumpSource = -1;             // channel mode that the relief views are made from; -1 none
-    int controlChannel = 0;          // 1 blue, 2 green, 3 red; 0 none
-    bool controlComplement = false;  // the control channel was chosen with Shift
+    FrameSlots slots;                       // used while viewerState.kmem > 0
+    FrameStore loose;                       // the frame on screen otherwise
+    std::unique_ptr<FramesAhead> ahead;     // while frames are played from their files
+    FrameStore* shown = nullptr;            // the frame on screen
+    ChannelMode mode = ChannelMode::all;    // what is shown of it
+    ChannelMode chosen = ChannelMode::all;  // by key, for each frame that has it
+    ZScale zScale = ZScale::wholeRange;
+    int bumpSource = -1;  // channel mode that the relief views are made from; -1 none
+    ChannelMode chosenSource = ChannelMode::all;  // the same by key, for frames that have it
+    bool reliefInverted = false;
+    float reliefDepth = startReliefDepth;  // slope of the relief; negative: lit from the other side
+    int reliefAmount = 0;                  // 0 grey to 256: how much of the colours a relief has
+    bool profiles = false;                 // profile lines over a relief
+    int controlChannel = 0;                // 1 blue, 2 green, 3 red; 0 none
+    bool controlComplement = false;        // the control channel was chosen with Shift
+    Painting painting;
+    Dragging dragging;
     PictureLayout layout;
     Modifiers modifiers;
+    int cursorX = 0, cursorY = 0;  // last seen, client pixels from the lower left
     FpsMeter fps;
     SourceMark mark = SourceMark::memory;
     bool jumpToEnds = false;     // the next step goes to the range's start or end

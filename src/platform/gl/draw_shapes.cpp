@@ -1,4 +1,4 @@
-// Rectangles, lines and text in the current colour.
+// Rectangles and lines in the current colour.
 #include <algorithm>
 #include <cstdlib>
 
@@ -39,26 +39,6 @@ void drawLine(int x0, int y0, int x1, int y1) {
                    static_cast<GLint>(y0 + up * i / steps));
     }
     glEnd();
-}
-
-void drawCoverage(int x, int y, const TextCoverage& coverage) {
-    const int width = coverage.width, height = coverage.height;
-    if (width <= 0 || height <= 0) return;
-    DrawingState& state = drawingState();
-    if (!bindTexture(state.text, width, height, GL_ALPHA8)) return;
-    glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
-    // Coverage has its first row at the top.
-    for (int row = 0; row < height; ++row) {
-        glTexSubImage2D(GL_TEXTURE_2D, 0, 0, height - 1 - row, width, 1, GL_ALPHA, GL_UNSIGNED_BYTE,
-                        coverage.rows.data() + static_cast<size_t>(row) * width);
-    }
-    glPixelStorei(GL_UNPACK_ALIGNMENT, 4);
-    glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);
-    glEnable(GL_BLEND);
-    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
-    const int bottom = y - coverage.descent;
-    drawTexture(state.text, {x, bottom, x + width, bottom + height}, width, height);
-    glDisable(GL_BLEND);
 }
 
 }  // namespace vistel::platform

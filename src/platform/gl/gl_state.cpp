@@ -26,6 +26,7 @@ void resetPixelPipeline(bool newContext) {
     if (newContext) {
         glDisable(GL_DITHER);
         state.picture = state.text = state.kept = GrowingTexture{};
+        state.glyphs = GlyphAtlas{};
         glGetIntegerv(GL_MAX_TEXTURE_SIZE, &state.largestTexture);
         GLint view[4] = {};
         glGetIntegerv(GL_VIEWPORT, view);
@@ -56,10 +57,12 @@ void resetPixelPipeline(bool newContext) {
 
 void releaseDrawingObjects() {
     DrawingState& state = drawingState();
-    for (GrowingTexture* texture : {&state.picture, &state.text, &state.kept}) {
+    for (GrowingTexture* texture :
+         {&state.picture, &state.text, &state.kept, &state.glyphs.texture}) {
         if (texture->name != 0) glDeleteTextures(1, &texture->name);
         *texture = GrowingTexture{};
     }
+    state.glyphs = GlyphAtlas{};
 }
 
 bool bindTexture(GrowingTexture& texture, int width, int height, GLint internalFormat) {
@@ -91,10 +94,13 @@ bool bindTexture(GrowingTexture& texture, int width, int height, GLint internalF
     return true;
 }
 
-void drawTexture(const GrowingTexture& texture, const PixelBox& box, int sourceWidth,
-                 int sourceHeight) {
-    const float s = static_cast<float>(sourceWidth) / static_cast<float>(texture.width);
-    const float t = static_cast<float>(sourceHeight) / static_cast<float>(texture.height);
+void drawTexturePart(const GrowingTexture& texture, const PixelBox& texels, const PixelBox& box) {
+    const auto across = [&](int texel) {
+        return static_cast<float>(texel) / static_cast<float>(texture.width);
+    };
+    const auto up = [&](int texel) {
+        return static_cast<float>(texel) / static_cast<float>(texture.height);
+    };
     // Pixels have their centres at whole coordinates, so their edges lie half a unit off.
     const float left = static_cast<float>(box.left) - 0.5F;
     const float right = static_cast<float>(box.right) - 0.5F;
@@ -102,16 +108,21 @@ void drawTexture(const GrowingTexture& texture, const PixelBox& box, int sourceW
     const float top = static_cast<float>(box.top) - 0.5F;
     glEnable(GL_TEXTURE_2D);
     glBegin(GL_QUADS);
-    glTexCoord2f(0, 0);
+    glTexCoord2f(across(texels.left), up(texels.bottom));
     glVertex2f(left, bottom);
-    glTexCoord2f(s, 0);
+    glTexCoord2f(across(texels.right), up(texels.bottom));
     glVertex2f(right, bottom);
-    glTexCoord2f(s, t);
+    glTexCoord2f(across(texels.right), up(texels.top));
     glVertex2f(right, top);
-    glTexCoord2f(0, t);
+    glTexCoord2f(across(texels.left), up(texels.top));
     glVertex2f(left, top);
     glEnd();
     glDisable(GL_TEXTURE_2D);
+}
+
+void drawTexture(const GrowingTexture& texture, const PixelBox& box, int sourceWidth,
+                 int sourceHeight) {
+    drawTexturePart(texture, {0, 0, sourceWidth, sourceHeight}, box);
 }
 
 }  // namespace vistel::platform

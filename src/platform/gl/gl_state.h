@@ -21,6 +21,21 @@ struct PixelBox {
     bool empty() const { return left >= right || bottom >= top; }
 };
 
+constexpr int plainCharacters = 128;
+
+// Where a plain character lies in the glyph texture.
+struct GlyphCell {
+    bool known = false;
+    int width = 0, height = 0, descent = 0;
+};
+
+// The plain characters of the font that was drawn with last.
+struct GlyphAtlas {
+    GrowingTexture texture;
+    FontHandle* font = nullptr;
+    GlyphCell cells[plainCharacters];
+};
+
 struct DrawingState {
     bool doubleBuffered = true;
     bool scissorTest = false;
@@ -29,6 +44,7 @@ struct DrawingState {
     GLubyte colour[4] = {255, 255, 255, 255};
     int largestTexture = 0;
     GrowingTexture picture, text, kept;
+    GlyphAtlas glyphs;
 };
 
 DrawingState& drawingState();
@@ -40,7 +56,9 @@ PixelBox visibleBox();
 // OpenGL takes no texture of that size; then nothing is bound.
 bool bindTexture(GrowingTexture& texture, int width, int height, GLint internalFormat);
 
-// Draws the lower-left sourceWidth x sourceHeight texels of the bound texture over the box.
+// Draws a part of the bound texture over the box.
+void drawTexturePart(const GrowingTexture& texture, const PixelBox& texels, const PixelBox& box);
+// The same for its lower-left sourceWidth x sourceHeight texels.
 void drawTexture(const GrowingTexture& texture, const PixelBox& box, int sourceWidth,
                  int sourceHeight);
 

@@ -48,6 +48,8 @@ void setDoubleBuffered(bool on) {
     glDrawBuffer(GL_BACK);
 }
 
+void setDithering(bool on) { on ? glEnable(GL_DITHER) : glDisable(GL_DITHER); }
+
 void flushSurface() {
     glFlush();
     if (drawingState().doubleBuffered) return;

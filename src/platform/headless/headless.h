@@ -53,6 +53,8 @@ struct DrawnText {
     int x = 0, y = 0;
 };
 const std::vector<DrawnText>& visibleTexts();
+bool dithering();
+bool doubleBuffered();
 
 // Makes the next openWindow fail.
 void refuseWindow();

@@ -1,6 +1,7 @@
 #include "platform/surface.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "platform/headless/headless.h"
 #include "platform/headless/surface_memory.h"
@@ -16,15 +17,41 @@ struct Box {
     int x0 = 0, y0 = 0, x1 = 0, y1 = 0;
 };
 
+// Texts in the order in which they were drawn. What is cleared keeps its memory, so that drawing
+// the same texts again allocates nothing.
+class TextRecord {
+ public:
+    void add(std::string_view text, int x, int y) {
+        headless::DrawnText drawn;
+        if (!spare_.empty()) {
+            drawn = std::move(spare_.back());
+            spare_.pop_back();
+        }
+        drawn.text.assign(text);
+        drawn.x = x;
+        drawn.y = y;
+        texts_.push_back(std::move(drawn));
+    }
+    void clear() {
+        for (headless::DrawnText& drawn : texts_) spare_.push_back(std::move(drawn));
+        texts_.clear();
+    }
+    const std::vector<headless::DrawnText>& texts() const { return texts_; }
+
+ private:
+    std::vector<headless::DrawnText> texts_, spare_;
+};
+
 struct MemorySurface {
     bool exists = false;
     bool doubleBuffered = true;
+    bool dithering = false;
     bool scissorTest = false;
     Box scissor;
     uint32_t colour = 0xFF000000;
     headless::Image drawn, visible;
     int presents = 0;
-    std::vector<headless::DrawnText> drawnTexts, visibleTexts;
+    TextRecord drawnTexts, visibleTexts;
 };
 MemorySurface surface;
 
@@ -47,12 +74,12 @@ void fill(Box box) {
 
 void present() {
     surface.visible = surface.drawn;
-    surface.visibleTexts = std::move(surface.drawnTexts);
+    std::swap(surface.visibleTexts, surface.drawnTexts);
     surface.drawnTexts.clear();
     ++surface.presents;
 }
 
-std::string lastRendered;  // the text whose coverage was made last
+constexpr int textRows = 8;
 
 }  // namespace
 
@@ -63,11 +90,15 @@ void memorySurfaceResize(int width, int height) {
     surface.visible = surface.drawn;
 }
 
-bool createSurface() { return surface.exists = true; }
+bool createSurface() {
+    if (!surface.exists) surface.dithering = false;
+    return surface.exists = true;
+}
 void destroySurface() { surface.exists = false; }
 bool surfaceExists() { return surface.exists; }
 int screenColourBits() { return 24; }
 void setDoubleBuffered(bool on) { surface.doubleBuffered = on; }
+void setDithering(bool on) { surface.dithering = on; }
 void setViewport(int, int) {}
 void setProjection(int, int) {}
 void setScissorTest(bool on) { surface.scissorTest = on; }
@@ -83,7 +114,8 @@ void drawPixels(int x, int y, const PixelSource& source, int zoom) {
     const uint32_t before = surface.colour;
     for (int r = 0; r < source.height; ++r) {
         for (int c = 0; c < source.width; ++c) {
-            surface.colour = source.pixels[size_t(source.row + r) * source.rowLength + source.column + c];
+            surface.colour =
+                source.pixels[size_t(source.row + r) * source.rowLength + source.column + c];
             fill({x + c * zoom, y + r * zoom, x + (c + 1) * zoom, y + (r + 1) * zoom});
         }
     }
@@ -100,9 +132,10 @@ void drawLine(int x0, int y0, int x1, int y1) {
     }
 }
 
-void drawCoverage(int x, int y, const TextCoverage& coverage) {
-    surface.drawnTexts.push_back({lastRendered, x, y});
-    fill({x, y, x + coverage.width, y + coverage.height - coverage.descent});
+// Every character is a block.
+void drawText(FontHandle* font, int x, int y, std::string_view text) {
+    surface.drawnTexts.add(text, x, y);
+    fill({x, y, x + textWidth(font, surface.drawnTexts.texts().back().text), y + textRows});
 }
 
 void readPixels(int x, int y, int width, int height, uint32_t* pixels) {
@@ -122,8 +155,7 @@ FontHandle* createFont(const FontRequest&) {
 }
 int textWidth(FontHandle*, const std::string& text) { return static_cast<int>(text.size()) * 6; }
 TextCoverage renderText(FontHandle* font, const std::string& text) {
-    lastRendered = text;
-    TextCoverage coverage{textWidth(font, text), 8, 0, {}};
+    TextCoverage coverage{textWidth(font, text), textRows, 0, {}};
     coverage.rows.assign(size_t(coverage.width) * coverage.height, 255);
     return coverage;
 }
@@ -132,7 +164,9 @@ namespace headless {
 
 const Image& visibleImage() { return surface.visible; }
 int presents() { return surface.presents; }
-const std::vector<DrawnText>& visibleTexts() { return surface.visibleTexts; }
+const std::vector<DrawnText>& visibleTexts() { return surface.visibleTexts.texts(); }
+bool dithering() { return surface.dithering; }
+bool doubleBuffered() { return surface.doubleBuffered; }
 
 }  // namespace headless
 

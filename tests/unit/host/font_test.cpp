@@ -37,7 +37,8 @@ TEST(ViewerFont, MeasuresAndRendersText) {
     const Font& font = viewerFont();
     EXPECT_EQ(font.width(""), 0);
     EXPECT_GT(font.width("Luminance"), 0);
-    EXPECT_GT(font.coverage("Red").width, 0);
+    EXPECT_EQ(font.width("Red"), font.width("R") + font.width("e") + font.width("d"));
+    EXPECT_GT(font.width("caf\xC3\xA9"), font.width("caf"));
     EXPECT_EQ(&viewerFont(), &font);
 }
 

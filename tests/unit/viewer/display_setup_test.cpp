@@ -1,5 +1,6 @@
 #include "viewer/display_setup.h"
 
+#include "viewer/picture_view.h"
 #include "viewer_fixture.h"
 
 namespace vistel {
@@ -35,7 +36,7 @@ TEST_F(DisplaySetupTest, MarginsOfEachCase) {
         viewerState.fullScreen = row.fullScreen;
         viewerState.halfHeight = row.halfHeight;
         PictureLayout& layout = viewerSession().layout;
-        layout.zoom = row.zoom;
+        layout.startZoom = row.zoom;
         computeMargins(row.width, row.height);
         EXPECT_EQ(layout.marginX, row.marginX) << row.name;
         EXPECT_EQ(layout.marginY, row.marginY) << row.name;
@@ -75,7 +76,7 @@ TEST_F(DisplaySetupTest, ChoosesTheBufferByWhatTheFrameHas) {
     matte.header.flags = imageBlack | imageMask;
     setUpDisplay(matte, Refit::fitWindow);
     EXPECT_EQ(viewerSession().mode, ChannelMode::matte);
-    EXPECT_EQ(viewerSession().displayed[0], 0xFFFFFFFFu);
+    EXPECT_EQ(displayedPixels()[0], 0xFFFFFFFFu);
 
     FrameStore depth;
     depth.width = depth.height = 2;
@@ -83,13 +84,13 @@ TEST_F(DisplaySetupTest, ChoosesTheBufferByWhatTheFrameHas) {
     depth.z.data()[3] = 1.0f;
     setUpDisplay(depth, Refit::fitWindow);
     EXPECT_EQ(viewerSession().mode, ChannelMode::zBuffer);
-    EXPECT_EQ(viewerSession().displayed[0], 0xFFFFFFFFu);  // nearest is white
-    EXPECT_EQ(viewerSession().displayed[3], 0xFF000000u);
+    EXPECT_EQ(displayedPixels()[0], 0xFFFFFFFFu);  // nearest is white
+    EXPECT_EQ(displayedPixels()[3], 0xFF000000u);
 
     FrameStore colour = testFrame(1, 4, 4);
     setUpDisplay(colour, Refit::fitWindow);
     EXPECT_EQ(viewerSession().mode, ChannelMode::all);
-    EXPECT_EQ(viewerSession().displayed, colour.colour.data());
+    EXPECT_EQ(displayedPixels(), colour.colour.data());
 }
 
 TEST_F(DisplaySetupTest, AWindowThatCannotBeOpenedEndsTheProgramWithOne) {

@@ -12,10 +12,12 @@ TEST_F(KeyTableTest, TheManualListsTheKeysAsTheyAre) {
         "# Keys\n\nGenerated from the program's own table (`src/viewer/key_table.cpp`).\n\n"
         "| Key | Action |\n|---|---|\n";
     for (const KeyBinding& binding : keyBindings()) {
-        page += std::string("| ") + binding.keys + " | " + binding.help;
+        page += std::string("| ") + binding.keys;
+        page += binding.edge == Edge::release ? " released | " : " | ";
+        page += binding.help;
         page += binding.when == When::animation ? " (animations) |\n" : " |\n";
     }
-    page += "| Escape | Leave full screen; while frames are loaded: stop loading. |\n";
+    page += "| Escape | While frames are loaded: stop loading. |\n";
     expectGolden(page, VISTEL_SOURCE_DIR "/docs/keys.md");
 }
 
@@ -74,6 +76,85 @@ TEST_F(KeyTableTest, RateKeysKeepTheRateBetween1And300) {
     control.leftControl = true;
     runKey({.code = keyPadSubtract, .modifiers = control});
     EXPECT_EQ(viewerState.frameRate, 24);
+}
+
+TEST_F(KeyTableTest, SpaceAndTResetTheClock) {
+    showAnimation(1, 9);
+    viewerState.playMode = PlayMode::forward;
+    playbackClock().step(5);
+    EXPECT_TRUE(key(keySpace));
+    EXPECT_EQ(viewerState.paused, 1);
+    EXPECT_EQ(playbackClock().framesDue(), 0);
+    playbackClock().step(5);
+    EXPECT_TRUE(key(keySpace));
+    EXPECT_EQ(viewerState.paused, 0);
+    EXPECT_EQ(playbackClock().framesDue(), 0);
+    EXPECT_EQ(viewerState.playMode, PlayMode::forward);
+    playbackClock().step(5);
+    EXPECT_TRUE(key('T'));
+    EXPECT_EQ(viewerState.frameSkip, 1);
+    EXPECT_EQ(playbackClock().framesDue(), 0);
+    key('T');
+    EXPECT_EQ(viewerState.frameSkip, 0);
+}
+
+TEST_F(KeyTableTest, STogglesPingPong) {
+    showAnimation(1, 9);
+    EXPECT_TRUE(key('S'));
+    EXPECT_EQ(viewerState.pingPong, 1);
+    EXPECT_TRUE(key('S'));
+    EXPECT_EQ(viewerState.pingPong, 0);
+}
+
+TEST_F(KeyTableTest, ArrowsStepWhileStoppedAndJumpWithControl) {
+    struct Row {
+        PlayMode mode;
+        int code;
+        unsigned held;
+        int expected;
+        bool changed;
+    };
+    const Row rows[] = {
+        {PlayMode::stopped, keyLeftArrow, none, 4, true},
+        {PlayMode::stopped, keyRightArrow, none, 6, true},
+        {PlayMode::stopped, keyLeftArrow, shift | alt, 4, true},
+        {PlayMode::stopped, keyLeftArrow, control, 2, true},
+        {PlayMode::stopped, keyRightArrow, control, 8, true},
+        {PlayMode::forward, keyRightArrow, none, 5, false},
+        {PlayMode::forward, keyLeftArrow, none, 5, false},
+        {PlayMode::forward, keyLeftArrow, control, 2, true},
+    };
+    for (const Row& row : rows) {
+        showAnimation(1, 9);
+        viewerState.playFirst = 2;
+        viewerState.playLast = 8;
+        viewerState.currentFrame = 5;
+        viewerState.playMode = row.mode;
+        EXPECT_EQ(key(row.code, row.held), row.changed);
+        EXPECT_EQ(viewerState.currentFrame, row.expected);
+    }
+}
+
+TEST_F(KeyTableTest, AStepOfPlaybackIsNoJumpEvenWhileControlIsHeld) {
+    showAnimation(1, 9);
+    viewerState.currentFrame = 5;
+    viewerState.playMode = PlayMode::forward;
+    const KeyPress step{
+        .code = keyRightArrow, .synthetic = true, .modifiers = modifiersOf(control)};
+    EXPECT_TRUE(runKey(step));
+    EXPECT_EQ(viewerState.currentFrame, 6);
+}
+
+TEST_F(KeyTableTest, PlayKeysGoOnFromWherePlayingIs) {
+    showAnimation(1, 9);
+    viewerState.currentFrame = 5;
+    viewerState.paused = 1;
+    playbackClock().step(5);
+    EXPECT_TRUE(key(characterKey(',')));
+    EXPECT_EQ(viewerState.playMode, PlayMode::backward);
+    EXPECT_EQ(viewerState.currentFrame, 5);
+    EXPECT_EQ(viewerState.paused, 0);
+    EXPECT_EQ(playbackClock().framesDue(), 0);
 }
 
 }  // namespace vistel

@@ -3,18 +3,30 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <string>
 #include <utility>
 
 #include "app/viewer_state.h"
 #include "platform/headless/headless.h"
+#include "viewer/display_lut.h"
 #include "viewer/display_setup.h"
+#include "viewer/draw_pass.h"
+#include "viewer/drawing.h"
 #include "viewer/frame_display.h"
+#include "viewer/key_table.h"
 #include "viewer/playback_clock.h"
+#include "viewer/tool_commands.h"
 #include "viewer/viewer_loop.h"
 #include "viewer/viewer_session.h"
 #include "viewer/window_layer.h"
 
 namespace vistel {
+
+// What testFrame gives, in the way of a stored pixel.
+inline uint32_t testPixel(int number, int column, int row) {
+    return 0xFF000000u | uint32_t(number & 255) << 16 | uint32_t(row & 255) << 8 | (column & 255);
+}
 
 // A frame whose pixels tell where they are: red = column, green = row, blue = frame number.
 inline FrameStore testFrame(int number, int width, int height) {
@@ -25,11 +37,42 @@ inline FrameStore testFrame(int number, int width, int height) {
     EXPECT_TRUE(frame.colour.allocate(width, height) && frame.colour.complete());
     for (int y = 0; y < height; ++y) {
         for (int x = 0; x < width; ++x) {
-            frame.colour.row(y)[x] =
-                0xFF000000u | uint32_t(number & 255) << 16 | uint32_t(y & 255) << 8 | (x & 255);
+            frame.colour.row(y)[x] = testPixel(number, x, y);
         }
     }
     return frame;
+}
+
+// A frame with colours, mask and depth that differ from pixel to pixel and from number to number.
+inline FrameStore planesFrame(int number, int width, int height,
+                              uint32_t flags = imageColour | imageMask | imageZ) {
+    FrameStore frame;
+    frame.header.width = frame.width = width;
+    frame.header.height = frame.height = height;
+    frame.header.flags = flags;
+    uint32_t noise = 12345u + uint32_t(number) * 7919;
+    const auto next = [&] { return noise = noise * 1664525u + 1013904223u; };
+    if (!(flags & imageBlack) || flags & imageMask) {
+        EXPECT_TRUE(frame.colour.allocate(width, height) && frame.colour.complete());
+        for (int i = 0; i < width * height; ++i)
+            frame.colour.data()[i] = (next() >> 16) | (next() >> 16) << 16;
+    }
+    if (flags & imageZ) {
+        EXPECT_TRUE(frame.z.allocate(width, height) && frame.z.complete());
+        for (int i = 0; i < width * height; ++i) frame.z.data()[i] = float(next() >> 16) / 16;
+    }
+    return frame;
+}
+
+// Keys that are held.
+enum Held : unsigned { none = 0, shift = 1, control = 2, alt = 4 };
+
+inline Modifiers modifiersOf(unsigned held, bool right = false) {
+    Modifiers modifiers;
+    (right ? modifiers.rightShift : modifiers.leftShift) = held & shift;
+    (right ? modifiers.rightControl : modifiers.leftControl) = held & control;
+    (right ? modifiers.rightAlt : modifiers.leftAlt) = held & alt;
+    return modifiers;
 }
 
 class ViewerTest : public testing::Test {
@@ -39,6 +82,9 @@ class ViewerTest : public testing::Test {
         viewerState = ViewerState{};
         viewerState.fileName = "shot";
         viewerSession() = ViewerSession{};
+        viewerTools = ViewerTools{};
+        releaseFrames();
+        startDisplayLut();
         windowContext().~WindowContext();
         new (&windowContext()) WindowContext{};
     }
@@ -52,7 +98,57 @@ class ViewerTest : public testing::Test {
         for (int frame = first; frame <= last; frame += step) {
             keepFrame(frame, testFrame(frame, width, height));
         }
-        setUpDisplay(*viewerSession().slots.find(first), Refit::fitWindow);
+        beginDisplay(*viewerSession().slots.find(first));
+    }
+
+    // A single image on display.
+    void showImage(FrameStore&& frame) {
+        viewerState.firstFrame = viewerState.playFirst = viewerState.currentFrame = 1;
+        viewerState.lastFrame = viewerState.playLast = viewerState.frameStep = 1;
+        beginDisplay(keepFrame(1, std::move(frame)));
+        windowContext().drawPass = drawPass;
+        redraw();
+    }
+
+    // The command of a pressed key. Whether the picture is to be drawn again.
+    static bool key(int32_t code, unsigned held = none) {
+        return runKey({.code = code, .modifiers = modifiersOf(held)});
+    }
+    static bool released(int32_t code, unsigned held = none) {
+        return runKey({.code = code, .value = 0, .modifiers = modifiersOf(held)});
+    }
+
+    static const platform::headless::Image& redraw() {
+        drawPass();
+        swapDrawing();
+        return platform::headless::visibleImage();
+    }
+
+    // Draws the picture and compares each of its window pixels with the colour (24 bits, red
+    // lowest) of the image pixel that it shows.
+    static void expectPicture(const std::function<uint32_t(int column, int row)>& expected) {
+        const platform::headless::Image& image = redraw();
+        const PictureLayout& layout = viewerSession().layout;
+        ASSERT_GT(layout.visibleWidth, 0);
+        ASSERT_GT(layout.visibleHeight, 0);
+        for (int y = 0; y < layout.visibleHeight; ++y) {
+            for (int x = 0; x < layout.visibleWidth; ++x) {
+                const int column = int(layout.panX) + x / layout.zoom;
+                const int row = int(layout.panY) + y / layout.zoom;
+                ASSERT_EQ(image.at(layout.marginX + x, layout.marginY + y) & 0xFFFFFF,
+                          expected(column, row) & 0xFFFFFF)
+                    << "window pixel " << x << "," << y << ", image pixel " << column << "," << row;
+            }
+        }
+    }
+    static uint32_t stored(int column, int row) {
+        return viewerSession().shown->colour.row(size_t(row))[column];
+    }
+
+    // Texts on screen.
+    static std::string shownText(size_t index = 0) {
+        const auto& texts = platform::headless::visibleTexts();
+        return index < texts.size() ? texts[index].text : "";
     }
 
     // Frame number that the visible picture was made for, read from its pixel (0, 0).

@@ -272,6 +272,23 @@ TEST_F(ViewerLoopTest, ATimerTickSeesModifiersThatWereReleasedElsewhere) {
     runViewerLoop();
 }
 
+TEST_F(ViewerLoopTest, ATimerTickLeavesAModifierWhoseReleaseIsStillQueued) {
+    showAnimation(1, 9);
+    headless::script([] { headless::type(keySpace); });
+    headless::whenIdle([] {
+        // All of it was typed before the loop came to look.
+        headless::press(keyLeftShift);
+        postEvent(EV_TIMER, 1);
+        viewerState.currentFrame = 4;
+        headless::type(characterKey(','));
+        headless::release(keyLeftShift);
+        for (int i = 0; i < 20; ++i) headless::script([] {});
+        headless::script(headless::close);
+    });
+    runViewerLoop();
+    EXPECT_EQ(viewerState.playFirst, 4);  // Shift: the range's start
+}
+
 TEST_F(ViewerLoopTest, EscapeEndsALoadAndNothingElse) {
     viewerState.fullScreen = 1;
     showAnimation(1, 1, 1, 400, 300);

@@ -1,0 +1,145 @@
+#include "viewer/draw_pass.h"
+
+#include <algorithm>
+#include <cmath>
+#include <string_view>
+#include <vector>
+
+#include "analysis/relief.h"
+#include "app/viewer_state.h"
+#include "platform/surface.h"
+#include "viewer/drawing.h"
+#include "viewer/picture_view.h"
+#include "viewer/status_line.h"
+#include "viewer/viewer_session.h"
+#include "viewer/window_layer.h"
+
+namespace vistel {
+
+namespace {
+
+constexpr uint32_t bandColour = 0xFF202020;  // packed; dark grey
+
+// A frame of another size than the one before is centred on the same place.
+void followPictureSize() {
+    ViewerSession& session = viewerSession();
+    PictureLayout& layout = session.layout;
+    const FrameStore& frame = *session.shown;
+    if (frame.width == layout.width && frame.height == layout.height) return;
+    if (!viewerState.halfHeight) {
+        layout.marginX += (layout.width - frame.width) * layout.zoom / 2;
+        layout.marginY += (layout.height - frame.height) * layout.zoom / 2;
+    }
+    layout.width = frame.width;
+    layout.height = frame.height;
+    layout.clearWanted = true;
+}
+
+void measureVisibleArea(int width, int height) {
+    PictureLayout& layout = viewerSession().layout;
+    layout.visibleWidth = std::max(0, width - 2 * layout.marginX);
+    layout.visibleHeight = std::max(0, height - 2 * layout.marginY);
+}
+
+void drawMargins() {
+    PictureLayout& layout = viewerSession().layout;
+    if (!layout.marginX && !layout.marginY) return;
+    if (!windowContext().doubleBuffer && !layout.clearWanted) return;
+    setColourPacked(bandColour);
+    clearDrawing();
+    layout.clearWanted = false;
+}
+
+float clampedPan(float pan, int size, int visible, int zoom) {
+    return std::max(0.0f, std::min(pan, size - float(visible + 1) / zoom));
+}
+
+// The heights under a relief as a line over every eighth row.
+void drawProfiles(const uint32_t* heights) {
+    const ViewerSession& session = viewerSession();
+    const PictureLayout& layout = session.layout;
+    const std::optional<uint32_t> colour = profileColour(session.bumpSource);
+    if (!colour) return;
+    platform::setColour(static_cast<uint8_t>(*colour), static_cast<uint8_t>(*colour >> 8),
+                        static_cast<uint8_t>(*colour >> 16), 255);
+    static std::vector<ProfilePoint> points;  // kept: nothing is allocated while playing
+    points.resize(static_cast<size_t>(layout.width));
+    const auto window = [&](float pixel, int margin, float pan) {
+        return margin + static_cast<int>((pixel - std::floor(pan)) * float(layout.zoom));
+    };
+    for (int row = 0; row < layout.height; row += static_cast<int>(profileRowStep)) {
+        profileOfRow(heights, points.size(), static_cast<size_t>(row), points.data());
+        penMove(window(points[0].x, layout.marginX, layout.panX),
+                window(points[0].y, layout.marginY, layout.panY));
+        for (const ProfilePoint& point : points)
+            penDraw(window(point.x, layout.marginX, layout.panX),
+                    window(point.y, layout.marginY, layout.panY));
+    }
+}
+
+void drawPicture(int width, int height) {
+    PictureLayout& layout = viewerSession().layout;
+    layout.panX = clampedPan(layout.panX, layout.width, layout.visibleWidth, layout.zoom);
+    layout.panY = clampedPan(layout.panY, layout.height, layout.visibleHeight, layout.zoom);
+    const int column = static_cast<int>(layout.panX), row = static_cast<int>(layout.panY);
+    const auto needed = [&](int visible) { return (visible + layout.zoom - 1) / layout.zoom; };
+    const platform::PixelSource source{displayedPixels(),
+                                       layout.width,
+                                       column,
+                                       row,
+                                       std::min(layout.width - column, needed(layout.visibleWidth)),
+                                       std::min(layout.height - row, needed(layout.visibleHeight))};
+    platform::setScissor(layout.marginX, layout.marginY, layout.visibleWidth, layout.visibleHeight);
+    if (source.pixels)  // null without memory for the view
+        platform::drawPixels(layout.marginX, layout.marginY, source, layout.zoom);
+    if (const uint32_t* heights = reliefHeights()) drawProfiles(heights);
+    platform::setScissor(0, 0, width, height);
+}
+
+void drawCentred(std::string_view text, int width, int y) {
+    setColourIndex(1);
+    drawText((width - textWidth(text)) / 2, y, text);
+}
+
+void drawBand(int width, int firstRow, int lastRow) {
+    setColourPacked(bandColour);
+    fillRectangle(0, firstRow, width - 1, lastRow);
+}
+
+void drawLabel(int width, int height) {
+    const std::string_view label = channelLabel();
+    if (label.empty() || !viewerSession().layout.marginY) return;
+    if (viewerState.animation) {
+        drawBand(width, 0, 15);
+        return drawCentred(label, width, 5);
+    }
+    drawBand(width, height - 17, height - 1);
+    drawCentred(label, width, height - (viewerState.controlBarShown ? 40 : 15));
+}
+
+void drawStatusLine(int width, int height) {
+    if (!viewerState.animation) return;
+    if (viewerSession().layout.marginY) {
+        drawBand(width, height - (viewerState.controlBarShown ? 39 : 17), height - 1);
+    }
+    drawCentred(statusLine(viewerSession().statusFrame), width,
+                height - (viewerState.controlBarShown ? 37 : 15));
+}
+
+}  // namespace
+
+void drawPass() {
+    if (!viewerSession().shown || !platform::surfaceExists()) return;
+    int width, height;
+    clientSize(width, height);
+    platform::setScissorTest(true);
+    platform::setScissor(0, 0, width, height);
+    followPictureSize();
+    measureVisibleArea(width, height);
+    drawMargins();
+    drawPicture(width, height);
+    drawLabel(width, height);
+    drawStatusLine(width, height);
+}
+
+}  // namespace vistel

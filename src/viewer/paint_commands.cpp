@@ -1,0 +1,150 @@
+#include "viewer/paint_commands.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <limits>
+
+#include "viewer/picture_view.h"
+
+namespace vistel {
+
+namespace {
+
+struct ImagePoint {
+    int column = 0, row = 0;
+};
+
+// The image pixel under the cursor, or the nearest one. The cursor's row counts from 1 at the foot.
+ImagePoint pointUnderCursor() {
+    const ViewerSession& session = viewerSession();
+    const PictureLayout& layout = session.layout;
+    const FrameStore& frame = *session.shown;  // may be smaller than the one that was drawn
+    const auto along = [&](int cursor, int margin, float pan, int size) {
+        const int offset =
+            static_cast<int>(std::floor(float(cursor - margin) / float(layout.zoom)));
+        return std::clamp(static_cast<int>(pan) + offset, 0, size - 1);
+    };
+    return {along(session.cursorX, layout.marginX, layout.panX, frame.width),
+            along(session.cursorY - 1, layout.marginY, layout.panY, frame.height)};
+}
+
+// The pixel painted last, or the nearest one of the frame that is shown now.
+ImagePoint lastPoint() {
+    const ViewerSession& session = viewerSession();
+    return {std::min(session.painting.column, session.shown->width - 1),
+            std::min(session.painting.row, session.shown->height - 1)};
+}
+
+// The bits of a stored pixel that are painted, and what they become.
+struct Paint {
+    uint32_t mask = 0, colour = 0;
+};
+
+constexpr uint32_t redBits = 0xFF, greenBits = 0xFF00, blueBits = 0xFF0000, maskBits = 0xFF000000;
+
+// By channel: 0 mask, 1 blue, 2 green, 3 red.
+constexpr uint32_t channelBits[] = {maskBits, blueBits, greenBits, redBits};
+constexpr uint32_t allColours = redBits | greenBits | blueBits;
+
+uint32_t paintedBits() {
+    const ViewerSession& session = viewerSession();
+    if (session.mode < ChannelMode::all) return channelBits[static_cast<int>(session.mode)];
+    if (session.controlChannel == 0) return allColours;
+    const uint32_t bits = channelBits[session.controlChannel];
+    return session.controlComplement ? allColours & ~bits : bits;
+}
+
+// With Control the channel is cleared, else it is filled.
+Paint choosePaint(const KeyPress& press) {
+    const uint32_t bits = paintedBits();
+    return {bits, press.modifiers.control() ? 0 : bits};
+}
+
+// Smallest and largest finite sample.
+struct DepthRange {
+    float nearest = std::numeric_limits<float>::max();
+    float farthest = std::numeric_limits<float>::lowest();
+};
+
+DepthRange depthRange(const FrameStore& frame) {
+    DepthRange range;
+    const float* z = frame.z.data();
+    for (size_t i = 0; i < size_t(frame.width) * frame.height; ++i) {
+        if (!std::isfinite(z[i])) continue;
+        range.nearest = std::min(range.nearest, z[i]);
+        range.farthest = std::max(range.farthest, z[i]);
+    }
+    return range;
+}
+
+// In the depth view the depth is painted: as near as the nearest sample, which is shown white, or
+// with Control as far as the farthest.
+class Brush {
+ public:
+    Brush(FrameStore& frame, const KeyPress& press) : frame_(frame), paint_(choosePaint(press)) {
+        depth_ = viewerSession().mode == ChannelMode::zBuffer;
+        if (!depth_) return;
+        const DepthRange range = depthRange(frame);
+        sample_ = press.modifiers.control() ? range.farthest : range.nearest;
+    }
+
+    void dot(const ImagePoint& point) {
+        const auto column = static_cast<size_t>(point.column), row = static_cast<size_t>(point.row);
+        if (depth_) {
+            frame_.z.row(row)[column] = sample_;
+            return;
+        }
+        if (frame_.colour.empty()) return;
+        uint32_t& pixel = frame_.colour.row(row)[column];
+        pixel = (pixel & ~paint_.mask) | paint_.colour;
+    }
+
+    void line(const ImagePoint& from, const ImagePoint& to) {
+        const int64_t across = to.column - from.column, up = to.row - from.row;
+        const int64_t steps = std::max<int64_t>({std::abs(across), std::abs(up), 1});
+        for (int64_t i = 0; i <= steps; ++i)
+            dot({static_cast<int>(from.column + across * i / steps),
+                 static_cast<int>(from.row + up * i / steps)});
+    }
+
+ private:
+    FrameStore& frame_;
+    Paint paint_;
+    bool depth_ = false;
+    float sample_ = 0;
+};
+
+}  // namespace
+
+bool beginPainting(const KeyPress& press, int) {
+    if (!viewerSession().shown) return false;
+    Painting& painting = viewerSession().painting;
+    const ImagePoint point = pointUnderCursor();
+    painting.active = true;
+    painting.column = point.column;
+    painting.row = point.row;
+    return paint(press);
+}
+
+bool endPainting(const KeyPress&, int) {
+    viewerSession().painting.active = false;
+    return false;
+}
+
+bool paint(const KeyPress& press) {
+    ViewerSession& session = viewerSession();
+    Painting& painting = session.painting;
+    const ImagePoint point = pointUnderCursor();
+    Brush brush(*session.shown, press);
+    if (painting.lines)
+        brush.line(lastPoint(), point);
+    else
+        brush.dot(point);
+    painting.column = point.column;
+    painting.row = point.row;
+    viewChanged();
+    return true;
+}
+
+}  // namespace vistel

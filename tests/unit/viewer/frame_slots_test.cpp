@@ -1,0 +1,238 @@
+#include "viewer/frame_slots.h"
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "sequence/sequence_fixture.h"
+#include "viewer/load_animation.h"
+#include "viewer/stepping.h"
+#include "viewer_fixture.h"
+
+namespace vistel {
+
+namespace headless = platform::headless;
+
+TEST(FrameSlots, FindsWhatWasKept) {
+    FrameSlots slots;
+    EXPECT_EQ(slots.find(7), nullptr);
+    FrameStore& kept = slots.keep(7, testFrame(7, 4, 3));
+    EXPECT_EQ(slots.find(7), &kept);
+    EXPECT_EQ(slots.find(8), nullptr);
+    slots.drop(7);
+    EXPECT_EQ(slots.find(7), nullptr);
+    slots.drop(7);
+    EXPECT_EQ(slots.count(), 0u);
+}
+
+TEST(FrameSlots, AnEmptySlotIsNotFound) {
+    FrameSlots slots;
+    slots.keep(1, FrameStore{});
+    EXPECT_EQ(slots.find(1), nullptr);
+}
+
+TEST(FrameSlots, CountsThePlanesOfAllFramesAgainstItsLimit) {
+    const size_t one = testFrame(1, 64, 64).memoryBytes();
+    FrameSlots slots;
+    slots.setLimit(2 * one);
+    EXPECT_TRUE(slots.hasRoomFor(1, testFrame(1, 64, 64)));
+    slots.keep(1, testFrame(1, 64, 64));
+    slots.keep(2, testFrame(2, 64, 64));
+    EXPECT_FALSE(slots.hasRoomFor(3, testFrame(3, 64, 64)));
+    EXPECT_TRUE(slots.hasRoomFor(2, testFrame(2, 64, 64)));  // in place of what is there
+    slots.keep(2, testFrame(2, 64, 64));
+    EXPECT_FALSE(slots.hasRoomFor(3, testFrame(3, 64, 64)));
+    slots.drop(1);
+    EXPECT_TRUE(slots.hasRoomFor(3, testFrame(3, 64, 64)));
+    slots.clear();
+    slots.keep(1, testFrame(1, 64, 64));
+    EXPECT_TRUE(slots.hasRoomFor(2, testFrame(2, 64, 64)));
+}
+
+TEST(FrameSlots, TheDepthPlaneCountsToo) {
+    const FrameStore colour = planesFrame(1, 64, 64, imageColour);
+    const FrameStore both = planesFrame(1, 64, 64, imageColour | imageZ);
+    FrameSlots slots;
+    slots.setLimit(colour.memoryBytes());
+    EXPECT_TRUE(slots.hasRoomFor(1, colour));
+    EXPECT_FALSE(slots.hasRoomFor(1, both));
+}
+
+// --- in the viewer ------------------------------------------------------------------------------
+
+// Frame files shot.1 to shot.6 of 4 x 4 pixels whose red is ten times their number.
+class MemoryLimitTest : public ViewerTest {
+ protected:
+    void SetUp() override {
+        ViewerTest::SetUp();
+        before_ = fs::current_path();
+        folder_ =
+            fs::temp_directory_path() / ("vistel_viewer_" + std::to_string(std::random_device{}()));
+        fs::create_directories(folder_);
+        fs::current_path(folder_);
+        for (int number = 1; number <= 6; ++number)
+            std::ofstream("shot." + std::to_string(number), std::ios::binary)
+                << imageForm(number * 10);
+        viewerState.fileName = "shot";
+        viewerState.startDirectory = platform::currentDirectory();
+        viewerState.searchDirs[0] = "";
+        viewerState.sourceOpened = 1;
+        viewerState.animation = 1;
+        viewerState.firstFrame = viewerState.playFirst = viewerState.currentFrame = 1;
+        viewerState.lastFrame = viewerState.playLast = 6;
+        viewerState.frameStep = 1;
+        setCurrentSource("shot");
+    }
+    void TearDown() override {
+        clearViewerSession();
+        setCurrentSource("");
+        fs::current_path(before_);
+        std::error_code ignored;
+        fs::remove_all(folder_, ignored);
+    }
+    // Loads the animation with room for so many frames. What it said on standard error.
+    static std::string load(int frames) {
+        FrameStore first;
+        EXPECT_EQ(readFrameAgain(first), 0);
+        viewerSession().slots.setLimit(first.memoryBytes() * size_t(frames));
+        beginDisplay(keepFrame(1, std::move(first)));
+        testing::internal::CaptureStderr();
+        loadRemainingFrames();
+        return testing::internal::GetCapturedStderr();
+    }
+    // Plays for so many pumps: red and source mark of each frame shown.
+    static std::vector<std::pair<int, SourceMark>> play(int pumps) {
+        std::vector<std::pair<int, SourceMark>> shown;
+        int presents = headless::presents();
+        for (int i = 0; i < pumps; ++i)
+            headless::script([&] {
+                if (headless::presents() == presents) return;
+                presents = headless::presents();
+                const PictureLayout& layout = viewerSession().layout;
+                shown.emplace_back(
+                    headless::visibleImage().at(layout.marginX, layout.marginY) & 255,
+                    viewerSession().mark);
+            });
+        headless::script([] { headless::close(); });
+        runViewerLoop();
+        return shown;
+    }
+
+    fs::path folder_, before_;
+};
+
+TEST_F(MemoryLimitTest, FramesBeyondTheLimitAreReadWhenTheyAreShown) {
+    const std::string said = load(3);
+    EXPECT_EQ(viewerSession().slots.count(), 3u);
+    EXPECT_NE(said.find("From frame 4 on"), std::string::npos) << said;
+    EXPECT_EQ(viewerState.currentFrame, 1);
+    viewerState.frameRate = 300;
+    const auto shown = play(400);
+    ASSERT_GT(shown.size(), 20u);
+    for (size_t i = 1; i < shown.size(); ++i) {
+        const int number = int(i % 6) + 1;
+        EXPECT_EQ(shown[i].first, number * 10) << i;
+        EXPECT_EQ(shown[i].second, number <= 3 ? SourceMark::memory : SourceMark::disk) << i;
+    }
+}
+
+TEST_F(MemoryLimitTest, WithRoomForAllNothingIsReadAgain) {
+    EXPECT_EQ(load(6), "");
+    EXPECT_EQ(viewerSession().slots.count(), 6u);
+    viewerState.frameRate = 300;
+    for (const auto& [red, mark] : play(400)) EXPECT_EQ(mark, SourceMark::memory) << red;
+}
+
+TEST_F(MemoryLimitTest, WithoutSlotsEachFrameIsReadAsItIsShown) {
+    viewerState.kmem = 0;
+    EXPECT_EQ(load(6), "");
+    EXPECT_EQ(viewerSession().slots.count(), 0u);
+    viewerState.frameRate = 300;
+    const auto shown = play(400);
+    ASSERT_GT(shown.size(), 12u);
+    for (size_t i = 1; i < shown.size(); ++i) {
+        EXPECT_EQ(shown[i].first, int(i % 6 + 1) * 10) << i;
+        EXPECT_EQ(shown[i].second, SourceMark::disk) << i;
+    }
+}
+
+TEST_F(MemoryLimitTest, AFrameThatHasGrownLeavesItsSlot) {
+    load(6);
+    FrameStore larger = testFrame(2, 640, 480);
+    ASSERT_FALSE(viewerSession().slots.hasRoomFor(2, larger));
+    FrameStore& kept = keepFrame(2, std::move(larger));
+    EXPECT_EQ(&kept, &viewerSession().loose);
+    EXPECT_EQ(viewerSession().slots.find(2), nullptr);  // what it held is out of date
+    EXPECT_EQ(viewerSession().slots.count(), 5u);
+}
+
+TEST_F(MemoryLimitTest, AReloadReadsTheFileAgainAndKeepsTheView) {
+    load(6);
+    key('R');
+    std::ofstream("shot.1", std::ios::binary) << imageForm(200);
+    EXPECT_TRUE(key('U'));
+    EXPECT_EQ(viewerSession().mark, SourceMark::disk);
+    EXPECT_EQ(viewerSession().mode, ChannelMode::red);
+    EXPECT_EQ(viewerSession().slots.find(1), viewerSession().shown);
+    expectPicture([](int, int) { return 200 * 0x010101u; });
+}
+
+TEST_F(MemoryLimitTest, PaintIsGoneAfterAReload) {
+    load(6);
+    viewerSession().shown->colour.data()[5] = 0xFFFFFFFF;
+    key('U');
+    expectPicture([](int, int) { return 10u; });
+}
+
+// --- reading ahead ------------------------------------------------------------------------------
+
+// The frames that are announced are those that playing then shows.
+TEST_F(MemoryLimitTest, TheFramesThatAreExpectedAreThoseThatPlayingShows) {
+    struct Row {
+        const char* name;
+        int first, last, step, from;
+        PlayMode mode;
+        bool pingPong, once;
+    };
+    const Row rows[] = {
+        {"round", 1, 6, 1, 3, PlayMode::forward, false, false},
+        {"round backward", 1, 6, 1, 3, PlayMode::backward, false, false},
+        {"round in steps", 1, 10, 3, 4, PlayMode::forward, false, false},
+        {"round backward in steps", 1, 9, 3, 4, PlayMode::backward, false, false},
+        {"back and forth", 1, 6, 1, 3, PlayMode::forward, true, false},
+        {"back and forth from the end", 1, 6, 1, 6, PlayMode::forward, true, false},
+        {"forth and back", 1, 6, 1, 3, PlayMode::backward, true, false},
+        {"back and forth in steps", 1, 9, 4, 5, PlayMode::forward, true, false},
+        {"back and forth in large steps", 1, 3, 9, 2, PlayMode::forward, true, false},
+        {"single frame", 5, 5, 1, 5, PlayMode::forward, false, false},
+        {"single frame, back and forth", 5, 5, 1, 5, PlayMode::backward, true, false},
+        {"once", 1, 6, 1, 3, PlayMode::forward, false, true},
+        {"once backward", 1, 6, 1, 3, PlayMode::backward, false, true},
+        {"once in steps", 1, 10, 4, 5, PlayMode::forward, false, true},
+        {"once, back and forth", 1, 6, 1, 4, PlayMode::forward, true, true},
+    };
+    for (const Row& row : rows) {
+        viewerState.playFirst = row.first;
+        viewerState.playLast = row.last;
+        viewerState.frameStep = row.step;
+        viewerState.currentFrame = row.from;
+        viewerState.playMode = row.mode;
+        viewerState.pingPong = row.pingPong;
+        viewerState.playOnce = row.once;
+        const std::vector<int> expected = upcomingFrames(12);
+        std::vector<int> shown;
+        while (shown.size() < 12 && playing()) {
+            const bool backward = viewerState.playMode == PlayMode::backward;
+            stepFrame({backward ? Direction::backward : Direction::forward, true, false});
+            shown.push_back(viewerState.currentFrame);
+        }
+        EXPECT_EQ(expected, shown) << row.name;
+    }
+    viewerState.playMode = PlayMode::stopped;
+    EXPECT_TRUE(upcomingFrames(5).empty());
+    viewerState.playMode = PlayMode::forward;
+    viewerState.paused = 1;
+    EXPECT_TRUE(upcomingFrames(5).empty());
+}
+
+}  // namespace vistel
