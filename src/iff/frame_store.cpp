@@ -7,9 +7,8 @@
 
 namespace vistel {
 
-// Memory is made usable in blocks of this size: tiles come in rows of many, and the system has
-// large pages only for large blocks.
-static constexpr size_t usableBlock = size_t{64} << 20;
+// Memory is made usable in blocks of this size, that of a large page.
+static constexpr size_t usableBlock = size_t{2} << 20;
 
 template <class Pixel>
 Plane<Pixel>::~Plane() {
@@ -34,6 +33,7 @@ bool Plane<Pixel>::allocate(size_t width, size_t height) {
     height_ = height;
     if (!touched_) return true;
     usable_.flip();
+    usableBytes_ = bytes_;
     settled_.assign(height, 0);
     return true;
 }
@@ -50,6 +50,7 @@ bool Plane<Pixel>::commitRows(size_t first, size_t last) {
         if (!platform::commitMemory(reinterpret_cast<uint8_t*>(pixels_) + from, bytes))
             return false;
         usable_[block] = true;
+        usableBytes_ += bytes;
     }
     return true;
 }
@@ -78,15 +79,10 @@ bool Plane<Pixel>::complete() {
 }
 
 template <class Pixel>
-bool Plane<Pixel>::allUsable() const {
-    return std::find(usable_.begin(), usable_.end(), false) == usable_.end();
-}
-
-template <class Pixel>
 void Plane<Pixel>::free() {
-    givePlaneMemory({pixels_, allUsable()}, bytes_);
+    givePlaneMemory({pixels_, usableBytes_ == bytes_}, bytes_);
     pixels_ = nullptr;
-    width_ = height_ = bytes_ = 0;
+    width_ = height_ = bytes_ = usableBytes_ = 0;
     usable_.clear();
     settled_ = {};
     touched_ = false;
@@ -94,7 +90,6 @@ void Plane<Pixel>::free() {
 
 template class Plane<uint32_t>;
 template class Plane<float>;
-template class Plane<uint8_t>;
 
 // size / shrink x magnify <= limit holds exactly from this shrink factor on.
 static uint64_t smallestShrink(uint32_t size, uint64_t limit, uint64_t magnify) {

@@ -39,6 +39,7 @@ class Plane {
 
     bool empty() const { return pixels_ == nullptr; }
     size_t memoryBytes() const { return bytes_; }
+    size_t usableBytes() const { return usableBytes_; }  // that commitRows has made so
     // Whether writing meets memory that was used before.
     bool touched() const { return touched_; }
     Pixel* data() { return pixels_; }
@@ -53,24 +54,24 @@ class Plane {
         std::swap(height_, other.height_);
         std::swap(bytes_, other.bytes_);
         std::swap(usable_, other.usable_);
+        std::swap(usableBytes_, other.usableBytes_);
         std::swap(touched_, other.touched_);
         std::swap(settled_, other.settled_);
     }
-    bool allUsable() const;
     void zero(size_t row, size_t from, size_t to);
 
     Pixel* pixels_ = nullptr;
     size_t width_ = 0, height_ = 0;
     size_t bytes_ = 0;          // of the memory
     std::vector<bool> usable_;  // for each block of memory
-    bool touched_ = false;      // the memory was used before
+    size_t usableBytes_ = 0;
+    bool touched_ = false;  // the memory was used before
     // Of touched memory, for each row: the pixels left of this column are written or zero.
     std::vector<uint32_t> settled_;
 };
 
 extern template class Plane<uint32_t>;
 extern template class Plane<float>;
-extern template class Plane<uint8_t>;
 
 // Inclusive rectangle in pixels of the full-size image, origin at the first pixel.
 struct TileRect {

@@ -13,7 +13,6 @@ namespace vistel {
 namespace {
 
 constexpr uint8_t zeros[8] = {};
-constexpr int lastStandardDescriptor = 2;
 
 }  // namespace
 
@@ -229,7 +228,7 @@ int IffWriter::closeStream() {
         const int status = platform::closePipe(stream_);
         return status == 0 && flushed ? iffOk : iffBrokenPipe;
     }
-    if (platform::streamDescriptor(stream_) <= lastStandardDescriptor) {
+    if (platform::isStandardStream(stream_)) {
         return flushed ? iffOk : iffIoError;
     }
     return std::fclose(stream_) == 0 && flushed ? iffOk : iffIoError;

@@ -35,23 +35,12 @@ static int walkGroup(IffReader& group, ImageParse& parse) {
     return result == iffEndOfGroup ? iffOk : result;
 }
 
-// A plane this large is made whatever the file holds; a larger one only when the bytes of its tiles
-// can have been packed from so many pixels. The densest packets, of an image with one channel, have
-// 2 bytes for 128 pixels of 4 bytes.
-static constexpr uint64_t freePlaneBytes = uint64_t{256} << 20;
-static constexpr uint64_t densestTiles = 256;
-
-static bool promiseKept(const ImageForm& form) {
-    const uint64_t bytes =
-        uint64_t(form.frame.width) * uint64_t(form.frame.height) * sizeof(uint32_t);
-    return bytes <= std::max(freePlaneBytes, densestTiles * form.dataBytes);
-}
-
 // Whoever is given a frame may read every pixel of its planes. Colour can be shown without depth.
 static int completePlanes(ImageForm& form) {
     FrameStore& frame = form.frame;
-    const bool kept = promiseKept(form);
-    if (!kept || (!frame.colour.empty() && !frame.colour.complete())) {
+    const uint64_t bytes = uint64_t(frame.width) * uint64_t(frame.height) * sizeof(uint32_t);
+    if (!memoryJustified(bytes, form.dataBytes) ||
+        (!frame.colour.empty() && !frame.colour.complete())) {
         frame.clear();
         return iffNoMemory;
     }

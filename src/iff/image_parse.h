@@ -71,6 +71,9 @@ struct ImageParse {
 [[nodiscard]] int loadDepthTile(IffReader& chunk, ImageParse& parse);
 // The zero-filled colour plane of an image whose tiles hold nothing.
 [[nodiscard]] int makeBlackPicture(ImageForm& form);
+// Whether tiles of so many bytes can have been packed from a plane of so many, or it is no larger
+// than what is granted to every file.
+bool memoryJustified(uint64_t planeBytes, uint64_t dataBytes);
 // Reads only the rectangle.
 [[nodiscard]] int readTileRect(IffReader& chunk, TileRect& rect);
 

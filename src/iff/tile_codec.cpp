@@ -120,7 +120,7 @@ int TileDecoder::decode(Tile& tile) {
         return iffOk;
     }
     const bool packed = format.compression == compressRle || format.compression == compressQrl;
-    // Behind the planes: one row of each fixed value.
+    // Behind the planes: a row of the fixed value; of several, only one is ever stored.
     const uint64_t planes = packed ? planeRoom(tile.pixels) * planeCount(format) + tile.width : raw;
     if (!growScratch(planes + kernelSlack)) return iffNoMemory;
     if (!packed) {

@@ -56,6 +56,14 @@ static void fitPlanes(ImageForm& form) {
     frame.shrink = static_cast<int>(display.shrink);
 }
 
+// The densest packets, of an image with one channel, have 2 bytes for 128 pixels of 4 bytes.
+static constexpr uint64_t densestTiles = 256;
+static constexpr uint64_t freePlaneBytes = uint64_t{256} << 20;
+
+bool memoryJustified(uint64_t planeBytes, uint64_t dataBytes) {
+    return planeBytes <= freePlaneBytes + densestTiles * dataBytes;
+}
+
 template <class Pixel>
 static int makeRoom(ImageForm& form, Plane<Pixel>& plane, const TilePlacement& place) {
     const DisplaySize& display = form.display;
@@ -63,7 +71,8 @@ static int makeRoom(ImageForm& form, Plane<Pixel>& plane, const TilePlacement& p
     fitPlanes(form);
     if (plane.empty() && !plane.allocate(display.width, display.height)) return iffNoMemory;
     if (place.rows == 0) return iffOk;
-    return plane.commitRows(place.row, place.row + place.rows - 1) ? iffOk : iffNoMemory;
+    if (!plane.commitRows(place.row, place.row + place.rows - 1)) return iffNoMemory;
+    return memoryJustified(plane.usableBytes(), form.dataBytes) ? iffOk : iffNoMemory;
 }
 
 template <class Pixel>

@@ -2,6 +2,7 @@
 // accepted everywhere.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <memory>
@@ -46,16 +47,21 @@ struct FileStamp {
 };
 // None for what is no regular file.
 std::optional<FileStamp> fileStamp(FILE* stream);
-// Whether the file was written within the last tenth of a second: another write that follows so
-// closely may leave the same stamp.
+// Whether the file was written within the last seconds: another write that follows so closely may
+// leave the same stamp, on volumes whose clock is coarse.
 bool modifiedJustNow(const FileStamp& stamp);
 
 // Whether the name is that of a regular file, which is not opened: what stands behind any other
 // name (a named pipe) may take an opening for an answer.
 bool isRegularFile(const std::string& name);
 
-// The descriptor of a stream (0 to 2 are the standard streams).
 int streamDescriptor(FILE* stream);
+// Whether the stream is one of the three standard streams, which whoever uses them does not close.
+inline bool isStandardStream(FILE* stream) { return streamDescriptor(stream) <= 2; }
+
+// Size of the blocks in which a stream is best read. Where a seek throws away what was read ahead,
+// large blocks cost more than they save.
+size_t readBlockSize();
 
 // 64-bit position and seek; origin as fseek. seekStream returns false on failure.
 int64_t streamPosition(FILE* stream);

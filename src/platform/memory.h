@@ -5,8 +5,8 @@
 
 namespace vistel::platform {
 
-// Address space for `bytes` zero bytes, on large pages where the system has them; null when there is none. Only the parts made usable with
-// commitMemory may be touched.
+// Address space for `bytes` zero bytes, on large pages where the system has them; null when there
+// is none. Only the parts made usable with commitMemory may be touched.
 [[nodiscard]] void* reserveMemory(size_t bytes);
 
 // Makes [start, start + bytes) of a reservation usable. Committing twice is harmless and keeps the

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <memory>
+#include <new>
 #include <utility>
 
 #include "app/viewer_state.h"
@@ -132,11 +133,15 @@ FramesAhead::FramesAhead() { readers = std::make_unique<ReadAhead>(decodingThrea
 FramesAhead::~FramesAhead() { readers.reset(); }
 size_t FramesAhead::room() const { return readers->room(); }
 
-void FramesAhead::expect(std::span<const int> frames) {
+size_t FramesAhead::taken() const { return readers->taken(); }
+
+// Without memory for it a frame is simply not read ahead.
+void FramesAhead::expect(std::span<const int> frames) try {
     for (const int frame : frames.first(std::min(frames.size(), room()))) {
         const Tstring path = likelyFramePath(currentSource, frame);
         if (!path.empty()) readers->want(path, loadRequest(nullptr));
     }
+} catch (const std::bad_alloc&) {
 }
 
 Tstring lastFrameName() { return lastFrame.name; }

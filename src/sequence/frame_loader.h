@@ -39,10 +39,12 @@ class FramesAhead {
     FramesAhead(const FramesAhead&) = delete;
     FramesAhead& operator=(const FramesAhead&) = delete;
 
-    // Frames that it pays to name; 0: nothing is read ahead.
+    // Frames that it pays to name, the next one and others; 0: nothing is read ahead.
     size_t room() const;
     // The frames that will be asked for next, in this order, beginning with the very next one.
     void expect(std::span<const int> frames);
+    // Frames that had been read when they were asked for.
+    size_t taken() const;
 };
 
 // The name that readFrameAgain built last, and why that frame could not be read (empty when it

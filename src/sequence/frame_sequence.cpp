@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <limits>
+#include <utility>
 
 #include "app/viewer_state.h"
 #include "host/messages.h"
@@ -156,10 +157,10 @@ Tstring frameFilePath(const Tstring& directory, const Tstring& name) {
 FILE* locateFrameFile(const Tstring& name, Tstring& located) {
     int error = 0;
     for (Tstring& directory : viewerState.searchDirs) {
-        const Tstring candidate = frameFilePath(directory, name);
+        Tstring candidate = frameFilePath(directory, name);
         if (FILE* file = platform::openFile(candidate, "r")) {
             std::swap(directory, viewerState.searchDirs.front());
-            located = candidate;
+            located = std::move(candidate);
             return file;
         }
         error = moreTelling(error, errno);

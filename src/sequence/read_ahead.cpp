@@ -5,6 +5,7 @@
 #include <chrono>
 #include <iterator>
 #include <new>
+#include <system_error>
 #include <utility>
 
 #include "iff/result_codes.h"
@@ -35,8 +36,11 @@ int decodingThreads() {
     return processors < 2 ? 0 : std::min(processors, mostThreads);
 }
 
-ReadAhead::ReadAhead(int threads) {
+// Where the system gives no more threads, those that there are do.
+ReadAhead::ReadAhead(int threads) try {
+    threads_.reserve(static_cast<size_t>(threads));
     for (int i = 0; i < threads; ++i) threads_.emplace_back([this] { work(); });
+} catch (const std::system_error&) {
 }
 
 ReadAhead::~ReadAhead() {
@@ -56,13 +60,15 @@ ReadAhead::Jobs::iterator ReadAhead::find(const Tstring& path, const ImageLoadRe
 
 void ReadAhead::want(const Tstring& path, const ImageLoadRequest& request) {
     if (threads_.empty()) return;
+    Jobs wanted;
+    Job& job = wanted.emplace_back();
+    job.path = path;
+    job.request = request;
     {
         const std::lock_guard lock(mutex_);
         if (find(path, request) != jobs_.end()) return;
         if (jobs_.size() >= room()) drop(jobs_.size() - room() + 1);
-        Job& job = jobs_.emplace_back();
-        job.path = path;
-        job.request = request;
+        jobs_.splice(jobs_.end(), wanted);
     }
     wanted_.notify_one();
 }
@@ -83,16 +89,21 @@ ReadAhead::Taken ReadAhead::take(const Tstring& path, const ImageLoadRequest& re
     std::unique_lock lock(mutex_);
     const auto job = find(path, request);
     if (job == jobs_.end()) return Taken::nothing;
+    const auto mayGoOn = [&] {
+        lock.unlock();
+        const bool goes = !goOn || goOn();
+        lock.lock();
+        return goes;
+    };
+    if (!mayGoOn()) return Taken::aborted;
     drop(static_cast<size_t>(std::distance(jobs_.begin(), job)));
     while (job->state == State::queued || job->state == State::working) {
         finished_.wait_for(lock, waitPiece);
-        lock.unlock();
-        const bool wait = !goOn || goOn();
-        lock.lock();
-        if (!wait) return Taken::aborted;
+        if (!mayGoOn()) return Taken::aborted;
     }
     const bool current = job->state == State::done && job->stamp == stamp;
     if (current) frame = std::move(job->frame);
+    taken_ += current;
     jobs_.erase(job);
     return current ? Taken::frame : Taken::nothing;
 }
@@ -116,6 +127,7 @@ void ReadAhead::work() {
         const bool whole = read(*job);
         lock.lock();
         job->state = whole ? State::done : State::failed;
+        ++readSoFar_;
         if (job->dropped) jobs_.erase(job);
         finished_.notify_one();
     }

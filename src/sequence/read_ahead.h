@@ -24,12 +24,17 @@ int decodingThreads();
 
 class ReadAhead {
  public:
-    explicit ReadAhead(int threads);
-    ~ReadAhead();  // ends what is being read
+    explicit ReadAhead(int threads);  // or as many as the system has
+    ~ReadAhead();                     // ends what is being read
 
     // Files that may be wanted and not yet taken: beyond it the one that was wanted first is
     // dropped.
     size_t room() const { return threads_.empty() ? 0 : threads_.size() + 2; }
+
+    // Frames that have been taken.
+    size_t taken() const { return taken_; }
+    // Files that the threads have done with.
+    size_t readSoFar() const { return readSoFar_; }
 
     // Queues the first image form of a file, to be read as the request says; its stream and
     // call-backs are not looked at. One that is queued already stays in its place.
@@ -37,8 +42,8 @@ class ReadAhead {
 
     enum class Taken { nothing, frame, aborted };
     // The file that was wanted so, as it is now (the stamp tells). Waits for it when it is being
-    // read; `goOn` is called every few milliseconds meanwhile, false ends the wait. Files that were
-    // wanted earlier and not taken are dropped.
+    // read; `goOn` is called at least once and every few milliseconds meanwhile, false ends the
+    // wait. Files that were wanted earlier and not taken are dropped.
     [[nodiscard]] Taken take(const Tstring& path, const ImageLoadRequest& request,
                              const platform::FileStamp& stamp, bool (*goOn)(), FrameStore& frame);
 
@@ -64,6 +69,8 @@ class ReadAhead {
     std::condition_variable wanted_, finished_;
     Jobs jobs_;  // in the order in which they were wanted
     std::atomic<bool> stopping_ = false;
+    std::atomic<size_t> readSoFar_ = 0;
+    size_t taken_ = 0;
     std::vector<std::thread> threads_;
 };
 

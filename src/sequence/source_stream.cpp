@@ -13,8 +13,6 @@ namespace vistel {
 
 namespace {
 
-constexpr size_t blockSize = 256 << 10;  // fits the nearer caches, costs few calls
-constexpr int lastStandardDescriptor = 2;
 constexpr const char* imageConverter = "pixconv";
 constexpr const char* olderConverter = "rasconv";
 
@@ -30,6 +28,7 @@ SourceReader readerOfFile(const std::string& located, bool waitForWriter) {
 
 SourceStream::SourceStream(FILE* file, bool isPipe) : file_(file), isPipe_(isPipe) {
     if (!file) return;
+    const size_t blockSize = platform::readBlockSize();
     block_.reset(new (std::nothrow) char[blockSize]);
     if (block_) std::setvbuf(file, block_.get(), _IOFBF, blockSize);
 }
@@ -38,7 +37,7 @@ int SourceStream::close() {
     FILE* file = std::exchange(file_, nullptr);
     if (!file) return 0;
     if (isPipe_) return platform::closePipe(file);
-    if (platform::streamDescriptor(file) > lastStandardDescriptor) std::fclose(file);
+    if (!platform::isStandardStream(file)) std::fclose(file);
     return 0;
 }
 

@@ -4,6 +4,7 @@
 #include "sequence/read_ahead.h"
 
 #include <chrono>
+#include <thread>
 #include <vector>
 
 #include "iff/result_codes.h"
@@ -23,11 +24,12 @@ class Ahead : public SequenceTest {
     // A file that has rested since it was written.
     void writeOld(const std::string& name, const std::string& bytes) {
         write(name, bytes);
-        age(name);
+        age(name, std::chrono::hours(1));
     }
-    void age(const std::string& name) {
+    // Since when; a time to come counts as just now.
+    void age(const std::string& name, std::chrono::minutes since) {
         const fs::path file = folder_ / name;
-        fs::last_write_time(file, fs::last_write_time(file) - std::chrono::hours(1));
+        fs::last_write_time(file, fs::last_write_time(file) - since);
     }
     platform::FileStamp stampOf(const std::string& name) {
         const platform::FilePtr file(platform::openFile(path(name), "r"));
@@ -115,9 +117,36 @@ TEST_F(Ahead, AFileThatHasChangedSinceIsLeftToWhoAsks) {
 
 TEST_F(Ahead, AFileThatIsBeingWrittenIsLeftToWhoAsks) {
     write("a.1", imageForm(7));
+    age("a.1", -std::chrono::hours(1));
     ReadAhead ahead(1);
     ahead.want(path("a.1"), request_);
     EXPECT_EQ(take(ahead, "a.1"), Taken::nothing);
+}
+
+TEST_F(Ahead, AFileThatIsWrittenAgainIsLeftToWhoAsks) {
+    writeOld("a.1", imageForm(7));
+    writeOld("a.2", imageForm(2));
+    ReadAhead ahead(1);
+    // One thread reads in order: when a.2 is there, a.1 has been read.
+    ahead.want(path("a.1"), request_);
+    ahead.want(path("a.2"), request_);
+    const platform::FileStamp stamp = stampOf("a.2");
+    const auto readBy = [&] { return ahead.readSoFar() == 2; };
+    while (!readBy()) std::this_thread::yield();
+    write("a.1", imageForm(8));  // as large, another time
+    age("a.1", std::chrono::minutes(30));
+    EXPECT_EQ(take(ahead, "a.1"), Taken::nothing);
+    EXPECT_EQ(ahead.take(path("a.2"), request_, stamp, nullptr, frame_), Taken::frame);
+}
+
+TEST_F(Ahead, WhoeverWantsToLeaveIsAskedEvenWhenTheFrameIsThere) {
+    writeOld("a.1", imageForm(7));
+    ReadAhead ahead(1);
+    ahead.want(path("a.1"), request_);
+    while (ahead.readSoFar() == 0) std::this_thread::yield();
+    const auto leave = [] { return false; };
+    EXPECT_EQ(ahead.take(path("a.1"), request_, stampOf("a.1"), leave, frame_), Taken::aborted);
+    EXPECT_FALSE(frame_.hasPicture());
 }
 
 TEST_F(Ahead, WhatIsNotSimplyRightIsLeftToWhoAsks) {
@@ -152,7 +181,11 @@ TEST_F(Ahead, TheNumberOfThreadsCanBeSet) {
 // --- a whole range -------------------------------------------------------------------------------
 
 // What reading the frames of a range again brings, one line for each.
-std::vector<std::string> readRange(int first, int last, int step) {
+struct Range {
+    std::vector<std::string> lines;
+    size_t ahead = 0;  // frames that had been read when they were asked for
+};
+Range readRange(int first, int last, int step) {
     std::vector<std::string> lines;
     FramesAhead ahead;
     for (int frame = first; frame <= last; frame += step) {
@@ -165,7 +198,7 @@ std::vector<std::string> readRange(int first, int last, int step) {
         lines.push_back(std::to_string(frame) + ": " + std::to_string(code) + " red " +
                         std::to_string(red) + " " + lastFrameName() + " " + lastFrameReason());
     }
-    return lines;
+    return {lines, ahead.taken()};
 }
 
 class RangeAhead : public Ahead {
@@ -179,22 +212,28 @@ class RangeAhead : public Ahead {
     }
     void writeFrame(int frame) {
         const std::string name = "shot." + std::to_string(frame), form = imageForm(frame);
-        if (frame % 11 == 3) return;  // missing
-        if (frame % 7 == 4)
-            write(name, form.substr(0, form.size() - size_t(frame)));
-        else
-            write(name, form);
-        if (frame % 5 != 0) age(name);
+        if (missing(frame)) return;
+        write(name, cut(frame) ? form.substr(0, form.size() - size_t(frame)) : form);
+        age(name, fresh(frame) ? -std::chrono::hours(1) : std::chrono::hours(1));
     }
+    static bool missing(int frame) { return frame % 11 == 3; }
+    static bool cut(int frame) { return frame % 7 == 4; }
+    static bool fresh(int frame) { return frame % 5 == 0; }
+    static bool readableAhead(int frame) { return !missing(frame) && !cut(frame) && !fresh(frame); }
 };
 
 TEST_F(RangeAhead, IsWhatReadingEachFrameBrings) {
     for (const int step : {1, 3}) {
         platform::setEnvironmentVariable("VISTEL_THREADS", "0");
-        const std::vector<std::string> expected = readRange(1, 40, step);
+        const Range expected = readRange(1, 40, step);
+        EXPECT_EQ(expected.ahead, 0u);
+        size_t whole = 0;
+        for (int frame = 1; frame <= 40; frame += step) whole += readableAhead(frame);
         for (const char* threads : {"1", "2", "5"}) {
             platform::setEnvironmentVariable("VISTEL_THREADS", threads);
-            EXPECT_EQ(readRange(1, 40, step), expected) << threads << " threads";
+            const Range got = readRange(1, 40, step);
+            EXPECT_EQ(got.lines, expected.lines) << threads << " threads";
+            EXPECT_EQ(got.ahead, whole) << threads << " threads";
         }
     }
 }
@@ -203,12 +242,14 @@ TEST_F(RangeAhead, ALoadThatTheUserEndsIsAborted) {
     for (const char* threads : {"0", "2"}) {
         platform::setEnvironmentVariable("VISTEL_THREADS", threads);
         loaderHooks.keepGoing = [] { return false; };
-        FramesAhead ahead;
-        ahead.expect({{4, 5, 6}});  // the first one is cut: it cannot be read ahead
-        viewerState.currentFrame = 4;
-        FrameStore store;
-        EXPECT_EQ(readFrameAgain(store), iffAborted);
-        EXPECT_FALSE(store.hasPicture());
+        for (const int frame : {4, 6}) {  // the first one is cut
+            FramesAhead ahead;
+            ahead.expect({{frame, 7, 8}});
+            viewerState.currentFrame = frame;
+            FrameStore store;
+            EXPECT_EQ(readFrameAgain(store), iffAborted) << frame;
+            EXPECT_FALSE(store.hasPicture()) << frame;
+        }
     }
 }
 

@@ -57,6 +57,8 @@ void createApplication() {
     const WithoutVariables unscaled;
     qputenv("QT_ENABLE_HIGHDPI_SCALING", "0");
     qInstallMessageHandler(showOnlyFatalMessages);
+    // Every place of the mouse counts: painted lines go through them all.
+    QApplication::setAttribute(Qt::AA_CompressHighFrequencyEvents, false);
     // Lives until the process ends: it must outlast everything that is destroyed at exit.
     new QApplication(count, arguments.data());
     qunsetenv("QT_ENABLE_HIGHDPI_SCALING");

@@ -78,13 +78,16 @@ std::optional<FileStamp> fileStamp(FILE* stream) {
 bool modifiedJustNow(const FileStamp& stamp) {
     FILETIME now;  // in units of 100 nanoseconds
     GetSystemTimeAsFileTime(&now);
-    return stamp.modified + 1'000'000 > joined(now.dwHighDateTime, now.dwLowDateTime);
+    constexpr uint64_t coarsest = 25'000'000;
+    return stamp.modified + coarsest > joined(now.dwHighDateTime, now.dwLowDateTime);
 }
 
 bool isRegularFile(const std::string& name) {
     struct _stat64 status;
     return _stat64(name.c_str(), &status) == 0 && (status.st_mode & _S_IFMT) == _S_IFREG;
 }
+
+size_t readBlockSize() { return 16 << 10; }
 
 int streamDescriptor(FILE* stream) { return _fileno(stream); }
 
