@@ -34,10 +34,11 @@ int screenMargin(int screen, int picture) { return std::max(0, (screen - picture
 
 int windowMargin(int least, int picture) { return picture < least ? least / 2 - picture / 2 : 0; }
 
-// The visible part of a zoomed picture side in a full-resolution window.
-int fittedSide(int picture, int workSide) {
-    if (!viewerState.noRescale || viewerState.fullScreen) return picture;
-    return std::min(picture, std::max(1, workSide - workAreaReserve));
+// The visible part of a zoomed picture side: in full resolution it may be larger than the screen.
+int fittedSide(int picture, int screenSide, int workSide) {
+    if (!viewerState.noRescale) return picture;
+    const int room = viewerState.fullScreen ? screenSide : workSide - workAreaReserve;
+    return std::min(picture, std::max(1, room));
 }
 
 // The window around picture and margins: centred on the work area at first, later where it is.
@@ -119,8 +120,8 @@ void computeMargins(int width, int height) {
         }
     }
     const platform::PixelRect work = platform::workArea();
-    layout.visibleWidth = fittedSide(zoomedWidth, work.width());
-    layout.visibleHeight = fittedSide(zoomedHeight, work.height());
+    layout.visibleWidth = fittedSide(zoomedWidth, screen.width, work.width());
+    layout.visibleHeight = fittedSide(zoomedHeight, screen.height, work.height());
 }
 
 void beginDisplay(FrameStore& frame) {

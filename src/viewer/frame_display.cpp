@@ -33,6 +33,7 @@ void readFollowingAhead() {
     if (!playing()) return;
     if (!session.ahead) session.ahead = std::make_unique<FramesAhead>();
     std::vector<int> frames = upcomingFrames(session.ahead->room());
+    frames.insert(frames.begin(), viewerState.currentFrame);
     std::erase_if(frames, [&](int frame) { return session.slots.find(frame) != nullptr; });
     session.ahead->expect(frames);
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <optional>
 #include <vector>
 
 #include "app/viewer_state.h"
@@ -33,12 +34,17 @@ class Progress {
     explicit Progress(int frames) : frames_(frames), console_(platform::isTerminal(2)) {}
 
     void show(int done) {
+        done_ = done;
+        refresh();
+    }
+    // Also called while a frame takes long: its text may have come too soon after the one before.
+    void refresh() {
         const uint32_t now = platform::tickMilliseconds();
-        if (shown_ && now - shownAt_ < progressInterval) return;
-        shown_ = true;
+        if (done_ == shown_ || (shown_ && now - shownAt_ < progressInterval)) return;
+        shown_ = done_;
         shownAt_ = now;
         const Tstring text =
-            formatMessage("s_VistelStrings.rVTLoading", {shownSourceName(), done, frames_});
+            formatMessage("s_VistelStrings.rVTLoading", {shownSourceName(), done_, frames_});
         setViewerTitle(text);
         if (console_) std::fprintf(stderr, "\r%s", text.c_str());
     }
@@ -49,9 +55,11 @@ class Progress {
  private:
     int frames_;
     bool console_;
-    bool shown_ = false;
+    int done_ = 0, shown_ = 0;
     uint32_t shownAt_ = 0;  // tick
 };
+
+std::optional<Progress> progress;  // of the load that goes on
 
 // Frames in a row that cannot be opened for the same reason are one message.
 class MissingFrames {
@@ -141,6 +149,7 @@ bool keyWaitsTooLong() {
 }  // namespace
 
 bool keepLoading() {
+    if (progress) progress->refresh();
     if (!platform::windowExists()) return !platform::interruptRequested() && !windowContext().quit;
     pumpEvents();
     bool redraw = false;
@@ -166,19 +175,20 @@ void loadRemainingFrames() {
     const int64_t step = viewerState.frameStep > 0 ? viewerState.frameStep : 1;
     const int frames = static_cast<int>((int64_t{viewerState.lastFrame} - first) / step + 1);
     loading = true;
-    Progress progress(frames);
+    progress.emplace(frames);
     MissingFrames missing;
     FramesAhead ahead;
     int done = 1;
     bool room = true;
     for (int64_t frame = first + step; frame <= viewerState.lastFrame && room && keepLoading();
          frame += step) {
-        progress.show(++done);
+        progress->show(++done);
         ahead.expect(followingFrames(frame, step, ahead.room()));
         room = loadFrame(static_cast<int>(frame), missing);
     }
     missing.report();
     if (!room) reportMemoryUsedUp(viewerState.currentFrame);
+    progress.reset();
     viewerState.currentFrame = first;
     loading = stopped = false;
 }

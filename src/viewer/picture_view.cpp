@@ -107,7 +107,9 @@ const char* missingFor(ChannelMode mode) {
 }
 
 void show(ChannelMode mode) {
-    viewerSession().mode = mode;
+    ViewerSession& session = viewerSession();
+    if (session.mode != mode) session.layout.clearWanted = true;  // the label changes
+    session.mode = mode;
     viewChanged();
 }
 

@@ -14,12 +14,12 @@ void PlaybackClock::reset() {
     carried_ = 0;
 }
 
-void PlaybackClock::resetAtWrap(int frameRate, int due) {
-    const float early = timeAhead(frameRate);
+void PlaybackClock::resetAtWrap(int frameRate, int due, float longestLag) {
+    const float ahead = timeAhead(frameRate);
     reset();
-    // Only what pacing itself lets a frame be early; a real lag is forgotten.
-    carried_ = std::clamp(early, 0.0f, 2.0f);
     framesDue_ = due;
+    constexpr float earliest = 2;  // pacing itself lets a frame be so early
+    carried_ = std::clamp(ahead - timeAhead(frameRate), -longestLag, earliest);
 }
 
 float PlaybackClock::timeAhead(int frameRate) const {

@@ -15,10 +15,10 @@ class PlaybackClock {
     // Starts counting now: no frame is due, no lag allowed.
     void reset();
 
-    // The range wrapped while playing: starts counting at the moment at which the frame on screen
-    // was due, so that frames shown up to 2 ms early do not shorten every round. `due` frames are
-    // due.
-    void resetAtWrap(int frameRate, int due);
+    // The range wrapped while playing, the step beyond its end has been counted: starts counting
+    // anew with `due` frames due, and with the few milliseconds that the next frame would have been
+    // early (up to 2) or late (up to `longestLag`), so that a round takes its nominal time.
+    void resetAtWrap(int frameRate, int due, float longestLag);
 
     // A step of so many frames was made.
     void step(int frames) { framesDue_ += frames; }
@@ -33,7 +33,7 @@ class PlaybackClock {
  private:
     uint32_t start_ = 0;  // tick, milliseconds
     int framesDue_ = 0;
-    float carried_ = 0;  // milliseconds before `start_` that a wrap carried over
+    float carried_ = 0;  // milliseconds that a wrap carried over; negative: late
 };
 
 // The rate shown in the status line: the average over each 20 passes.

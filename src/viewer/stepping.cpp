@@ -9,6 +9,9 @@ namespace vistel {
 
 namespace {
 
+// Milliseconds by which playing that skips frames may be late from one round to the next.
+constexpr float longestSkippedLag = 250;
+
 int stepSize() { return viewerState.frameStep > 0 ? viewerState.frameStep : 1; }
 
 bool pastRange(Direction direction, int64_t frame) {
@@ -35,7 +38,9 @@ int64_t advance(const Step& step) {
 void restartClock(const Step& step) {
     const int due = step.direction == Direction::forward ? stepSize() : 0;
     if (step.synthetic) {
-        playbackClock().resetAtWrap(effectiveFrameRate(), due);
+        const float frameTime = 1000.0f / float(effectiveFrameRate());
+        const float longestLag = viewerState.frameSkip ? longestSkippedLag : frameTime;
+        playbackClock().resetAtWrap(effectiveFrameRate(), due, longestLag);
     } else {
         playbackClock().reset();
         playbackClock().step(due);

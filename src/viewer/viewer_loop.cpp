@@ -69,7 +69,7 @@ bool otherReleased(const KeyPress& press) {
     return false;
 }
 
-// What lies between this move of the mouse and a later one that is queued already is left out.
+// Whether the mouse has moved on already: then this place need not be shown.
 bool laterMoveQueued() {
     return windowContext().queue.any(
         [](const InputEvent& event) { return event.code == EV_MOUSEY; });
@@ -82,8 +82,9 @@ bool mouseMoved(const KeyPress& press) {
     const auto place = static_cast<int16_t>(press.value);
     (press.code == EV_MOUSEX ? session.cursorX : session.cursorY) = place;
     if (press.code == EV_MOUSEX || !session.shown) return false;
-    if (session.painting.active) return paint(press);
-    if (laterMoveQueued()) return false;
+    const bool later = laterMoveQueued();
+    if (session.painting.active) return paint(press) && !later;
+    if (later) return false;
     if (session.dragging.scrub) return scrub();
     return session.dragging.pan && dragPicture(press);
 }
@@ -149,6 +150,7 @@ Ended handleEvents(bool drawn) {
         if (windowContext().queue.empty()) break;  // dropped by a command
         ended = handleEvent(keyPress(windowContext().queue.take(), false), redraw);
     }
+    if (!playing()) viewerSession().ahead.reset();
     while (drawn && !redraw && ended == Ended::no) {
         ended = handleEvent(playing() ? playbackStep() : keyPress(waitEvent(), false), redraw);
     }

@@ -29,23 +29,28 @@ TEST_F(PlaybackClockTest, SurvivesTheWrapOfTheTickCounter) {
     EXPECT_FLOAT_EQ(clock.timeAhead(20), 30.0f);
 }
 
-TEST_F(PlaybackClockTest, AWrapKeepsTheMillisecondsThatTheLastFrameWasEarly) {
-    PlaybackClock clock;
-    clock.reset();
-    clock.step(10);
-    advanceMilliseconds(99);  // the tenth frame at 100 frames/s was shown 1 ms early
-    clock.resetAtWrap(100, 1);
-    EXPECT_EQ(clock.framesDue(), 1);
-    EXPECT_FLOAT_EQ(clock.timeAhead(100), 11.0f);
-}
-
-TEST_F(PlaybackClockTest, AWrapForgetsALag) {
-    PlaybackClock clock;
-    clock.reset();
-    clock.step(10);
-    advanceMilliseconds(500);
-    clock.resetAtWrap(100, 1);
-    EXPECT_FLOAT_EQ(clock.timeAhead(100), 10.0f);
+// Ten frames of ten milliseconds have been shown, the eleventh step led beyond the range's end.
+TEST_F(PlaybackClockTest, AWrapKeepsTheMillisecondsThatTheNextFrameIsEarlyOrLate) {
+    const struct {
+        int elapsed, longestLag;
+        float ahead;
+    } rows[] = {
+        {100, 10, 10.0f},  // the last frame was in time: the first one comes a frame later
+        {99, 10, 11.0f},   // 1 ms early
+        {90, 10, 12.0f},   // never more than 2
+        {104, 10, 6.0f},   // drawing the last frame took 4 ms
+        {500, 10, 0.0f},   // a lag is forgotten but for a frame
+        {160, 250, -50.0f},
+    };
+    for (const auto& row : rows) {
+        PlaybackClock clock;
+        clock.reset();
+        clock.step(11);
+        advanceMilliseconds(row.elapsed);
+        clock.resetAtWrap(100, 1, row.longestLag);
+        EXPECT_EQ(clock.framesDue(), 1);
+        EXPECT_FLOAT_EQ(clock.timeAhead(100), row.ahead) << row.elapsed;
+    }
 }
 
 TEST_F(PlaybackClockTest, RateKeysChangeByOneTwoFiveOrTen) {

@@ -157,7 +157,7 @@ TEST_F(ViewCommandsTest, AMissingPlaneLeavesTheViewAndSaysSo) {
         {"no mask, other key", imageColour, false, 'M', "This image has no mask."},
         {"no depth", imageColour | imageMask, false, 'Z', "This image has no depth plane."},
         {"depth left out", imageColour | imageZ, false, 'Z',
-         "The depth plane of this image was not loaded (options -z, -Z)."},
+         "The depth plane was not loaded (options -z, -Z)."},
         {"matte only: red", imageBlack | imageMask, false, 'R', "This image has no colour."},
         {"matte only: green", imageBlack | imageMask, false, 'G', "This image has no colour."},
         {"matte only: blue", imageBlack | imageMask, false, 'B', "This image has no colour."},
