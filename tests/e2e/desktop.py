@@ -58,7 +58,7 @@ class Desktop:
         self._display = display.Display(self.name)
         self._root = self._display.screen().root
         self._screen = Path(self._folder.name) / "Xvfb_screen0"
-        self._held = []
+        self._held, self._buttons = [], set()
         self._open_screen()
         self.park_pointer()
 
@@ -213,6 +213,8 @@ class Desktop:
             self.release(modifier)
 
     def release_all(self):
+        for number in sorted(self._buttons):
+            self.button(number, False)
         for name in list(reversed(self._held)):
             self.release(name)
 
@@ -226,6 +228,7 @@ class Desktop:
     def button(self, number, down):
         kind = X.ButtonPress if down else X.ButtonRelease
         xtest.fake_input(self._display, kind, number)
+        (self._buttons.add if down else self._buttons.discard)(number)
         self._display.sync()
 
 

@@ -1,0 +1,79 @@
+"""Keys that switch something without changing the picture: what they say, and what they do."""
+
+import pytest
+
+import rules
+from desktop import wait_until
+from framefile import Animation, Picture, noise, stored_pixels, write
+from program import Player
+from scene import Scene
+
+
+def console(program):
+    return program.stdout().splitlines() + program.stderr().splitlines()
+
+
+def test_switches_tell_their_state_on_the_console(start, folder):
+    picture = Picture(colour=noise(101, 75))
+    write(folder / "one", picture)
+    scene = Scene(start("one"), stored_pixels(picture))
+    lines = []
+    for stroke in ("F8", "F8", "F8", "F11", "F11", "F8"):
+        before = len(console(scene.program))
+        scene.program.key(stroke)
+        wait_until(lambda: len(console(scene.program)) > before, what=f"a line after {stroke}")
+        lines.append(console(scene.program)[-1])
+    curve_on, curve_off = lines[:2]
+    assert curve_on != curve_off and lines[2] == curve_on
+    overwrite_on, overwrite_off = lines[3:5]
+    assert overwrite_on != overwrite_off and lines[5] == curve_off
+    assert len({curve_on, curve_off, overwrite_on, overwrite_off}) == 4
+    assert len(console(scene.program)) == 6
+    scene.expect(picture.colour)
+
+
+def test_a_picture_outlives_every_key_without_a_meaning_for_it(start, folder):
+    picture = Picture(colour=noise(101, 75))
+    write(folder / "one", picture)
+    scene = Scene(start("one"), stored_pixels(picture))
+    red = rules.grey(rules.plane(scene.stored, 3))
+    others = ["space", "Left", "Right", "comma", "period", "0", "7", "s", "t", "h", "j", "o", "y"]
+    others += ["Home", "End", "Page_Up", "Page_Down", "Insert", "Delete", "Escape", "F7", "F9"]
+    others += ["KP_Add", "KP_Subtract", "KP_5", "KP_Multiply", "Up", "Down", "Return", "BackSpace"]
+    for stroke in others:
+        scene.program.key(stroke)
+    scene.key("r", red)
+    scene.key("c", picture.colour)
+    assert scene.margin_is_clear()
+    assert scene.program.close() == 0
+    assert console(scene.program) == []
+
+
+# Strokes, and the rate they lead to from 12 frames per second.
+RATES = {
+    "up": (["KP_Add", "Shift_L+KP_Add", "Alt_L+KP_Add", "Alt_L+Shift_L+KP_Add"], 30),
+    "down": (["KP_Subtract", "Shift_R+KP_Subtract", "Alt_L+KP_Subtract"], 4),
+    "not below 1, then back to the start": (
+        ["Alt_L+Shift_L+KP_Subtract"] * 2 + ["Shift_L+KP_Add", "Control_L+KP_Add", "KP_Add"],
+        13,
+    ),
+}
+
+
+@pytest.mark.parametrize("strokes, rate", RATES.values(), ids=RATES.keys())
+def test_the_keypad_changes_the_frame_rate(start, folder, strokes, rate):
+    # A range of `rate` frames takes one second.
+    animation = Animation(last=rate).write(folder)
+    player = Player(start("-r", "12", "shot."), animation)
+    player.pause()
+    player.program.key(*strokes, "space")
+    assert player.seconds_per_round() == pytest.approx(1.0, abs=0.12)
+
+
+def test_escape_means_nothing_in_a_window(play):
+    player = play(last=3)
+    player.step("Right", 2)
+    before = player.desktop.rectangle(player.program.window())
+    player.program.key("Escape")
+    player.step("Right", 3)
+    assert player.desktop.rectangle(player.program.window()) == before
