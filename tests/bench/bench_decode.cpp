@@ -115,8 +115,10 @@ void runDecode(benchmark::State& state, PictureKind kind, const TileKernels* ker
     const TileSet& set = tileSet(kind);
     TileDecoder decoder(*kernels);
     const TileTarget target{touchedPlane(), width, 1, true};
-    for (auto _ : state)
+    for (auto _ : state) {
         if (!decodeTiles(decoder, set, target)) return state.SkipWithError("no memory");
+        decoder.settle();
+    }
     countBytes(state);
 }
 
