@@ -27,7 +27,8 @@ SourceReader readerOfFile(const std::string& located, bool waitForWriter) {
 }  // namespace
 
 SourceStream::SourceStream(FILE* file, bool isPipe) : file_(file), isPipe_(isPipe) {
-    if (!file) return;
+    // A standard stream outlives this object, and would outlive its buffer.
+    if (!file || platform::isStandardStream(file)) return;
     const size_t blockSize = platform::readBlockSize();
     block_.reset(new (std::nothrow) char[blockSize]);
     if (block_) std::setvbuf(file, block_.get(), _IOFBF, blockSize);

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <iterator>
 #include <mutex>
 #include <new>
 #include <string>
@@ -57,52 +58,40 @@ FILE* wrapOpen(const std::string&, const char*) asm("__wrap_" VISTEL_OPEN_FILE);
 
 namespace {
 
-// A set of blocks with a number each; it never allocates.
+// A set of blocks; it never allocates.
 class BlockTable {
  public:
     void clear() {
-        std::fill(std::begin(slots_), std::end(slots_), Slot{});
+        std::fill(std::begin(slots_), std::end(slots_), nullptr);
         count_ = 0;
     }
-    // The block's number, created as 0; null when the table is full.
-    size_t* add(void* block) {
-        if (count_ > size / 2) return nullptr;
-        Slot& slot = find(block);
-        if (!slot.block) {
-            slot.block = block;
-            ++count_;
-        }
-        return &slot.number;
+    void add(void* block) {
+        void*& slot = find(block);
+        if (slot || count_ == size / 2) return;
+        slot = block;
+        ++count_;
     }
-    // Removes the block. Its number, 0 when it is not there.
-    size_t remove(void* block) {
-        Slot* slot = &find(block);
-        if (!slot->block) return 0;
-        const size_t number = slot->number;
-        *slot = {};
+    void remove(void* block) {
+        void** slot = &find(block);
+        if (!*slot) return;
+        *slot = nullptr;
         --count_;
-        for (size_t at = indexOf(slot) + 1;; ++at) {  // those behind it may belong before it
-            Slot moved = slots_[at % size];
-            if (!moved.block) return number;
-            slots_[at % size] = {};
-            find(moved.block) = moved;
+        for (size_t at = static_cast<size_t>(slot - slots_) + 1; slots_[at % size]; ++at) {
+            // Those behind it may belong before it.
+            void* const moved = std::exchange(slots_[at % size], nullptr);
+            find(moved) = moved;
         }
     }
     size_t count() const { return count_; }
 
  private:
     static constexpr size_t size = 1 << 14;
-    struct Slot {
-        void* block = nullptr;
-        size_t number = 0;
-    };
-    size_t indexOf(const Slot* slot) const { return static_cast<size_t>(slot - slots_); }
-    Slot& find(void* block) {
+    void*& find(void* block) {
         size_t at = (reinterpret_cast<uintptr_t>(block) >> 4) * 0x9E3779B97F4A7C15u % size;
-        while (slots_[at].block && slots_[at].block != block) at = (at + 1) % size;
+        while (slots_[at] && slots_[at] != block) at = (at + 1) % size;
         return slots_[at];
     }
-    Slot slots_[size];
+    void* slots_[size] = {};
     size_t count_ = 0;
 };
 
@@ -126,7 +115,7 @@ struct State {
     FaultSpan span = FaultSpan::once;
     bool happened = false;
     bool counting = false, pipesOnly = false;
-    BlockTable blocks, reservations;
+    BlockTable blocks, reservations, streams;
     size_t requestedBytes = 0, pages = 0, peakPages = 0;
 };
 constinit State state;
@@ -140,23 +129,44 @@ bool failsNow(FaultKind kind) {
     return true;
 }
 
-void* counted(void* block, size_t bytes) {
-    if (!state.counting || !block) return block;
-    const std::lock_guard guard(state.lock);
-    state.blocks.add(block);
-    state.requestedBytes += bytes;
-    return block;
-}
-
-void forgotten(void* block) {
+void remember(BlockTable& table, void* block, size_t bytes = 0) {
     if (!state.counting || !block) return;
     const std::lock_guard guard(state.lock);
-    state.blocks.remove(block);
+    table.add(block);
+    state.requestedBytes += bytes;
+}
+
+void forget(BlockTable& table, void* block) {
+    if (!state.counting || !block) return;
+    const std::lock_guard guard(state.lock);
+    table.remove(block);
+}
+
+void* counted(void* block, size_t bytes) {
+    remember(state.blocks, block, bytes);
+    return block;
 }
 
 void* noMemory() {
     errno = ENOMEM;
     return nullptr;
+}
+
+void throwOne() {
+    try {
+        throw std::bad_alloc();
+    } catch (const std::bad_alloc&) {
+    }
+}
+
+// The first exception makes what all others need, and so does the first for which there is no
+// memory: the lock of the reserve from which such exceptions are taken.
+void throwFirstOnes() {
+    static bool done = false;
+    if (std::exchange(done, true)) return;
+    throwOne();
+    const Fault fault(faultMemory, 1);
+    throwOne();
 }
 
 }  // namespace
@@ -170,33 +180,16 @@ Fault::Fault(unsigned kinds, int n, FaultSpan span) {
 Fault::~Fault() { state.kinds = 0; }
 bool Fault::happened() const { return state.happened; }
 
-static void throwOne() {
-    try {
-        throw std::bad_alloc();
-    } catch (const std::bad_alloc&) {
-    }
-}
-
-// The first exception makes what all others need, and so does the first for which there is no
-// memory: the lock of the reserve from which such exceptions are taken.
-static void throwFirstOnes() {
-    static bool done = false;
-    if (std::exchange(done, true)) return;
-    throwOne();
-    const Fault fault(faultMemory, 1);
-    throwOne();
-}
-
 AllocationCount::AllocationCount() {
     throwFirstOnes();
-    state.blocks.clear();
-    state.reservations.clear();
+    for (BlockTable* table : {&state.blocks, &state.reservations, &state.streams}) table->clear();
     state.requestedBytes = state.pages = state.peakPages = 0;
     state.counting = true;
 }
 AllocationCount::~AllocationCount() { state.counting = false; }
 size_t AllocationCount::blocks() const { return state.blocks.count(); }
 size_t AllocationCount::reservations() const { return state.reservations.count(); }
+size_t AllocationCount::streams() const { return state.streams.count(); }
 size_t AllocationCount::requestedBytes() const { return state.requestedBytes; }
 size_t AllocationCount::peakPages() const { return state.peakPages; }
 
@@ -208,17 +201,13 @@ PipesOnly::~PipesOnly() { state.pipesOnly = false; }
 void* wrapReserve(size_t bytes) {
     if (failsNow(faultPages)) return nullptr;
     void* start = realReserve(bytes);
-    if (!state.counting || !start) return start;
-    const std::lock_guard guard(state.lock);
-    state.reservations.add(start);
+    remember(state.reservations, start);
     return start;
 }
 
 // Counted as if every commitment were of pages that were not usable before.
 bool wrapCommit(void* start, size_t bytes) {
-    if (failsNow(faultPages)) return false;
-    if (!realCommit(start, bytes)) return false;
-    if (!state.counting) return true;
+    if (failsNow(faultPages) || !realCommit(start, bytes)) return false;
     const std::lock_guard guard(state.lock);
     state.pages += bytes;
     state.peakPages = std::max(state.peakPages, state.pages);
@@ -227,9 +216,8 @@ bool wrapCommit(void* start, size_t bytes) {
 
 void wrapRelease(void* start, size_t bytes) {
     realRelease(start, bytes);
-    if (!state.counting) return;
+    forget(state.reservations, start);
     const std::lock_guard guard(state.lock);
-    state.reservations.remove(start);
     state.pages -= std::min(bytes, state.pages);
 }
 
@@ -243,9 +231,13 @@ platform::StreamStatus wrapStatus(FILE* stream) {
 }
 
 FILE* wrapOpen(const std::string& name, const char* mode) {
-    if (!failsNow(faultOpen)) return realOpen(name, mode);
-    errno = EMFILE;
-    return nullptr;
+    if (failsNow(faultOpen)) {
+        errno = EMFILE;
+        return nullptr;
+    }
+    FILE* stream = realOpen(name, mode);
+    remember(state.streams, stream);
+    return stream;
 }
 
 }  // namespace vistel::test
@@ -264,11 +256,11 @@ void* __wrap_realloc(void* block, size_t bytes) {
     if (failsNow(faultMemory)) return noMemory();
     void* grown = __real_realloc(block, bytes);
     if (!grown) return nullptr;
-    forgotten(block);
+    forget(state.blocks, block);
     return counted(grown, bytes);
 }
 void __wrap_free(void* block) {
-    forgotten(block);
+    forget(state.blocks, block);
     __real_free(block);
 }
 
@@ -299,6 +291,7 @@ int __wrap_fflush(FILE* stream) {
 }
 int __wrap_fclose(FILE* stream) {
     const bool fails = failsNow(faultWrite);
+    forget(state.streams, stream);
     const int result = __real_fclose(stream);
     if (!fails) return result;
     errno = ENOSPC;

@@ -36,6 +36,7 @@ class AllocationCount {
     AllocationCount& operator=(const AllocationCount&) = delete;
     size_t blocks() const;          // allocated since then and not yet freed
     size_t reservations() const;    // the same for reserveMemory
+    size_t streams() const;         // opened by openFile and not yet closed
     size_t requestedBytes() const;  // in all since then, freed or not
     size_t peakPages() const;       // most bytes of memory pages in use at a time
 };

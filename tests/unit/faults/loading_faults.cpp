@@ -43,7 +43,7 @@ Outcome loadWithFault(OneFile& file, const Way& way, unsigned kinds, int n, Faul
     }
     testing::internal::GetCapturedStdout();
     emptyPlanePool();
-    outcome.clean = count.blocks() == 0 && count.reservations() == 0;
+    outcome.clean = count.blocks() == 0 && count.reservations() == 0 && count.streams() == 0;
     return outcome;
 }
 

@@ -80,6 +80,7 @@ class SourceFaults : public testing::Test {
  private:
     bool failOne(unsigned kinds, int n, FaultSpan span, const std::vector<int>& codes) {
         emptyPlanePool();
+        const test::AllocationCount count;
         int code = 1;
         bool happened = false;
         {
@@ -95,6 +96,7 @@ class SourceFaults : public testing::Test {
             const bool speechless = (kinds & test::faultMemory) && span == FaultSpan::fromThenOn;
             EXPECT_TRUE(speechless || !lastFrameReason().empty());
         }
+        EXPECT_EQ(count.streams(), 0u);
         EXPECT_EQ(readFrame(3), iffOk);
         EXPECT_EQ(lastFrameReason(), "");
         return happened;
