@@ -20,10 +20,11 @@ class Failed(Exception):
     """A measurement could not be taken; says why."""
 
 
-def available_memory():
+def memory_of(field):
+    """Bytes, by a field of /proc/meminfo: MemAvailable, or MemFree, what not even a cache uses."""
     with open("/proc/meminfo", encoding="ascii") as lines:
         fields = dict(line.split(":") for line in lines)
-    return int(fields["MemAvailable"].split()[0]) * 1024
+    return int(fields[field].split()[0]) * 1024
 
 
 def resident_bytes(process):
@@ -38,8 +39,9 @@ class WarmMemory:
     """Memory held between runs and released for them, as much as each will fill.
 
     A virtual machine may give memory that lies free for a second or two back to its host, and then
-    its first use is many times as slow. Holding it keeps it supplied, so that every run starts from
-    the same. What a long run fills is released little by little, ahead of it.
+    its first use is many times as slow. Holding nearly all of it keeps it supplied, so that every
+    run finds only memory that was in use a moment ago. What a long run fills is released little by
+    little, ahead of it.
     """
 
     BLOCK = 64 << 20
@@ -49,8 +51,8 @@ class WarmMemory:
     def __init__(self):
         self.blocks = []
 
-    def hold(self, size):
-        while len(self.blocks) * self.BLOCK < size:
+    def hold_all_but(self, spare):
+        while memory_of("MemFree") > spare + self.BLOCK:
             block = mmap.mmap(-1, self.BLOCK, flags=mmap.MAP_PRIVATE | mmap.MAP_ANONYMOUS)
             block.madvise(mmap.MADV_HUGEPAGE)
             block.madvise(self.POPULATE_WRITE)

@@ -24,7 +24,8 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 BUILD = ROOT / "build" / "bench"
 FILES = BUILD / "files"
 ROUNDS, QUICK_ROUNDS = 7, 2
-MEMORY_LEFT = 3e9  # bytes that the files in the page cache and everything else may need
+MEMORY_LEFT = 5e9  # bytes that the files in the page cache and everything else may need
+MEMORY_FREE = 1e9  # bytes that are left free between runs
 BRACKETS = re.compile(r"\[([^\]]+)\]")
 
 
@@ -133,7 +134,7 @@ class Measurements:
         print(why, file=sys.stderr)
 
     def drop_what_cannot_run(self, steps):
-        spare = measuring.available_memory() - MEMORY_LEFT
+        spare = measuring.memory_of("MemAvailable") - MEMORY_LEFT
         unmade = [f"{FILES}/{step['folder']}/" for step in steps if not installed(step["command"])]
         for run in self.runs:
             if not installed(run["command"]):
@@ -143,10 +144,9 @@ class Measurements:
             elif run.get("memory", 0) > spare:
                 self.missing[run["name"]] = f"needs {run['memory'] / 1e9:.1f} GB of free memory"
         self.runs = [run for run in self.runs if run["name"] not in self.missing]
-        self.most_memory = max((run.get("memory", 0) for run in self.runs), default=0)
 
     def take_run(self, run):
-        self.memory.hold(self.most_memory)
+        self.memory.hold_all_but(MEMORY_FREE)
         values = measuring.time_command(run, self.memory)
         return {f"{run['name']}:{key}".rstrip(":"): value for key, value in values.items()}
 
