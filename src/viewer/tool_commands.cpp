@@ -16,10 +16,11 @@ namespace {
 
 bool run(bool (*tool)()) { return tool && tool(); }
 
-void reportSwitch(const char* id, bool on) {
-    const Tstring state = messageText(on ? "s_VistelStrings.rVTOn" : "s_VistelStrings.rVTOff");
-    std::fprintf(stderr, "%s\n", formatMessage(id, {state}).c_str());
+Tstring onOrOff(bool on) {
+    return messageText(on ? "s_VistelStrings.rVTOn" : "s_VistelStrings.rVTOff");
 }
+
+void print(const Tstring& line) { std::fprintf(stderr, "%s\n", line.c_str()); }
 
 // The outline of a tile in the window, corners inclusive.
 void outline(const TileRect& tile) {
@@ -66,13 +67,13 @@ bool toggleDoubleBuffer(const KeyPress&, int) {
 
 bool toggleLuminanceCurve(const KeyPress&, int) {
     viewerState.luminanceCurve = !viewerState.luminanceCurve;
-    reportSwitch("s_VistelStrings.rVTLumCurve", viewerState.luminanceCurve);
+    print(formatMessage("s_VistelStrings.rVTLumCurve", {onOrOff(viewerState.luminanceCurve)}));
     return false;
 }
 
 bool toggleOverwrite(const KeyPress&, int) {
     viewerState.overwriteMode = !viewerState.overwriteMode;
-    reportSwitch("s_VistelStrings.rVTOverwriteMode", viewerState.overwriteMode);
+    print(formatMessage("s_VistelStrings.rVTOverwriteMode", {onOrOff(viewerState.overwriteMode)}));
     return false;
 }
 
