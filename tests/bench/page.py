@@ -62,6 +62,14 @@ def table(rows):
     return lines
 
 
+def missed(rows):
+    """What is known of the goals that were missed."""
+    known = [row for row in rows if row.figures and not row.reached() and row.limit]
+    if not known:
+        return []
+    return ["", "## Missed goals", "", *(f"- {row.what}: {row.limit}" for row in known)]
+
+
 def document(rows, machine_rows, rounds, busy):
     today = datetime.date.today().isoformat()
     facts = machine_rows + [("date", today)]
@@ -69,5 +77,5 @@ def document(rows, machine_rows, rounds, busy):
         facts.append(("not idle", f"others kept {busy:.1f} processors busy before or after"))
     method = METHOD.format(rounds=rounds, repetitions=REPETITIONS)
     machine_lines = [f"- {what}: {text}" for what, text in facts]
-    return "\n".join([HEAD, *table(rows), "", "Rows without a goal are for information.", "",
+    return "\n".join([HEAD, *table(rows), "", "Rows without a goal are for information.", *missed(rows), "",
                       "## Machine", "", *machine_lines, "", method])

@@ -37,6 +37,7 @@ class Row:
     least: float | None = None
     most: float | None = None
     needs: str = ""  # instruction set
+    limit: str = ""  # what stands in the way of the goal, as far as it was measured
     figures: list = dataclasses.field(default_factory=list)  # one for each round
     missing: str = ""  # why it could not be measured
 
