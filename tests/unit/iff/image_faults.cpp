@@ -117,6 +117,17 @@ TEST(BrokenFiles, ThatPromiseMoreThanTheyHoldTakeNoMemoryForIt) {
     EXPECT_TRUE(code == iffPartialIo || code == iffIncomplete) << code;
 }
 
+TEST(BrokenFiles, MayNotSpreadAFewBytesOverAHugePlane) {
+    // Rows of 4 MB, a pixel of two bytes in each; the load ends before it meets the bad rectangle.
+    const ImageHeader head = test::header(1 << 20, 65535, imageColour | imageMask);
+    Bytes tiles;
+    for (uint16_t y = 0; y < 200; ++y)
+        tiles.add(test::tile("RGBA", {0, y, 0, y}, Bytes().u8(0x80).u8(1)));
+    tiles.add(test::tile("RGBA", {1, 0, 0, 0}, Bytes().u8(0x80).u8(1)));
+    Loading load(test::imageForm(head, tiles));
+    EXPECT_EQ(load.run(), iffNoMemory);
+}
+
 TEST(BrokenFiles, NestedDeeplyEndInAListedCode) {
     for (const char* type : {"CIMG", "XYZW"}) {
         Bytes deep;
