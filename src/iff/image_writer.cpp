@@ -17,6 +17,7 @@
 namespace vistel {
 
 static constexpr uint32_t largestTiled = 65535;  // tile rectangles are 16-bit
+
 TileSize tileSize(uint16_t width, uint16_t height) {
     if (width > 16384) return {2048, 16};
     if (width > 8192) return {1024, 32};
@@ -47,8 +48,7 @@ int ImageWriter::openStream(FILE* stream, bool forceStream) {
     container_.reset(new (std::nothrow) IffWriter);
     if (!container_) {
         // What was handed over is closed whatever happens.
-        if (stream && !platform::isStandardStream(stream))
-            std::fclose(stream);
+        if (stream && !platform::isStandardStream(stream)) std::fclose(stream);
         return iffNoMemory;
     }
     const int code = container_->openStream(stream, forceStream);

@@ -46,9 +46,8 @@ VISTEL_AVX2 static inline void storePacket(uint8_t* values, const uint8_t* data,
 // Every packet takes the same way without a branch, as if it were as long as packets can be: to
 // foresee wrongly which packet comes next costs more than the stores.
 template <bool checked>
-VISTEL_AVX2 static inline void unpackSafe(const uint8_t*& source, const uint8_t* lastSafe,
-                                          uint8_t*& values, const uint8_t* stop,
-                                          const uint8_t* end) {
+VISTEL_AVX2 static void unpackSafe(const uint8_t*& source, const uint8_t* lastSafe,
+                                   uint8_t*& values, const uint8_t* stop, const uint8_t* end) {
     const __m256i first = _mm256_setzero_si256(), second = _mm256_set1_epi8(1);
     const __m256i minusOne = _mm256_set1_epi8(-1);
     const uint8_t* data = source;
@@ -72,20 +71,10 @@ VISTEL_AVX2 static inline void unpackSafe(const uint8_t*& source, const uint8_t*
     values = out;
 }
 
-VISTEL_AVX2 static size_t unpackRleAvx2(const uint8_t*& source, const uint8_t* end, uint8_t* values,
-                                        size_t count, size_t enough) {
-    uint8_t* out = values;
-    const uint8_t* const outEnd = values + count;
-    const uint8_t* const stop = values + enough;
-    if (end - source >= safeData) {
-        const uint8_t* const lastSafe = end - safeData;
-        if (count > 127)
-            unpackSafe<false>(source, lastSafe, out, std::min(stop, outEnd - 127), outEnd);
-        if (source <= lastSafe) unpackSafe<true>(source, lastSafe, out, stop, outEnd);
-    }
-    const size_t done = static_cast<size_t>(out - values);
-    return done +
-           unpackPackets<storeRun>(source, end, out, count - done, enough - std::min(done, enough));
+static size_t unpackRleAvx2(const uint8_t*& source, const uint8_t* end, uint8_t* values,
+                            size_t count, size_t enough) {
+    return unpackInBlocks<unpackSafe<false>, unpackSafe<true>, storeRun>(source, end, values, count,
+                                                                         enough);
 }
 
 // Pixels [x, x + 32) of a row.

@@ -22,8 +22,8 @@ static inline void store64(uint8_t* values, const uint8_t* data, __m128i keep, _
 // Both kinds of packet take the same way, only long ones a longer one: to foresee wrongly which
 // packet comes next costs more than the stores.
 template <bool checked>
-static inline void unpackSafe(const uint8_t*& source, const uint8_t* lastSafe, uint8_t*& values,
-                              const uint8_t* stop, const uint8_t* end) {
+static void unpackSafe(const uint8_t*& source, const uint8_t* lastSafe, uint8_t*& values,
+                       const uint8_t* stop, const uint8_t* end) {
     const uint8_t* data = source;
     uint8_t* out = values;
     size_t control = *data;
@@ -45,18 +45,8 @@ static inline void unpackSafe(const uint8_t*& source, const uint8_t* lastSafe, u
 
 static size_t unpackRleSse2(const uint8_t*& source, const uint8_t* end, uint8_t* values,
                             size_t count, size_t enough) {
-    uint8_t* out = values;
-    const uint8_t* const outEnd = values + count;
-    const uint8_t* const stop = values + enough;
-    if (end - source >= safeData) {
-        const uint8_t* const lastSafe = end - safeData;
-        if (count > 127)
-            unpackSafe<false>(source, lastSafe, out, std::min(stop, outEnd - 127), outEnd);
-        if (source <= lastSafe) unpackSafe<true>(source, lastSafe, out, stop, outEnd);
-    }
-    const size_t done = static_cast<size_t>(out - values);
-    return done +
-           unpackPackets<storeRun>(source, end, out, count - done, enough - std::min(done, enough));
+    return unpackInBlocks<unpackSafe<false>, unpackSafe<true>, storeRun>(source, end, values, count,
+                                                                         enough);
 }
 
 static size_t unpackQrlSse2(const uint8_t*& source, const uint8_t* end, uint8_t* const planes[3],

@@ -19,6 +19,28 @@ inline const uint8_t* nextPacket(const uint8_t* data, size_t control) {
     return literal ? behindRun + control : behindRun;
 }
 
+// Unpacks packets while there is safe data behind `source` and `values` lies before `stop`.
+using UnpackSafe = void (*)(const uint8_t*& source, const uint8_t* lastSafe, uint8_t*& values,
+                            const uint8_t* stop, const uint8_t* end);
+
+// TileKernels::unpackRle: without asking where no packet can run past the values, then asking, then
+// packet by packet at the end of the data.
+template <UnpackSafe unasked, UnpackSafe asked, void (*storeRun)(uint8_t*, uint8_t, size_t)>
+size_t unpackInBlocks(const uint8_t*& source, const uint8_t* end, uint8_t* values, size_t count,
+                      size_t enough) {
+    uint8_t* out = values;
+    const uint8_t* const outEnd = values + count;
+    const uint8_t* const stop = values + enough;
+    if (end - source >= safeData) {
+        const uint8_t* const lastSafe = end - safeData;
+        if (count > 127) unasked(source, lastSafe, out, std::min(stop, outEnd - 127), outEnd);
+        if (source <= lastSafe) asked(source, lastSafe, out, stop, outEnd);
+    }
+    const size_t done = static_cast<size_t>(out - values);
+    return done +
+           unpackPackets<storeRun>(source, end, out, count - done, enough - std::min(done, enough));
+}
+
 inline __m128i load16(const uint8_t* bytes) {
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
 }

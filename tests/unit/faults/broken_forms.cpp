@@ -21,12 +21,6 @@ using test::Way;
 
 constexpr size_t megabyte = size_t{1} << 20;
 
-int loadAs(OneFile& file, const Way& way) {
-    if (!way.pipe) return file.load(way);
-    const test::PipesOnly pipes;
-    return file.load(way);
-}
-
 // What one load came to. Nothing is expected of it while standard output is captured: the message
 // would be lost.
 struct Outcome {

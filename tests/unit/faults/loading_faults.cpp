@@ -19,12 +19,6 @@ using test::FaultSpan;
 using test::OneFile;
 using test::Way;
 
-int loadAs(OneFile& file, const Way& way) {
-    if (!way.pipe) return file.load(way);
-    const test::PipesOnly pipes;
-    return file.load(way);
-}
-
 struct Outcome {
     int code = iffOk;
     bool failed = false;  // the fault happened

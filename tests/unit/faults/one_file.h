@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "faults/fault_points.h"
 #include "iff/every_form.h"
 #include "iff/image_loader.h"
 
@@ -70,5 +71,12 @@ class OneFile {
     }
     TemporaryFile file_;
 };
+
+// Loads the file the given way, as a pipe where it says so.
+inline int loadAs(OneFile& file, const Way& way) {
+    if (!way.pipe) return file.load(way);
+    const PipesOnly pipes;
+    return file.load(way);
+}
 
 }  // namespace vistel::test
