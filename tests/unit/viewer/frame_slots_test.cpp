@@ -1,5 +1,6 @@
 #include "viewer/frame_slots.h"
 
+#include <chrono>
 #include <map>
 #include <string>
 #include <vector>
@@ -134,6 +135,26 @@ TEST_F(MemoryLimitTest, FramesBeyondTheLimitAreReadWhenTheyAreShown) {
         EXPECT_EQ(shown[i].first, number * 10) << i;
         EXPECT_EQ(shown[i].second, number <= 3 ? SourceMark::memory : SourceMark::disk) << i;
     }
+}
+
+TEST_F(MemoryLimitTest, FramesPlayedFromTheirFilesHaveBeenReadAhead) {
+    for (int number = 1; number <= 6; ++number) {  // files that rest
+        const fs::path file = "shot." + std::to_string(number);
+        fs::last_write_time(file, fs::last_write_time(file) - std::chrono::hours(1));
+    }
+    platform::setEnvironmentVariable("VISTEL_THREADS", "1");  // room for three of the six frames
+    viewerState.kmem = 0;
+    load(6);
+    viewerState.frameRate = 300;
+    size_t taken = 0;
+    for (int i = 0; i < 400; ++i)
+        headless::script([&] {
+            if (viewerSession().ahead) taken = viewerSession().ahead->taken();
+        });
+    const size_t shown = play(1).size() + size_t(headless::presents());
+    platform::setEnvironmentVariable("VISTEL_THREADS", "");
+    ASSERT_GT(shown, 20u);
+    EXPECT_GT(taken, shown / 2);
 }
 
 TEST_F(MemoryLimitTest, WithRoomForAllNothingIsReadAgain) {
