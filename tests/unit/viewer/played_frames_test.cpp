@@ -30,10 +30,12 @@ void* operator new[](std::size_t bytes) { return operator new(bytes); }
 void* operator new[](std::size_t bytes, const std::nothrow_t& tag) noexcept {
     return operator new(bytes, tag);
 }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
-void operator delete[](void* memory) noexcept { std::free(memory); }
-void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
+// g++ 12 takes std::free here for the wrong partner of the operators above: it looks through them.
+[[gnu::noinline]] static void freeCounted(void* memory) { std::free(memory); }
+void operator delete(void* memory) noexcept { freeCounted(memory); }
+void operator delete(void* memory, std::size_t) noexcept { freeCounted(memory); }
+void operator delete[](void* memory) noexcept { freeCounted(memory); }
+void operator delete[](void* memory, std::size_t) noexcept { freeCounted(memory); }
 
 namespace vistel {
 
