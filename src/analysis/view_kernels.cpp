@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstring>
 #include <utility>
 
 #include "platform/process.h"
@@ -17,51 +18,93 @@ constexpr uint32_t grey(uint32_t value) { return opaque | value * 0x010101u; }
 
 // ---- look-up table: one loop for each set of planes ----
 
-// The tables with every entry at its byte's place in the pixel.
-struct PlacedTables {
-    uint32_t plane[4][256];
+// The tables of two neighbouring planes as one, which halves the look-ups.
+struct PairTable {
+    uint16_t pair[65536];
+
+    void build(const uint8_t* low, const uint8_t* high) {
+        for (unsigned i = 0; i < 256; ++i)
+            for (unsigned k = 0; k < 256; ++k)
+                pair[i * 256 + k] = static_cast<uint16_t>(high[i] << 8 | low[k]);
+    }
 };
 
-template <unsigned planes>
-uint32_t lookUpPixel(const PlacedTables& tables, uint32_t pixel) {
-    uint32_t found = 0;
-    if constexpr (planes & 1) found |= tables.plane[0][pixel >> 24];
-    if constexpr (planes & 2) found |= tables.plane[1][pixel >> 16 & 255];
-    if constexpr (planes & 4) found |= tables.plane[2][pixel >> 8 & 255];
-    if constexpr (planes & 8) found |= tables.plane[3][pixel & 255];
-    return found;
-}
+// The upper (0) and lower (1) half of a pixel: planes 0 and 1, 2 and 3.
+constexpr unsigned planesOfHalf(unsigned planes, int half) { return planes >> 2 * half & 3; }
 
-template <unsigned planes>
-void lookUpPlanes(const ByteTables& tables, const uint32_t* stored, size_t pixels,
-                  uint32_t* display) {
-    PlacedTables placed;
-    for (int plane = 0; plane < 4; ++plane)
-        for (int i = 0; i < 256; ++i)
-            placed.plane[plane][i] = uint32_t{tables.plane[plane][i]} << planeShift(plane);
-    constexpr uint32_t kept = ~planeBits(planes);
-    const auto one = [&](size_t i) {
-        display[i] = (display[i] & kept) | lookUpPixel<planes>(placed, stored[i]);
-    };
-    size_t i = 0;
-    for (; i + 8 <= pixels; i += 8) {
-#pragma GCC unroll 8
-        for (size_t k = 0; k < 8; ++k) one(i + k);
+struct LookUpTables {
+    const ByteTables* bytes;
+    PairTable pairs[2];  // of the halves
+};
+
+// A set of planes, and whether the tables of pairs are filled for the halves that have both.
+template <unsigned planes, bool pairs>
+struct LookUp {
+    template <int half>
+    static uint16_t found(const LookUpTables& tables, uint16_t stored) {
+        constexpr unsigned wanted = planesOfHalf(planes, half);
+        if constexpr (pairs && wanted == 3) return tables.pairs[half].pair[stored];
+        uint16_t found = 0;
+        if constexpr (wanted & 1)
+            found = static_cast<uint16_t>(tables.bytes->plane[2 * half][stored >> 8] << 8);
+        if constexpr (wanted & 2) found |= tables.bytes->plane[2 * half + 1][stored & 255];
+        return found;
     }
-    for (; i < pixels; ++i) one(i);
+
+    // Stores the bytes of the planes alone, so that nothing need be read to keep the others.
+    template <int half>
+    static void store(uint16_t found, uint8_t* place) {
+        constexpr unsigned wanted = planesOfHalf(planes, half);
+        if constexpr (wanted == 3) std::memcpy(place, &found, sizeof found);
+        if constexpr (wanted == 1) place[1] = static_cast<uint8_t>(found >> 8);
+        if constexpr (wanted == 2) place[0] = static_cast<uint8_t>(found);
+    }
+
+    template <size_t count>
+    static void block(const LookUpTables& tables, const uint32_t* stored, uint32_t* display) {
+        uint16_t lower[count], upper[count];
+#pragma GCC unroll 4
+        for (size_t k = 0; k < count; ++k) {
+            lower[k] = found<1>(tables, static_cast<uint16_t>(stored[k]));
+            upper[k] = found<0>(tables, static_cast<uint16_t>(stored[k] >> 16));
+        }
+        auto* bytes = reinterpret_cast<uint8_t*>(display);
+#pragma GCC unroll 4
+        for (size_t k = 0; k < count; ++k) {
+            store<1>(lower[k], bytes + 4 * k);
+            store<0>(upper[k], bytes + 4 * k + 2);
+        }
+    }
+
+    static void run(const LookUpTables& tables, const uint32_t* stored, size_t pixels,
+                    uint32_t* display) {
+        size_t i = 0;
+        for (; i + 4 <= pixels; i += 4) block<4>(tables, stored + i, display + i);
+        for (; i < pixels; ++i) block<1>(tables, stored + i, display + i);
+    }
+};
+
+using LookUpLoop = void (*)(const LookUpTables&, const uint32_t*, size_t, uint32_t*);
+
+template <bool pairs, unsigned... planes>
+constexpr std::array<LookUpLoop, 16> lookUpLoops(std::integer_sequence<unsigned, planes...>) {
+    return {LookUp<planes, pairs>::run...};
 }
 
-using LookUp = void (*)(const ByteTables&, const uint32_t*, size_t, uint32_t*);
-
-template <size_t... planes>
-constexpr std::array<LookUp, sizeof...(planes)> lookUpLoops(std::index_sequence<planes...>) {
-    return {lookUpPlanes<planes>...};
-}
+// Filling a table of pairs takes longer than it saves for fewer pixels.
+constexpr size_t pairsPay = size_t{1} << 18;
 
 void lookUpScalar(const ByteTables& tables, unsigned planes, const uint32_t* stored, size_t pixels,
                   uint32_t* display) {
-    static constexpr auto loops = lookUpLoops(std::make_index_sequence<16>());
-    loops[planes & 15](tables, stored, pixels, display);
+    static constexpr auto sets = std::make_integer_sequence<unsigned, 16>();
+    static constexpr auto byteLoops = lookUpLoops<false>(sets), pairLoops = lookUpLoops<true>(sets);
+    static thread_local LookUpTables all;
+    all.bytes = &tables;
+    if (pixels < pairsPay) return byteLoops[planes & 15](all, stored, pixels, display);
+    for (const int half : {0, 1})
+        if (planesOfHalf(planes, half) == 3)
+            all.pairs[half].build(tables.plane[2 * half + 1], tables.plane[2 * half]);
+    pairLoops[planes & 15](all, stored, pixels, display);
 }
 
 // ---- grey views ----

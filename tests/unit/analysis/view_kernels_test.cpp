@@ -182,5 +182,20 @@ TEST(ViewKernels, TheReferenceLooksUpEveryByteOfEveryPlane) {
     }
 }
 
+TEST_F(ViewKernelTest, TheReferenceGivesTheSameForAPictureAsForItsParts) {
+    // A picture is looked up by tables of pairs, its parts are too small for them.
+    constexpr size_t size = (size_t{1} << 18) + 3, part = 1000;
+    prepare(size, 0);
+    const auto held = values<uint32_t>(size);
+    for (unsigned planes = 0; planes < 16; ++planes) {
+        auto whole = held, parts = held;
+        scalarViewKernels().lookUp(tables, planes, pixels, size, whole.data());
+        for (size_t i = 0; i < size; i += part)
+            scalarViewKernels().lookUp(tables, planes, pixels + i, std::min(part, size - i),
+                                       parts.data() + i);
+        ASSERT_TRUE(whole == parts) << "planes " << planes << " seed " << seed;
+    }
+}
+
 }  // namespace
 }  // namespace vistel
