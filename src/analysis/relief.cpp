@@ -9,12 +9,6 @@
 
 namespace vistel {
 
-namespace {
-
-constexpr float profileRows = 32;  // of the largest height
-
-}  // namespace
-
 // Null without memory for it: the formula gives the same shades.
 const ReliefTable* ReliefShader::tableFor(float k) {
     if (table_ && table_->k() == k) return table_.get();
@@ -66,8 +60,9 @@ std::optional<uint32_t> profileColour(int view) {
 
 void profileOfRow(const uint32_t* heights, size_t width, size_t row, ProfilePoint* points) {
     for (size_t x = 0; x < width; ++x)
-        points[x] = {static_cast<float>(x),
-                     static_cast<float>(row) + reliefHeight(heights[x]) * (profileRows / 255)};
+        points[x] = {
+            static_cast<float>(x),
+            static_cast<float>(row) + reliefHeight(heights[x]) * (float{profileHeight} / 255)};
 }
 
 }  // namespace vistel

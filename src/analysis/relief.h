@@ -66,8 +66,11 @@ struct ProfilePoint {
     float x, y;  // image pixels
 };
 
-// The line strip of one row: `width` points, one above each pixel, the largest height 32 rows above
-// `row`.
+// Rows that the largest height rises above its own.
+constexpr int profileHeight = 32;
+
+// The line over `row` (of `width` pixels, whose first is at `heights`): `width` points, one above
+// each pixel.
 void profileOfRow(const uint32_t* heights, size_t width, size_t row, ProfilePoint* points);
 
 }  // namespace vistel

@@ -32,7 +32,7 @@ struct ViewerState {
     int32_t histogram = 0;       // -e: entropy histogram of compressed pixel bytes
     int32_t padNum = 0;          // -p: built frame names get a zero-padded number
     int32_t findFirst = 0;       // -f: step forward to the first frame that exists
-    int32_t sequenceMode = 0;    // -S: the file list repeats
+    int32_t sequenceMode = 0;    // -S: the file list repeats, each file for sequenceDelay
     int32_t sequenceDelay = 0;   // -T: seconds between files in sequence mode
     int32_t synchro = 0;         // -w: wait for frames that are still being written
     int32_t testMode = 0;        // -t: frames come from the converter's test pipe
@@ -101,8 +101,6 @@ struct ViewerState {
     int32_t pingPong = 0;      // S: reverse at the range ends instead of wrapping
     int32_t playOnce = 0;      // Alt with the play keys
     int32_t frameSkip = 0;     // T: skip frames when behind the clock
-    int32_t timeLimitMode = 0; // end the loop after timeLimit seconds
-    int32_t timeLimit = 0;
     int32_t luminanceCurve = 0;  // F8: picking a point writes its luminance through the frames
     int32_t halfHeight = 0;    // frames are half as high as the picture they stand for
 

@@ -26,6 +26,7 @@ constexpr int halfHeightLines =
     491;  // lines of the picture area in half-height mode, whatever the screen
 constexpr int workAreaReserve = 120;  // a full-resolution window leaves this much of the work area
 constexpr int captionAndMenuRows = 50;  // kept on the screen when full screen is left
+constexpr int sequenceTimerRate = 10;   // ticks per second, at which the end of a file is noticed
 constexpr int titleRows = 29;           // of the screen, taken by the window's title
 
 bool showsAnimation() { return viewerState.animation != 0; }
@@ -36,9 +37,9 @@ int windowMargin(int least, int picture) { return picture < least ? least / 2 - 
 
 // The visible part of a zoomed picture side: in full resolution it may be larger than the screen.
 int fittedSide(int picture, int screenSide, int workSide) {
-    if (!viewerState.noRescale) return picture;
-    const int room = viewerState.fullScreen ? screenSide : workSide - workAreaReserve;
-    return std::min(picture, std::max(1, room));
+    if (viewerState.fullScreen) return std::min(picture, screenSide);
+    return viewerState.noRescale ? std::min(picture, std::max(1, workSide - workAreaReserve))
+                                 : picture;
 }
 
 // The window around picture and margins: centred on the work area at first, later where it is.
@@ -65,8 +66,7 @@ void placeAround(const PictureLayout& layout) {
 
 void fitWindow(const FrameStore& frame) {
     PictureLayout& layout = viewerSession().layout;
-    computeMargins(frame.width, frame.height);
-    layout.clearWanted = true;
+    layOutPicture(frame.width, frame.height);
     placeAround(layout);
     if (viewerState.windowId < 1) openWindowOrExit(windowTitle());
     applyPendingPlacement();
@@ -95,18 +95,21 @@ void openWindowOrExit(const std::string& title) {
     prepareMenu();
     setDoubleBuffer(screenMetric(3) == 24);
     if (!createDrawing()) saveSettingsAndExit(1);
-    if (viewerState.timeLimitMode) setTimerRate(10);
+    if (viewerState.sequenceMode) setTimerRate(sequenceTimerRate);
 }
 
-void computeMargins(int width, int height) {
+namespace {
+
+// Margins and visible size of the picture at the zoom.
+void computeMargins(int width, int height, int zoom) {
     PictureLayout& layout = viewerSession().layout;
-    const int zoomedWidth = width * layout.startZoom, zoomedHeight = height * layout.startZoom;
+    const int zoomedWidth = width * zoom, zoomedHeight = height * zoom;
     const platform::ScreenSize screen = platform::screenSize();
     layout.width = width;
     layout.height = height;
     if (viewerState.halfHeight) {
         layout.marginX = screenMargin(screen.width, zoomedWidth);
-        layout.marginY = std::max(0, (halfHeightLines - height / 2 * layout.startZoom) / 2);
+        layout.marginY = std::max(0, (halfHeightLines - height / 2 * zoom) / 2);
     } else if (viewerState.fullScreen) {
         layout.marginX = screenMargin(screen.width, zoomedWidth);
         layout.marginY = screenMargin(screen.height, zoomedHeight);
@@ -124,13 +127,32 @@ void computeMargins(int width, int height) {
     layout.visibleHeight = fittedSide(zoomedHeight, screen.height, work.height());
 }
 
+}  // namespace
+
+void layOutPicture(int width, int height) {
+    PictureLayout& layout = viewerSession().layout;
+    const int visibleWidth = layout.visibleWidth, visibleHeight = layout.visibleHeight;
+    computeMargins(width, height, viewerState.fullScreen ? layout.zoom : layout.startZoom);
+    layout.panX += float(visibleWidth - layout.visibleWidth) / float(2 * layout.zoom);
+    layout.panY += float(visibleHeight - layout.visibleHeight) / float(2 * layout.zoom);
+    layout.clearWanted = true;
+}
+
+void measureVisibleArea() {
+    PictureLayout& layout = viewerSession().layout;
+    int width, height;
+    clientSize(width, height);
+    layout.visibleWidth = std::max(0, width - 2 * layout.marginX);
+    layout.visibleHeight = std::max(0, height - 2 * layout.marginY);
+}
+
 void beginDisplay(FrameStore& frame) {
     const bool sameView = viewerState.sequenceMode && viewerState.windowId >= 1;
     PictureLayout& layout = viewerSession().layout;
     layout.startZoom = std::max(1, viewerState.currentZoom);
+    if (!sameView) layout.zoom = layout.startZoom;
     setUpDisplay(frame, Refit::fitWindow);
     if (sameView) return;
-    layout.zoom = layout.startZoom;
     layout.panX = std::max(0.0f, (frame.width - float(layout.visibleWidth) / layout.zoom) / 2);
     layout.panY = std::max(0.0f, (frame.height - float(layout.visibleHeight) / layout.zoom) / 2);
 }

@@ -25,9 +25,13 @@ void setUpDisplay(FrameStore& frame, Refit refit);
 // says so and ends the program with status 1.
 void openWindowOrExit(const std::string& title);
 
-// Margins and visible size of a picture of width x height image pixels, from start-up zoom, full
-// screen, animation and half-height mode. Changes the layout of the session only.
-void computeMargins(int width, int height);
+// Margins and visible size of a picture of width x height image pixels, from the start-up zoom (in
+// full screen the zoom in force), full screen, animation and half-height mode. Changes the layout
+// of the session only: the image place in the middle of what shows stays there.
+void layOutPicture(int width, int height);
+
+// Visible size of the picture in the window as it is.
+void measureVisibleArea();
 
 // Shows the first frame of a source, with the start-up zoom and, where it is larger than the
 // window, its middle. In sequence mode zoom and place stay as they were from file to file.

@@ -8,6 +8,7 @@
 #include "analysis/relief.h"
 #include "app/viewer_state.h"
 #include "platform/surface.h"
+#include "viewer/display_setup.h"
 #include "viewer/drawing.h"
 #include "viewer/picture_view.h"
 #include "viewer/status_line.h"
@@ -35,26 +36,32 @@ void followPictureSize() {
     layout.clearWanted = true;
 }
 
-void measureVisibleArea(int width, int height) {
-    PictureLayout& layout = viewerSession().layout;
-    layout.visibleWidth = std::max(0, width - 2 * layout.marginX);
-    layout.visibleHeight = std::max(0, height - 2 * layout.marginY);
-}
-
 void drawMargins() {
     PictureLayout& layout = viewerSession().layout;
     if (!layout.marginX && !layout.marginY) return;
-    if (!windowContext().doubleBuffer && !layout.clearWanted) return;
+    const WindowContext& context = windowContext();
+    if (!context.doubleBuffer && !layout.clearWanted && !context.overlaid) return;
     setColourPacked(bandColour);
     clearDrawing();
     layout.clearWanted = false;
 }
 
+// Up to where the last column (or row) shows, be it in part.
 float clampedPan(float pan, int size, int visible, int zoom) {
-    return std::max(0.0f, std::min(pan, size - float(visible + 1) / zoom));
+    const int shown = (visible + zoom - 1) / zoom;
+    return std::max(0.0f, std::min(pan, float(size - shown)));
 }
 
-// The heights under a relief as a line over every eighth row.
+// The columns (or rows) that show in the window, one more on either side.
+struct Shown {
+    int first, last;
+};
+Shown shownPart(float pan, int size, int visible, int zoom) {
+    const int first = static_cast<int>(pan);
+    return {std::max(first - 1, 0), std::min(first + visible / zoom + 2, size - 1)};
+}
+
+// The heights under a relief as a line over every eighth row, where it shows.
 void drawProfiles(const uint32_t* heights) {
     const ViewerSession& session = viewerSession();
     const PictureLayout& layout = session.layout;
@@ -62,18 +69,27 @@ void drawProfiles(const uint32_t* heights) {
     if (!colour) return;
     platform::setColour(static_cast<uint8_t>(*colour), static_cast<uint8_t>(*colour >> 8),
                         static_cast<uint8_t>(*colour >> 16), 255);
+    const auto width = static_cast<size_t>(layout.width);
     static std::vector<ProfilePoint> points;  // kept: nothing is allocated while playing
-    points.resize(static_cast<size_t>(layout.width));
+    points.resize(width);
     const auto window = [&](float pixel, int margin, float pan) {
         return margin + static_cast<int>((pixel - std::floor(pan)) * float(layout.zoom));
     };
-    for (int row = 0; row < layout.height; row += static_cast<int>(profileRowStep)) {
-        profileOfRow(heights, points.size(), static_cast<size_t>(row), points.data());
-        penMove(window(points[0].x, layout.marginX, layout.panX),
-                window(points[0].y, layout.marginY, layout.panY));
-        for (const ProfilePoint& point : points)
-            penDraw(window(point.x, layout.marginX, layout.panX),
-                    window(point.y, layout.marginY, layout.panY));
+    const auto penAt = [&](const ProfilePoint& point, void (*go)(int, int)) {
+        go(window(point.x, layout.marginX, layout.panX),
+           window(point.y, layout.marginY, layout.panY));
+    };
+    const Shown columns = shownPart(layout.panX, layout.width, layout.visibleWidth, layout.zoom);
+    const Shown rows = shownPart(layout.panY, layout.height, layout.visibleHeight, layout.zoom);
+    const int step = static_cast<int>(profileRowStep);
+    // A line rises above its row by up to its full height.
+    const int firstRow = std::max(rows.first - profileHeight, 0) / step * step;
+    for (int row = firstRow; row <= rows.last; row += step) {
+        const auto y = static_cast<size_t>(row);
+        profileOfRow(heights + y * width, width, y, points.data());
+        penAt(points[static_cast<size_t>(columns.first)], penMove);
+        for (int column = columns.first; column <= columns.last; ++column)
+            penAt(points[static_cast<size_t>(column)], penDraw);
     }
 }
 
@@ -135,7 +151,7 @@ void drawPass() {
     platform::setScissorTest(true);
     platform::setScissor(0, 0, width, height);
     followPictureSize();
-    measureVisibleArea(width, height);
+    measureVisibleArea();
     drawMargins();
     drawPicture(width, height);
     drawLabel(width, height);

@@ -12,6 +12,14 @@ constexpr int bandRows = 20;
 constexpr int bandTextX = 6;
 constexpr int bandTextY = 6;
 
+// Shows what was drawn over or instead of the picture.
+void showDrawn() {
+    if (windowContext().doubleBuffer)
+        platform::swapBuffers();
+    else
+        platform::flushSurface();
+}
+
 void drawSavedImage() {
     const WindowContext& context = windowContext();
     platform::setScissorTest(false);
@@ -97,7 +105,7 @@ void saveFrontImage() {
 void restoreFrontImage() {
     if (!windowContext().savedImageValid || !platform::surfaceExists()) return;
     drawSavedImage();
-    platform::swapBuffers();
+    showDrawn();
 }
 
 void showOverlay(const std::function<void()>& draw) {
@@ -106,7 +114,8 @@ void showOverlay(const std::function<void()>& draw) {
     if (!windowContext().savedImageValid) return;
     drawSavedImage();
     draw();
-    platform::swapBuffers();
+    showDrawn();
+    windowContext().overlaid = true;
 }
 
 void showMessageBand(const std::string& text) {
@@ -120,11 +129,8 @@ void showMessageBand(const std::string& text) {
 
 void swapDrawing() {
     windowContext().savedImageValid = false;
-    if (windowContext().doubleBuffer) {
-        platform::swapBuffers();
-    } else {
-        platform::flushSurface();
-    }
+    windowContext().overlaid = false;
+    showDrawn();
 }
 
 }  // namespace vistel

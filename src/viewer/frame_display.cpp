@@ -55,7 +55,8 @@ bool show(FrameStore& frame, SourceMark mark, Refit refit) {
 }
 
 bool reload() {
-    showMessageBand(messageText("s_VistelStrings.rVTReloadingImage"));
+    if (!viewerSession().dragging.scrub)
+        showMessageBand(messageText("s_VistelStrings.rVTReloadingImage"));
     if (FrameStore* frame = readCurrentFrame())
         return show(*frame, SourceMark::disk, Refit::fitWindow);
     showMessageBand(messageText("s_VistelStrings.rVTFileRemoved"));

@@ -27,6 +27,8 @@ class FrameSlots {
     FrameStore& keep(int32_t frame, FrameStore&& store);
     // Empties the frame's slot.
     void drop(int32_t frame);
+    // Empties every slot but this frame's.
+    void dropAllBut(int32_t frame);
     size_t limit() const { return limit_; }  // bytes of all planes together
     void setLimit(size_t bytes) { limit_ = bytes; }
     size_t count() const { return slots_.size(); }

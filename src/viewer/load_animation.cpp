@@ -136,13 +136,14 @@ void redrawPicture() {
     swapDrawing();
 }
 
-// A frame of a running animation that is still being written must not hold up the keys.
+// A frame of a running animation that is still being written must not hold up the keys. The key
+// that reloads it repeats while it is held.
 bool keyWaitsTooLong() {
     if (!viewerState.viewerLoopRunning || !viewerState.synchro) return false;
     if (platform::tickMilliseconds() - viewerSession().readStarted < longestKeyWait) return false;
     return windowContext().queue.any([](const InputEvent& event) {
         return event.value && event.code != EV_TIMER && event.code != EV_MOUSEX &&
-               event.code != EV_MOUSEY;
+               event.code != EV_MOUSEY && event.code != 'U';
     });
 }
 
@@ -158,11 +159,11 @@ bool keepLoading() {
     windowContext().queue.drop([&](const InputEvent& event) {
         const bool escape = loading && event.code == keyEscape;
         stopped |= escape && event.value;
-        viewerSession().escapeTaken |= escape && event.value;
+        if (escape) viewerSession().escapeTaken = event.value != 0;
         redraw |= event.code == EV_REDRAW;
-        const bool idle =
-            event.code == EV_TIMER || event.code == EV_MOUSEX || event.code == EV_MOUSEY;
-        return escape || event.code == EV_REDRAW || (loading && idle);
+        const bool move = event.code == EV_MOUSEX || event.code == EV_MOUSEY;
+        if (loading && move) viewerSession().noteCursor(event);
+        return escape || event.code == EV_REDRAW || (loading && (move || event.code == EV_TIMER));
     });
     if (redraw) redrawPicture();
     return !stopped && !windowContext().quit && !keyWaitsTooLong();

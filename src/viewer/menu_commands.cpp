@@ -23,14 +23,27 @@ void refitWindow() {
 
 void enterFullScreen(int) {
     if (viewerState.fullScreen) return;
+    const PictureLayout& layout = viewerSession().layout;
+    viewerSession().beforeFullScreen = {layout.zoom, layout.panX, layout.panY};
     viewerState.fullScreen = 1;
     refitWindow();
+}
+
+// Frames that were fitted to the screen by their reader, or now are to be, are read again.
+void readAgainAtNewFit() {
+    ViewerSession& session = viewerSession();
+    if (!session.shown) return;
+    const ImageHeader& header = session.shown->header;
+    const DisplaySize size = displaySize(header.width, header.height, currentDisplayFit());
+    if (static_cast<int>(size.shrink) == session.shown->shrink) return refitWindow();
+    session.slots.dropAllBut(viewerState.currentFrame);
+    postKey('U');
 }
 
 void toggleFullResolution(int) {
     viewerState.noRescale = !viewerState.noRescale;
     platform::checkMenuItem(commandFullResolution, viewerState.noRescale);
-    refitWindow();
+    readAgainAtNewFit();
 }
 
 struct MenuCommand {

@@ -38,7 +38,7 @@ ImagePoint lastPoint() {
 
 // The bits of a stored pixel that are painted, and what they become.
 struct Paint {
-    uint32_t mask = 0, colour = 0;
+    uint32_t bits = 0, colour = 0;
 };
 
 constexpr uint32_t redBits = 0xFF, greenBits = 0xFF00, blueBits = 0xFF0000, maskBits = 0xFF000000;
@@ -47,18 +47,18 @@ constexpr uint32_t redBits = 0xFF, greenBits = 0xFF00, blueBits = 0xFF0000, mask
 constexpr uint32_t channelBits[] = {maskBits, blueBits, greenBits, redBits};
 constexpr uint32_t allColours = redBits | greenBits | blueBits;
 
-uint32_t paintedBits() {
-    const ViewerSession& session = viewerSession();
-    if (session.mode < ChannelMode::all) return channelBits[static_cast<int>(session.mode)];
-    if (session.controlChannel == 0) return allColours;
-    const uint32_t bits = channelBits[session.controlChannel];
-    return session.controlComplement ? allColours & ~bits : bits;
-}
-
-// With Control the channel is cleared, else it is filled.
+// In the view of a plane that plane is filled, with Control cleared. Else the control channel is
+// filled, or cleared under its full complement.
 Paint choosePaint(const KeyPress& press) {
-    const uint32_t bits = paintedBits();
-    return {bits, press.modifiers.control() ? 0 : bits};
+    const ViewerSession& session = viewerSession();
+    if (session.mode < ChannelMode::all) {
+        const uint32_t plane = channelBits[static_cast<int>(session.mode)];
+        return {plane, press.modifiers.control() ? 0 : plane};
+    }
+    if (session.controlChannel == 0) return {allColours, allColours};
+    const uint32_t channel = channelBits[session.controlChannel];
+    if (session.controlComplement) return {allColours, allColours & ~channel};
+    return {channel, channel};
 }
 
 // Smallest and largest finite sample.
@@ -97,7 +97,7 @@ class Brush {
         }
         if (frame_.colour.empty()) return;
         uint32_t& pixel = frame_.colour.row(row)[column];
-        pixel = (pixel & ~paint_.mask) | paint_.colour;
+        pixel = (pixel & ~paint_.bits) | paint_.colour;
     }
 
     void line(const ImagePoint& from, const ImagePoint& to) {

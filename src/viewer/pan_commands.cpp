@@ -3,12 +3,15 @@
 #include <algorithm>
 
 #include "app/viewer_state.h"
+#include "viewer/display_setup.h"
 #include "viewer/frame_display.h"
 #include "viewer/stepping.h"
 
 namespace vistel {
 
 namespace {
+
+constexpr int largestZoom = 1024;
 
 // Image pixels that one press moves the picture by.
 int panIncrement(const Modifiers& held) {
@@ -57,11 +60,12 @@ bool movePicture(const KeyPress& press, int) {
 bool zoomPicture(const KeyPress&, int direction) {
     PictureLayout& layout = viewerSession().layout;
     const int zoom = layout.zoom + direction;
-    if (zoom < layout.startZoom) return false;
+    if (zoom < layout.startZoom || zoom > largestZoom) return false;
     const int upper = std::max(zoom, layout.zoom);
     layout.panX += float(direction) * centringPan(layout.visibleWidth, upper);
     layout.panY += float(direction) * centringPan(layout.visibleHeight, upper);
     layout.zoom = zoom;
+    if (viewerState.fullScreen) layOutPicture(layout.width, layout.height);
     return true;
 }
 

@@ -1,6 +1,7 @@
 #include "viewer/picture_view.h"
 
 #include <memory>
+#include <new>
 #include <vector>
 
 #include "analysis/display_buffer.h"
@@ -21,6 +22,7 @@ struct Views {
     const uint32_t* displayed = nullptr;
     DisplayBuffer corrected;  // stored pixels through the look-up table
     DisplayBuffer grey;       // a plane, the depth or the luminance; the heights of a relief
+    const uint32_t* heights = nullptr;  // of the relief built last
     DisplayBuffer relief;
     std::vector<uint8_t> shade;
     ReliefShader shader;
@@ -67,18 +69,19 @@ float reliefSlope() {
 const uint32_t* reliefPicture(const FrameStore& frame) {
     const size_t pixels = pixelCount(frame);
     const uint32_t* heights = greyView(frame, heightsMode());
+    views.heights = heights;
     if (!heights || !views.relief.grow(pixels)) return heights;
     if (views.shade.size() < pixels) views.shade.resize(pixels);
     views.shader.shade(heights, static_cast<size_t>(frame.width), static_cast<size_t>(frame.height),
                        reliefSlope(), false, views.shade.data());
-    const uint32_t* colour =
-        frame.colour.empty() ? nullptr : correctedPixels(frame, ChannelMode::all);
+    const bool colours = !frame.colour.empty() && !frame.header.has(imageBlack);
+    const uint32_t* colour = colours ? frame.colour.data() : nullptr;
     buildReliefView(views.shade.data(), colour, viewerSession().reliefAmount, pixels,
                     views.relief.pixels());
     return views.relief.pixels();
 }
 
-const uint32_t* build(const FrameStore& frame) {
+const uint32_t* build(const FrameStore& frame) try {
     switch (viewerSession().mode) {
         case ChannelMode::all:
             return correctedPixels(frame, ChannelMode::all);
@@ -88,6 +91,8 @@ const uint32_t* build(const FrameStore& frame) {
         default:
             return greyView(frame, viewerSession().mode);
     }
+} catch (const std::bad_alloc&) {
+    return nullptr;
 }
 
 bool isRelief(ChannelMode mode) {
@@ -174,15 +179,15 @@ void viewChanged() { views.stale = true; }
 
 const uint32_t* displayedPixels() {
     const FrameStore& frame = *viewerSession().shown;
-    if (views.stale) views.displayed = build(frame);
+    if (views.stale) {
+        views.heights = nullptr;
+        views.displayed = build(frame);
+    }
     views.stale = false;
     return views.displayed;
 }
 
-const uint32_t* reliefHeights() {
-    const ViewerSession& session = viewerSession();
-    return isRelief(session.mode) && session.profiles ? views.grey.pixels() : nullptr;
-}
+const uint32_t* reliefHeights() { return viewerSession().profiles ? views.heights : nullptr; }
 
 void releaseViews() {
     std::destroy_at(&views);

@@ -106,13 +106,13 @@ std::vector<int> upcomingFrames(size_t count) {
 }
 
 bool stepFrame(const Step& step) {
+    if (!step.synthetic && !step.toEnd && playing()) return false;
+    viewerSession().wentBackward |= step.direction == Direction::backward;
     if (!step.synthetic && step.toEnd) {
         viewerState.currentFrame = endOfRange(step.direction);
         playbackClock().reset();
         return true;
     }
-    if (!step.synthetic && playing()) return false;
-    const int64_t before = viewerState.currentFrame;
     const int64_t frame = advance(step);
     if (pastRange(step.direction, frame)) {
         restartClock(step);
@@ -120,7 +120,6 @@ bool stepFrame(const Step& step) {
     } else {
         viewerState.currentFrame = static_cast<int>(frame);
     }
-    viewerSession().wentBackward |= viewerState.currentFrame < before;
     return true;
 }
 

@@ -102,6 +102,11 @@ bool leaveFullScreen(const KeyPress& press, int) {
     if (!viewerState.fullScreen) return removeOverlay(press, 0);
     viewerState.fullScreen = 0;
     setUpDisplay(*session.shown, Refit::fitWindow);
+    const WindowView& before = session.beforeFullScreen;
+    if (before.zoom == session.layout.zoom) {
+        session.layout.panX = before.panX;
+        session.layout.panY = before.panY;
+    }
     return true;
 }
 

@@ -47,6 +47,7 @@ bool changeReliefAmount(const KeyPress& press, int direction) {
 bool chooseControlChannel(const KeyPress& press, int channel) {
     viewerSession().controlChannel = channel;
     viewerSession().controlComplement = press.modifiers.shift();
+    viewerSession().layout.clearWanted = true;  // the label changes
     return true;
 }
 

@@ -69,18 +69,33 @@ bool otherReleased(const KeyPress& press) {
     return false;
 }
 
-// Whether the mouse has moved on already: then this place need not be shown.
+bool isButton(int code) {
+    return code == EV_LEFTMOUSE || code == EV_RIGHTMOUSE || code == EV_MIDDLEMOUSE;
+}
+
+// Whether the mouse has moved on already: then this place need not be shown. What a button does
+// meanwhile needs it.
 bool laterMoveQueued() {
-    return windowContext().queue.any(
-        [](const InputEvent& event) { return event.code == EV_MOUSEY; });
+    bool button = false;
+    return windowContext().queue.any([&](const InputEvent& event) {
+        button |= isButton(event.code);
+        return !button && event.code == EV_MOUSEY;
+    });
+}
+
+// A button may be pressed where no move led to: where the window opened under the cursor.
+void findCursor() {
+    const auto moved = [](const InputEvent& event) {
+        return event.code == EV_MOUSEX || event.code == EV_MOUSEY;
+    };
+    if (windowContext().queue.any(moved)) return;  // the cursor has left the place
+    cursorPlace(viewerSession().cursorX, viewerSession().cursorY);
 }
 
 // A move comes as two events, the column first.
 bool mouseMoved(const KeyPress& press) {
     ViewerSession& session = viewerSession();
-    // Left of the window or below it, while a button holds the mouse, a place is negative.
-    const auto place = static_cast<int16_t>(press.value);
-    (press.code == EV_MOUSEX ? session.cursorX : session.cursorY) = place;
+    session.noteCursor({press.code, press.value});
     if (press.code == EV_MOUSEX || !session.shown) return false;
     const bool later = laterMoveQueued();
     if (session.painting.active) return paint(press) && !later;
@@ -112,14 +127,16 @@ bool dispatch(const KeyPress& press) {
             return mouseMoved(press);
     }
     viewerSession().modifiers.update({press.code, press.value});
+    if (isButton(press.code) && press.value) findCursor();
     if (!press.value && !findBinding(press)) return otherReleased(press);
     return runKey(press);
 }
 
+// In sequence mode a file is shown for so long; the next one follows in the same window.
 bool timeLimitOver() {
-    if (!viewerState.timeLimitMode) return false;
+    if (!viewerState.sequenceMode) return false;
     const uint32_t elapsed = platform::tickMilliseconds() - viewerSession().startTick;
-    return elapsed > uint64_t(viewerState.timeLimit) * 1000;
+    return elapsed > uint64_t(viewerState.sequenceDelay) * 1000;
 }
 
 void rest() {

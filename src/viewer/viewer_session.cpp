@@ -42,6 +42,7 @@ void releaseFrames() {
     windowContext().drawPass = nullptr;
     windowContext().savedImageValid = false;
     session.shown = nullptr;
+    session.escapeTaken = false;
     session.ahead.reset();
     session.slots.clear();
     session.loose.clear();

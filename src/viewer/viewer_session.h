@@ -53,6 +53,12 @@ struct PictureLayout {
     bool clearWanted = true;   // the margins must be painted
 };
 
+// What full screen was entered with, to come back to.
+struct WindowView {
+    int zoom = 0;
+    float panX = 0, panY = 0;
+};
+
 constexpr float startReliefDepth = -0.1f;
 
 // Painting with the right button.
@@ -89,18 +95,25 @@ struct ViewerSession {
     Painting painting;
     Dragging dragging;
     PictureLayout layout;
+    WindowView beforeFullScreen;
     Modifiers modifiers;
     int cursorX = 0, cursorY = 0;  // last seen, client pixels from the lower left
     FpsMeter fps;
     SourceMark mark = SourceMark::memory;
     bool jumpToEnds = false;     // the next step goes to the range's start or end
-    bool wentBackward = false;   // the frame number fell since the last pass
+    bool wentBackward = false;   // a step back was made since the last pass
     bool restRequested = false;  // a pause of 100 ms after the event
     bool escapeTaken = false;    // Escape ended a load; its release means nothing more
     int statusFrame = 0;         // number that the status line shows
     uint32_t readStarted = 0;    // tick at which a frame began to be read again
     bool bandShown = false;      // a message band covers the picture
     uint32_t startTick = 0;      // of the loop, for the time limit
+
+    // Takes one half of a mouse move. Left of the window or below it, while a button holds the
+    // mouse, a place is negative.
+    void noteCursor(const InputEvent& event) {
+        (event.code == EV_MOUSEX ? cursorX : cursorY) = static_cast<int16_t>(event.value);
+    }
 };
 
 ViewerSession& viewerSession();

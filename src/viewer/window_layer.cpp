@@ -206,11 +206,19 @@ void runUntilQuit() {
 }
 
 int deviceValue(int code) {
+    if (code != EV_MOUSEX && code != EV_MOUSEY) return platform::keyDown(code);
     int x, y;
     platform::cursorPosition(x, y);
-    if (code == EV_MOUSEX) return x;
-    if (code == EV_MOUSEY) return platform::screenSize().height - y + controlBarRows();
-    return platform::keyDown(code);
+    return code == EV_MOUSEX ? x : platform::screenSize().height - y + controlBarRows();
+}
+
+void cursorPlace(int& x, int& y) {
+    int left, top, width, height;
+    platform::clientScreenPosition(left, top);
+    platform::clientArea(width, height);
+    platform::cursorPosition(x, y);
+    x -= left;
+    y = height - (y - top);
 }
 
 void deviceValues(int count, const int* codes, int* values) {

@@ -37,6 +37,7 @@ struct WindowContext {
     int unpackRowLength = 0;    // pixels; 0: rows are as wide as the rectangle drawn
     bool doubleBuffer = false;  // drawing goes to the back buffer
     bool savedImageValid = false;
+    bool overlaid = false;  // something lies over the picture that was presented last
     int savedWidth = 0, savedHeight = 0;
     std::vector<uint32_t> savedImage;   // grows, never shrinks
     void (*drawPass)() = nullptr;       // draws the current picture again, without presenting it
@@ -89,6 +90,8 @@ void runUntilQuit();
 // Cursor on the screen (EV_MOUSEX from the left, EV_MOUSEY from the foot), or whether a key is
 // down.
 int deviceValue(int code);
+// Where the cursor is now, as EV_MOUSEX and EV_MOUSEY would say it.
+void cursorPlace(int& x, int& y);
 // The same for several codes: EV_REDRAW and EV_TIMER give 0, the cursor codes give raw screen
 // coordinates from the upper left.
 void deviceValues(int count, const int* codes, int* values);

@@ -36,8 +36,8 @@ TEST_F(DisplaySetupTest, MarginsOfEachCase) {
         viewerState.fullScreen = row.fullScreen;
         viewerState.halfHeight = row.halfHeight;
         PictureLayout& layout = viewerSession().layout;
-        layout.startZoom = row.zoom;
-        computeMargins(row.width, row.height);
+        layout.startZoom = layout.zoom = row.zoom;
+        layOutPicture(row.width, row.height);
         EXPECT_EQ(layout.marginX, row.marginX) << row.name;
         EXPECT_EQ(layout.marginY, row.marginY) << row.name;
     }

@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "viewer/menu_commands.h"
 #include "viewer_fixture.h"
 
 namespace vistel {
@@ -81,10 +82,10 @@ TEST_F(PanCommandsTest, PanIsClampedWhenThePictureIsDrawn) {
         {1, 7, 7, 0, 0},
         {1, -7, -7, 0, 0},
         {2, -1, -1, 0, 0},
-        {2, 1000, 1000, 400 - 401 / 2.0f, 300 - 301 / 2.0f},
+        {2, 1000, 1000, 200, 150},
         {2, 100, 50, 100, 50},
-        {3, 1000, 1000, 400 - 401 / 3.0f, 300 - 301 / 3.0f},
-        {8, 1000, 0, 400 - 401 / 8.0f, 0},
+        {3, 1000, 1000, 400 - 134, 200},  // a third of the last column shows
+        {8, 1000, 0, 350, 0},
     };
     showImage(testFrame(1, 400, 300));
     for (const Row& row : rows) {
@@ -169,12 +170,44 @@ TEST_F(PanCommandsTest, ZoomingOutStopsAtTheStartUpZoom) {
     expectTestPicture();
 }
 
-TEST_F(PanCommandsTest, AnyZoomCanBeReached) {
+TEST_F(PanCommandsTest, ZoomingInStopsWhereAPixelFillsTheScreen) {
     showImage(testFrame(1, 64, 48));
-    layout().zoom = 70000;
+    layout().zoom = 1023;
     EXPECT_TRUE(key(keyPadDecimal));
     EXPECT_GE(layout().panX, 0);
     expectTestPicture();  // one pixel fills the window
+    EXPECT_FALSE(key(keyPadDecimal));
+    EXPECT_EQ(layout().zoom, 1024);
+}
+
+TEST_F(PanCommandsTest, InFullScreenThePictureGrowsIntoTheScreen) {
+    showImage(testFrame(1, 400, 300));
+    runMenuCommand(40025);
+    EXPECT_EQ(layout().marginX, 440);
+    EXPECT_EQ(layout().marginY, 362);
+    const auto centre = [] {
+        const PictureLayout& l = layout();
+        return std::pair{double{l.panX} + l.visibleWidth / 2.0 / l.zoom,
+                         double{l.panY} + l.visibleHeight / 2.0 / l.zoom};
+    };
+    struct Row {
+        int code, marginX, marginY, visibleWidth, visibleHeight;
+    };
+    const Row rows[] = {{keyPadDecimal, 240, 212, 800, 600},
+                        {keyPadDecimal, 40, 62, 1200, 900},
+                        {keyPadDecimal, 0, 0, 1280, 1024},
+                        {keyPad0, 40, 62, 1200, 900}};
+    for (const Row& row : rows) {
+        key(row.code);
+        redraw();
+        EXPECT_EQ(layout().marginX, row.marginX);
+        EXPECT_EQ(layout().marginY, row.marginY);
+        EXPECT_EQ(layout().visibleWidth, row.visibleWidth);
+        EXPECT_EQ(layout().visibleHeight, row.visibleHeight);
+        EXPECT_NEAR(centre().first, 200, 1);
+        EXPECT_NEAR(centre().second, 150, 1);
+        expectTestPicture();
+    }
 }
 
 TEST_F(PanCommandsTest, ZoomAndPanSurviveAReloadAndAFrameChange) {

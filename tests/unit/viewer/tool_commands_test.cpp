@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "platform/surface.h"
+#include "viewer/menu_commands.h"
 #include "viewer_fixture.h"
 
 namespace vistel {
@@ -165,9 +166,9 @@ TEST_F(ToolCommandsTest, FullScreenKeepsZoomPanAndView) {
     key(keyPadDecimal);
     viewerSession().layout.panX = 30;
     viewerSession().layout.panY = 20;
-    viewerState.fullScreen = 1;
-    setUpDisplay(*viewerSession().shown, Refit::fitWindow);
-    EXPECT_EQ(viewerSession().layout.marginX, (1280 - 400) / 2);
+    runMenuCommand(40025);
+    EXPECT_EQ(viewerSession().layout.marginX, (1280 - 2 * 400) / 2);
+    redraw();
     expectPicture([](int, int row) { return uint32_t(row & 255) * 0x010101u; });
     released(keyEscape);
     expectPicture([](int, int row) { return uint32_t(row & 255) * 0x010101u; });

@@ -141,8 +141,8 @@ TEST_F(ViewerLoopTest, AFrameOfAnotherSizeIsCentredOnTheSamePlace) {
 
 TEST_F(ViewerLoopTest, TheTimeLimitEndsTheLoopAndFreesNothing) {
     showAnimation(1, 1);
-    viewerState.timeLimitMode = 1;
-    viewerState.timeLimit = 2;
+    viewerState.sequenceMode = 1;
+    viewerState.sequenceDelay = 2;
     headless::whenIdle([] {
         headless::advanceMilliseconds(100);
         postEvent(EV_TIMER, 1);
@@ -347,7 +347,7 @@ TEST_F(ViewerLoopTest, PanIsClampedToThePicture) {
     viewerState.noRescale = 1;
     showAnimation(1, 1, 1, 2000, 300);  // 1160 columns are visible
     PictureLayout& layout = viewerSession().layout;
-    const std::pair<float, float> rows[] = {{-5, 0}, {10, 10}, {839, 839}, {5000, 2000 - 1161}};
+    const std::pair<float, float> rows[] = {{-5, 0}, {10, 10}, {840, 840}, {5000, 840}};
     for (const auto& [wanted, expected] : rows) {
         layout.panX = layout.panY = wanted;
         drawPass();

@@ -20,12 +20,6 @@ void post(int code, unsigned value) { nativeWindow().sink.postEvent(code, value)
 
 // --- keys ---
 
-void postKey(WPARAM virtualKey, LPARAM flags, bool down) {
-    const bool extended = (flags >> 24) & 1;
-    const int code = nativeWindow().keys.translate(static_cast<int>(virtualKey), extended, down);
-    if (code != 0) post(code, down ? 1 : 0);
-}
-
 // The character a key is named by. With Shift or Control held a key types another one, so the
 // layout's plain character counts when it has one.
 unsigned nameOfKey(int virtualKey, WPARAM typed) {
@@ -40,6 +34,23 @@ void learnKey(WPARAM character) {
     if (key.code == 0) return;
     post(key.code, 1);
     if (key.released) post(key.code, 0);
+}
+
+// The right Shift key has no extended code: its place on the keyboard tells.
+bool isRightKey(WPARAM virtualKey, LPARAM flags) {
+    constexpr LPARAM rightShiftPlace = 0x36;
+    if (virtualKey == VK_SHIFT) return (flags >> 16 & 0xFF) == rightShiftPlace;
+    return flags >> 24 & 1;
+}
+
+void postKey(WPARAM virtualKey, LPARAM flags, bool down) {
+    KeyTranslator& keys = nativeWindow().keys;
+    const int code =
+        keys.translate(static_cast<int>(virtualKey), isRightKey(virtualKey, flags), down);
+    if (code != 0) return post(code, down ? 1 : 0);
+    // With Control held no character follows that would name the key.
+    const bool control = GetKeyState(VK_CONTROL) < 0;
+    if (down && control && keys.waiting() && nameOfKey(keys.waiting(), 0)) learnKey(0);
 }
 
 // Keys whose system meaning (switching windows, the window's menu, closing) is left to the system.
