@@ -38,6 +38,7 @@ StartUpServices joinedServices() {
 }  // namespace
 
 int runVistel(int argc, char** argv) {
+    platform::keepStandardStreams();
     platform::catchInterrupts();
     installViewer();
     return runSession(argc, argv, joinedServices());

@@ -31,6 +31,7 @@ int IffReader::open(FILE* stream, bool forceStream) {
     fresh.retryCount = retryCount;
     fresh.keepWaiting = keepWaiting;
     fresh.stream_ = stream;
+    fresh.mayHaveToWait_ = status.kind != platform::StreamKind::regular;
     fresh.flags_ = iffFlagReading | (seekable ? 0u : uint32_t{iffFlagStream});
     if (seekable) {
         fresh.fileSize_ = static_cast<uint32_t>(std::min<uint64_t>(status.size, UINT32_MAX));
@@ -45,7 +46,10 @@ int IffReader::open(FILE* stream, bool forceStream) {
 // The next header that is no stray end marker.
 int IffReader::readHeader(int32_t& id, uint32_t& size) {
     do {
-        if (position_ == groupEnd_ || atEndOfFile()) return iffEndOfGroup;
+        bool ended = position_ == groupEnd_;
+        if (!ended)
+            if (const int code = lookForEnd(ended); code != iffOk) return code;
+        if (ended) return iffEndOfGroup;
         if (groupEnd_ < position_ + iffHeaderSize) return iffBlockTooShort;
         uint8_t header[iffHeaderSize];
         const uint64_t start = position_;

@@ -54,8 +54,9 @@ class IffReader {
     // What to do at the end of a file that is still being written: 0 give up at once; R > 0 wait
     // about a second (R + 1000 / R x R times 1 ms) for each next byte; R < 0 wait for ever.
     int32_t retryCount = 0;
-    // Called with `user` after each 1 ms of waiting and about once for each MB that is read; false
-    // ends the read with iffAborted. May be null.
+    // Called with `user` after each 1 ms of waiting, for a file that grows or for whoever writes
+    // into a pipe, and about once for each MB that is read; false ends the read with iffAborted.
+    // May be null.
     bool (*keepWaiting)(void* user) = nullptr;
 
     // Starts a root context on a stream (not owned, not closed). forceStream treats a regular file
@@ -122,12 +123,13 @@ class IffReader {
     int readRaw(void* buffer, size_t n);
     bool mayGoOn();
     int waitForMore(int64_t& waits);
+    int awaitBytes(size_t& ready);
     int skipRaw(uint64_t n);
     int skipToMarker();
     int skipTo(uint64_t offset);
     int skipRootPad(uint64_t size);
     int readHeader(int32_t& id, uint32_t& size);
-    bool atEndOfFile() const;
+    int lookForEnd(bool& ended);
     int endUnknownGroup(uint32_t endSize);
     int classify(int32_t id, uint32_t size);
     int readGroupType();
@@ -148,7 +150,8 @@ class IffReader {
     uint32_t alignMask_ = 0;       // of the chunks in this context
     uint32_t groupAlignMask_ = 0;  // of the chunks in the current chunk, a group
     uint32_t depth_ = 0;
-    int64_t streamStart_ = 0;  // position of the stream at open
+    int64_t streamStart_ = 0;     // position of the stream at open
+    bool mayHaveToWait_ = false;  // a read may have to wait for whoever writes the stream
 };
 
 // Opens the root context on the stream, takes handlers, user, retryCount and keepWaiting from

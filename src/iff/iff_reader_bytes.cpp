@@ -44,11 +44,25 @@ bool IffReader::mayGoOn() {
     return !keepWaiting || keepWaiting(user);
 }
 
+// Waits until a read has not to wait for whoever writes the stream: how much it may ask for.
+int IffReader::awaitBytes(size_t& ready) {
+    ready = askedPiece;
+    if (!mayHaveToWait_) return iffOk;
+    for (unsigned milliseconds = 0;; milliseconds = 1) {
+        ready = platform::awaitBytes(stream_, milliseconds);
+        if (ready > 0) return iffOk;
+        if (keepWaiting && !keepWaiting(user)) return iffAborted;
+    }
+}
+
 int IffReader::readRaw(void* buffer, size_t n) {
     auto* bytes = static_cast<uint8_t*>(buffer);
     int64_t waits = 0;
     for (size_t got = 0; got < n;) {
-        const size_t part = std::fread(bytes + got, 1, std::min(n - got, askedPiece), stream_);
+        size_t ready = 0;
+        if (const int code = awaitBytes(ready); code != iffOk) return code;
+        const size_t asked = std::min({n - got, ready, askedPiece});
+        const size_t part = std::fread(bytes + got, 1, asked, stream_);
         got += part;
         position_ += part;
         if (part > 0) {
@@ -56,7 +70,8 @@ int IffReader::readRaw(void* buffer, size_t n) {
             if (!mayGoOn()) return iffAborted;
             continue;
         }
-        if (!seekable()) return iffBrokenPipe;
+        // What ends the wait for a command may have ended the command too.
+        if (!seekable()) return keepWaiting && !keepWaiting(user) ? iffAborted : iffBrokenPipe;
         const int code = waitForMore(waits);
         if (code == iffIncomplete && got > 0) return iffPartialIo;
         if (code != iffOk) return code;
@@ -130,8 +145,10 @@ int IffReader::skipTo(uint64_t offset) {
 // No group holds what stands at the root: there a group is aligned as its own content is, and the
 // last one may lack its pad bytes.
 int IffReader::skipRootPad(uint64_t size) {
+    bool ended = false;
     if (const int code = skipTo(size); code != iffOk) return code;
-    return atEndOfFile() ? int{iffOk} : skipTo(iffRoundUp(size, groupAlignMask_));
+    if (const int code = lookForEnd(ended); code != iffOk) return code;
+    return ended ? int{iffOk} : skipTo(iffRoundUp(size, groupAlignMask_));
 }
 
 int IffReader::skipChunk() {
@@ -148,20 +165,28 @@ int IffReader::skipChunk() {
     return iffOk;
 }
 
-// Whether the file ends here, behind a complete group at the root. Nobody waits for another group.
-bool IffReader::atEndOfFile() const {
+// Whether the file ends here, behind a complete group at the root. Nobody waits for another group
+// that is written to a file; in a pipe it may still come.
+int IffReader::lookForEnd(bool& ended) {
+    ended = false;
     const bool behindGroup = chunkId_ > 0 || chunkId_ == iffEndOfGroup;
-    if (parent_ || !behindGroup) return false;
+    if (parent_ || !behindGroup) return iffOk;
+    size_t ready = 0;
+    if (const int code = awaitBytes(ready); code != iffOk) return code;
     const int byte = std::fgetc(stream_);
     if (byte != EOF) {
         std::ungetc(byte, stream_);
-        return false;
+        return iffOk;
     }
     // A failure is no end: the next read meets it again and reports it.
-    if (!seekable()) return std::ferror(stream_) == 0;
+    if (!seekable()) {
+        ended = std::ferror(stream_) == 0;
+        return iffOk;
+    }
     forgetEnd(stream_);
     // Nor is a place beyond the end, which a skip has reached in a file that was cut.
-    return static_cast<uint64_t>(streamStart_) + position_ == platform::streamStatus(stream_).size;
+    ended = static_cast<uint64_t>(streamStart_) + position_ == platform::streamStatus(stream_).size;
+    return iffOk;
 }
 
 }  // namespace vistel

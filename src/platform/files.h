@@ -23,9 +23,13 @@ using FilePtr = std::unique_ptr<FILE, FileCloser>;
 // errno EISDIR. Null with errno set on failure.
 [[nodiscard]] FILE* openFile(const std::string& name, const char* mode);
 
-// A new stream on a duplicate of the given standard descriptor (0, 1), mode as fopen; null on
-// failure.
+// A new stream on a duplicate of the given standard descriptor (0, 1), mode as fopen; null with
+// errno set on failure: EBADF when it was closed as the program started (keepStandardStreams).
 [[nodiscard]] FILE* duplicateStandardStream(int descriptor, const char* mode);
+
+// A further stream on the same open file, at the place that both share (what `stream` holds back is
+// written first). For who hands a stream to be closed and keeps the file. Null on failure.
+[[nodiscard]] FILE* duplicateStream(FILE* stream);
 
 enum class StreamKind { regular, fifo, characterDevice, other };
 
@@ -59,6 +63,12 @@ int streamDescriptor(FILE* stream);
 // Whether the stream is one of the three standard streams, which whoever uses them does not close.
 inline bool isStandardStream(FILE* stream) { return streamDescriptor(stream) <= 2; }
 
+// How many bytes can be read without waiting for whoever writes them; 0: none have come yet. They
+// are waited for up to so many milliseconds; 0 leaves the writer just the time to go on with what
+// it is at. At least 1 for what never waits: a regular file, the end of any stream. 1 also stands
+// for "as many as fit into the stream's buffer", which should therefore be large.
+size_t awaitBytes(FILE* stream, unsigned milliseconds);
+
 // Size of the blocks in which a stream is best read. Where a seek throws away what was read ahead,
 // large blocks cost more than they save.
 size_t readBlockSize();
@@ -85,6 +95,10 @@ bool setCurrentDirectory(const std::string& folder);
 bool isCharacterDevice(int descriptor);
 // Whether it is a terminal that a person reads.
 bool isTerminal(int descriptor);
+
+// To be called first of all: what the caller has closed of the three standard streams is opened on
+// the null device, lest the next file that is opened takes the place.
+void keepStandardStreams();
 
 // Puts the process's standard streams into binary mode and makes binary the default of files
 // opened later (a no-operation where text mode does not exist).

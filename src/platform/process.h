@@ -2,17 +2,28 @@
 #pragma once
 
 #include <cstdio>
+#include <functional>
 #include <optional>
 #include <string>
 
 namespace vistel::platform {
 
 // Starts a command through the command interpreter with a pipe to its standard output (mode "r") or
-// standard input (mode "w"), binary. Null when no interpreter could be started. Close with closePipe.
+// standard input (mode "w"), binary. Null with errno set when no interpreter could be started. Safe
+// on every thread. To be ended by one of the four functions below.
 [[nodiscard]] FILE* openPipe(const std::string& command, const char* mode);
 
 // Waits for the command and returns its exit status (-1 when it did not end normally).
 int closePipe(FILE* pipe);
+// The same, but `goOn` is asked about every millisecond; false abandons the command (-1).
+int closePipe(FILE* pipe, const std::function<bool()>& goOn);
+
+// Closes our end and does not wait: what the command still writes fails, what it still does it may
+// do. A few commands may linger so; those that do not end are ended before the program does.
+void releasePipe(FILE* pipe);
+
+// Closes our end and ends the command with everything it has started. Does not wait.
+void abandonPipe(FILE* pipe);
 
 // The command that runs one program with one argument (and further words as they are) through the
 // interpreter of this system, each name quoted so that blanks and the interpreter's own signs in it
@@ -35,5 +46,8 @@ void setEnvironmentVariable(const std::string& name, const std::string& value);
 // once; a second interrupt ends it. interruptRequested tells whether the flag is set.
 void catchInterrupts();
 bool interruptRequested();
+
+// Makes writing to a pipe whose reader has gone a failed write, where it would end the program.
+void ignoreClosedReaders();
 
 }  // namespace vistel::platform

@@ -10,6 +10,7 @@
 #include "host/messages.h"
 #include "iff/result_codes.h"
 #include "iff/with_memory.h"
+#include "platform/clock.h"
 #include "sequence/form_reader.h"
 #include "sequence/read_ahead.h"
 #include "sequence/source_choice.h"
@@ -62,10 +63,30 @@ int noSuchForm() {
     return failed(iffNotIff, formatMessage("s_VistelStrings.rVTNoImage", {lastFrame.name}));
 }
 
+// A command that has closed its output has as good as ended.
+class LastMoments {
+ public:
+    bool operator()() const {
+        return platform::tickMilliseconds() - begin_ < longest && keepGoing(nullptr);
+    }
+
+ private:
+    static constexpr uint32_t longest = 2000;  // milliseconds
+    uint32_t begin_ = platform::tickMilliseconds();
+};
+
 int readStream(ChosenSource& source, int number, FrameStore& frame) {
+    source.connect();
+    if (!source.file) return nothingOpened(source);
     bool found = false;
     const int result = readForm(loadRequest(source.file), number, frame, found);
-    const int exitStatus = source.close();
+    int exitStatus = 0;
+    if (result == iffAborted)
+        source.abandon();
+    else if (found || result != iffBrokenPipe)
+        source.release();
+    else
+        exitStatus = source.close(LastMoments());
     if (!found && result == iffBrokenPipe && exitStatus != 0) return noSuchForm();
     if (result != iffOk) return failed(result, errorText(result));
     return found ? iffOk : noSuchForm();
@@ -88,7 +109,7 @@ ReadAhead::Taken takeReadAhead(const ChosenSource& source, FrameStore& frame) {
 int readFrameFile(ChosenSource& source, FrameStore& frame) {
     const ReadAhead::Taken taken = takeReadAhead(source, frame);
     if (taken == ReadAhead::Taken::nothing) return readStream(source, 1, frame);
-    source.close();
+    source.release();
     if (taken == ReadAhead::Taken::frame) return iffOk;
     return failed(iffAborted, errorText(iffAborted));
 }
@@ -115,7 +136,7 @@ static int readAgain(FrameStore& frame) {
     if (!source.file) return nothingOpened(source);
     if (!source.oneFile) return readFrameFile(source, frame);
     if (viewerState.currentFrame < 1) {  // forms are counted from 1
-        source.close();
+        source.release();
         return noSuchForm();
     }
     return readStream(source, viewerState.currentFrame, frame);

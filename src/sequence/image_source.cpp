@@ -7,6 +7,7 @@
 #include "app/viewer_state.h"
 #include "host/messages.h"
 #include "iff/result_codes.h"
+#include "iff/with_memory.h"
 #include "platform/files.h"
 #include "sequence/frame_loader.h"
 #include "sequence/frame_name.h"
@@ -77,7 +78,7 @@ int readSource(const ChosenSource& source, FullPass& pass) {
 }
 
 bool isFile(const ChosenSource& source, const Tstring& name) {
-    if (name.empty() || source.opened.stream.isPipe()) return false;
+    if (name.empty() || source.opened.throughPipe()) return false;
     return platform::streamStatus(source.file).kind == platform::StreamKind::regular;
 }
 
@@ -96,19 +97,35 @@ int reportNoImage(const FullPass& pass, const Tstring& name) {
 
 }  // namespace
 
-int openImageSource(const Tstring& givenName) {
-    const Tstring name = givenName;  // the menus may change the field it lies in
+static int openSource(const Tstring& name) {
     viewerState.sourceIsPipe = 0;
     setCurrentSource(name);
     ChosenSource source = chooseSource(name);
+    source.connect();
     if (!source.file) return reportNothingOpened(source);
     viewerState.sourceOpened = 1;
     FullPass pass{source.name, source.oneFile, isFile(source, name)};
     const int result = readSource(source, pass);
-    source.close();
+    // A command that the user stopped waiting for is ended; one that wrote its picture may go on.
+    result == iffAborted ? source.abandon() : source.release();
     if (holdsNoImage(pass, result)) return reportNoImage(pass, name);
     reportResult(pass, result);
     return result;
+}
+
+int openImageSource(const Tstring& givenName) {
+    bool reported = false;
+    const int code = withMemory([&] {
+        const Tstring name = givenName;  // the menus may change the field it lies in
+        const int result = openSource(name);
+        reported = true;
+        return result;
+    });
+    if (!reported) {
+        std::fprintf(stderr, "%s: ", givenName.c_str());
+        reportError(code);
+    }
+    return code;
 }
 
 int reopenSource(const Tstring& givenName, int start, int end, int step) {

@@ -133,31 +133,46 @@ void ReadAhead::work() {
     }
 }
 
-// False for all that is not simply right: the one who asks for the frame reads it then, waits for
-// its writer, and says what is wrong with it.
-bool ReadAhead::read(Job& job) const try {
-    if (!platform::isRegularFile(job.path)) return false;
-    const SourceStream stream(platform::openFile(job.path, "r"), false);
-    if (!stream) return false;
-    const auto stamp = platform::fileStamp(stream.file());
-    if (!stamp || platform::modifiedJustNow(*stamp)) return false;
-
+// The frame that the stream holds, if it is whole.
+bool ReadAhead::readFrame(Job& job, FILE* stream) const {
     struct Reading {
         const ReadAhead& ahead;
         const Job& job;
     } reading{*this, job};
     ImageLoadRequest request = job.request;
-    request.stream = stream.file();
+    request.stream = stream;
     request.verbose = request.waitForWriter = false;
     request.owner = &reading;
     request.keepGoing = [](void* owner) {
         const auto& [ahead, job] = *static_cast<const Reading*>(owner);
-        return !ahead.stopping_ && !job.dropped;
+        return ahead.isWanted(job);
     };
     bool found = false;
-    if (readForm(request, 1, job.frame, found) != iffOk || !found) return false;
+    return readForm(request, 1, job.frame, found) == iffOk && found;
+}
+
+// The frame that the file's converter brings, if that ends well.
+bool ReadAhead::convert(Job& job, SourceReader reader) const {
+    const std::optional<std::string> program = converterProgram(reader);
+    if (!program) return false;
+    OpenedSource converted = openCommand(converterCommand(reader, *program, job.path));
+    if (!converted.stream || !readFrame(job, converted.stream.file())) return false;
+    return converted.stream.close([&] { return isWanted(job); }) == 0;
+}
+
+// False for all that is not simply right: the one who asks for the frame reads it then, waits for
+// its writer, and says what is wrong with it.
+bool ReadAhead::read(Job& job) const try {
+    if (!platform::isRegularFile(job.path)) return false;
+    const SourceStream file(platform::openFile(job.path, "r"), false);
+    if (!file) return false;
+    const auto stamp = platform::fileStamp(file.file());
+    if (!stamp || stamp->size == 0 || platform::modifiedJustNow(*stamp)) return false;
+    const SourceReader reader = readerOfFile(job.path, job.request.waitForWriter);
+    const bool direct = reader == SourceReader::direct;
+    if (!(direct ? readFrame(job, file.file()) : convert(job, reader))) return false;
     job.stamp = *stamp;
-    return platform::fileStamp(stream.file()) == stamp;
+    return platform::fileStamp(file.file()) == stamp;
 } catch (const std::bad_alloc&) {
     return false;
 }

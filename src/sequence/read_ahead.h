@@ -1,7 +1,8 @@
 // Frames that are read and decoded before they are asked for, by threads that are private to the
 // loader. Nothing else of the program sees them: a frame counts as read when it is taken, and only
 // what one reading at that moment would have brought as well is ever handed out. A file that cannot
-// be read to its end, or that has changed since, is left to whoever takes it.
+// be read to its end, or that has changed since, is left to whoever takes it. What needs a
+// converter is converted ahead, too.
 #pragma once
 
 #include <atomic>
@@ -15,6 +16,7 @@
 #include "iff/frame_store.h"
 #include "iff/image_loader.h"
 #include "platform/files.h"
+#include "sequence/source_stream.h"
 
 namespace vistel {
 
@@ -61,7 +63,10 @@ class ReadAhead {
 
     void work();
     Jobs::iterator nextQueued();
+    bool isWanted(const Job& job) const { return !stopping_ && !job.dropped; }
     [[nodiscard]] bool read(Job& job) const;
+    [[nodiscard]] bool readFrame(Job& job, FILE* stream) const;
+    [[nodiscard]] bool convert(Job& job, SourceReader reader) const;
     Jobs::iterator find(const Tstring& path, const ImageLoadRequest& request);
     void drop(size_t jobs);
 

@@ -5,6 +5,7 @@
 
 #include "app/viewer_state.h"
 #include "host/messages.h"
+#include "platform/clock.h"
 #include "platform/files.h"
 #include "platform/process.h"
 #include "sequence/frame_loader.h"
@@ -63,15 +64,43 @@ bool mayGoOn(int64_t tried) {
     return !loaderHooks.keepGoing || loaderHooks.keepGoing();
 }
 
+// A long search is told of on the console: there is no window yet.
+class SearchProgress {
+ public:
+    explicit SearchProgress(const Tstring& pattern) : pattern_(pattern) {}
+    ~SearchProgress() {
+        if (told_) std::fprintf(stderr, "\n");
+    }
+    SearchProgress(const SearchProgress&) = delete;
+    SearchProgress& operator=(const SearchProgress&) = delete;
+
+    void tell(int frame) {
+        const uint32_t now = platform::tickMilliseconds();
+        if (now - last_ < interval || !platform::isTerminal(2)) return;
+        last_ = now;
+        told_ = true;
+        const Tstring text = formatMessage("s_VistelStrings.rVTSearching", {pattern_, frame});
+        std::fprintf(stderr, "\r%s", text.c_str());
+    }
+
+ private:
+    static constexpr uint32_t interval = 1000;  // milliseconds
+    const Tstring& pattern_;
+    uint32_t last_ = platform::tickMilliseconds();
+    bool told_ = false;
+};
+
 // Steps currentFrame on to the first frame that exists, under its unpadded name. The bound is
 // tested before the step, so one name past the last frame is tried.
 OpenedSource openFirstThatExists(const Tstring& pattern, OpenedSource missing) {
     const int64_t step = std::max(viewerState.frameStep, 1);
+    SearchProgress progress(pattern);
     for (int64_t tried = 0; viewerState.currentFrame <= viewerState.lastFrame && mayGoOn(tried);
          ++tried) {
         const int64_t next = viewerState.currentFrame + step;
         if (next > INT32_MAX) break;
         viewerState.currentFrame = static_cast<int32_t>(next);
+        if (tried % namesBetweenChecks == 0) progress.tell(viewerState.currentFrame);
         OpenedSource opened = openFile(unpaddedName(pattern, viewerState.currentFrame));
         if (opened.stream || !opened.complaint.empty()) return opened;
     }
@@ -176,7 +205,8 @@ ChosenSource chooseStandardInput() {
     // What was read once is there a second time only when it comes from a file.
     if (viewerState.rereading && source.opened.stream &&
         !platform::seekStream(source.opened.stream.file(), 0, SEEK_SET)) {
-        source.opened = {{}, errno, {}, {}};
+        source.opened = OpenedSource{};
+        source.opened.systemError = errno;
     }
     return source;
 }
@@ -206,22 +236,44 @@ Tstring likelyFramePath(const Tstring& name, int frame) {
     return frameFilePath(viewerState.searchDirs.front(), numberedName(name, frame, numberStyle()));
 }
 
-int ChosenSource::close() {
-    if (opened.stream && viewerState.oneFileStream == opened.stream.file()) {
+// A stream that goes is no one-file animation's any more.
+static void forgetOneFileStream(const OpenedSource& opened) {
+    if (opened.stream && viewerState.oneFileStream == opened.stream.file())
         viewerState.oneFileStream = nullptr;
-    }
-    return opened.stream.close();
+}
+
+void ChosenSource::connect() {
+    if (!opened.stream) return;  // nothing was opened for it
+    const bool remembered = viewerState.oneFileStream == file;
+    opened.connect();
+    file = opened.stream.file();
+    if (remembered) viewerState.oneFileStream = file;
+}
+
+int ChosenSource::close(const std::function<bool()>& goOn) {
+    forgetOneFileStream(opened);
+    return opened.stream.close(goOn);
+}
+
+void ChosenSource::release() {
+    forgetOneFileStream(opened);
+    opened.stream.release();
+}
+
+void ChosenSource::abandon() {
+    forgetOneFileStream(opened);
+    opened.stream.abandon();
 }
 
 ChosenSource chooseSource(const Tstring& name) {
     if (namesFrames(name)) {
         ChosenSource source = chooseAnimationFrame(name);
-        if (source.opened.stream) viewerState.sourceIsPipe = source.opened.stream.isPipe();
+        if (source.opened.stream) viewerState.sourceIsPipe = source.opened.throughPipe();
         return source;
     }
     ChosenSource source = chooseSingleStream(name);
     source.file = source.opened.stream.file();
-    viewerState.sourceIsPipe = source.opened.stream && source.opened.stream.isPipe();
+    viewerState.sourceIsPipe = source.opened.stream && source.opened.throughPipe();
     return source;
 }
 

@@ -2,6 +2,8 @@
 // test output, standard input, a command and a file, made from the viewer's state.
 #pragma once
 
+#include <functional>
+
 #include "host/tstring.h"
 #include "sequence/source_stream.h"
 
@@ -9,13 +11,19 @@ namespace vistel {
 
 struct ChosenSource {
     OpenedSource opened;
-    FILE* file = nullptr;  // what is read: the opened stream, or the one of a one-file animation
+    FILE* file = nullptr;  // what is read: the opened stream, or the one of a one-file animation;
+                           // the file itself as long as its converter has not been started
     bool oneFile = false;  // the frame is chosen by its number among the forms of the file
     bool notFoundTold = false;  // the user was told already why there is none
     Tstring name;               // of the file, or what stands for a stream without one
 
-    // Closes what was opened for it; the exit status of a command, else 0.
-    int close();
+    // Starts the converter of a file that needs one; `file` is null afterwards when it cannot be
+    // started. To be called before anything is read.
+    void connect();
+    // End what was opened for it (see SourceStream).
+    int close(const std::function<bool()>& goOn);
+    void release();
+    void abandon();
 };
 
 // Opens the source for viewerState.currentFrame. Sets sourceIsPipe, sourceName, oneFileStream and,

@@ -16,14 +16,6 @@ namespace {
 constexpr const char* imageConverter = "pixconv";
 constexpr const char* olderConverter = "rasconv";
 
-SourceReader readerOfFile(const std::string& located, bool waitForWriter) {
-    // Only a path of its own keeps the probe from taking a file of this name for standard input.
-    const bool nameOfStream = Tstring(located).equalsIgnoringCase("stdin");
-    const int kind = probeFileKind(nameOfStream ? "./" + located : located);
-    if (waitForWriter && kind == fileKindUnreadable) return SourceReader::direct;
-    return readerOfKind(kind);
-}
-
 }  // namespace
 
 SourceStream::SourceStream(FILE* file, bool isPipe) : file_(file), isPipe_(isPipe) {
@@ -34,12 +26,24 @@ SourceStream::SourceStream(FILE* file, bool isPipe) : file_(file), isPipe_(isPip
     if (block_) std::setvbuf(file, block_.get(), _IOFBF, blockSize);
 }
 
-int SourceStream::close() {
+int SourceStream::close(const std::function<bool()>& goOn) {
+    if (!isPipe_ || !file_) {
+        release();
+        return 0;
+    }
+    return platform::closePipe(std::exchange(file_, nullptr), goOn);
+}
+
+void SourceStream::release() { end(platform::releasePipe); }
+void SourceStream::abandon() { end(platform::abandonPipe); }
+
+void SourceStream::end(void (*endPipe)(FILE*)) {
     FILE* file = std::exchange(file_, nullptr);
-    if (!file) return 0;
-    if (isPipe_) return platform::closePipe(file);
-    if (!platform::isStandardStream(file)) std::fclose(file);
-    return 0;
+    if (!file) return;
+    if (isPipe_)
+        endPipe(file);
+    else if (!platform::isStandardStream(file))
+        std::fclose(file);
 }
 
 SourceReader readerOfKind(int kind) {
@@ -68,39 +72,60 @@ std::string converterCommand(SourceReader reader, const std::string& program,
     return platform::quotedCommand(program, options, file, "stdout");
 }
 
-OpenedSource convertedSource(SourceStream file, SourceReader reader,
-                             const std::optional<std::string>& program,
-                             const std::string& located) {
-    if (reader == SourceReader::direct) return {std::move(file), 0, {}, {}};
-    file.close();
-    if (!program) {
-        return {
-            {},
-            0,
-            formatMessage("s_VistelStrings.rVTConverterMissing", {located, converterName(reader)}),
-            {}};
+SourceReader readerOfFile(const std::string& located, bool waitForWriter) {
+    // Only a path of its own keeps the probe from taking a file of this name for standard input.
+    const bool nameOfStream = Tstring(located).equalsIgnoringCase("stdin");
+    const int kind = probeFileKind(nameOfStream ? "./" + located : located);
+    if (waitForWriter && kind == fileKindUnreadable) return SourceReader::direct;
+    return readerOfKind(kind);
+}
+
+// Looks for the converter's program for the file: in `program`, or the complaint in its place.
+static void findConverter(OpenedSource& opened) {
+    if (opened.reader == SourceReader::direct) return;
+    if (const std::optional<std::string> program = converterProgram(opened.reader)) {
+        opened.program = *program;
+        return;
     }
-    return openCommand(converterCommand(reader, *program, located));
+    opened.stream.release();
+    opened.complaint = formatMessage("s_VistelStrings.rVTConverterMissing",
+                                     {opened.located, converterName(opened.reader)});
+}
+
+void OpenedSource::connect() {
+    if (reader == SourceReader::direct || !stream) return;
+    OpenedSource converted = openCommand(converterCommand(reader, program, located));
+    stream = std::move(converted.stream);
+    systemError = converted.systemError;
+    reader = SourceReader::direct;
 }
 
 OpenedSource openFrameFile(const Tstring& name, bool waitForWriter) {
+    OpenedSource opened;
     Tstring located;
-    SourceStream file(locateFrameFile(name, located), false);
-    if (!file) return {{}, errno, {}, {}};
-    const platform::StreamStatus status = platform::streamStatus(file.file());
-    if (status.kind != platform::StreamKind::regular) return {std::move(file), 0, {}, {}};
-    if (status.size == 0 && !waitForWriter)
-        return {{}, 0, formatMessage("s_VistelStrings.rVTNoImage", {located}), {}};
-    const SourceReader reader = readerOfFile(located, waitForWriter);
-    if (reader == SourceReader::direct) return {std::move(file), 0, {}, located};
-    return convertedSource(std::move(file), reader, platform::findProgram(converterName(reader)),
-                           located);
+    opened.stream = SourceStream(locateFrameFile(name, located), false);
+    if (!opened.stream) {
+        opened.systemError = errno;
+        return opened;
+    }
+    const platform::StreamStatus status = platform::streamStatus(opened.stream.file());
+    if (status.kind != platform::StreamKind::regular) return opened;
+    opened.located = located;
+    if (status.size == 0 && !waitForWriter) {
+        opened.stream.release();
+        opened.complaint = formatMessage("s_VistelStrings.rVTNoImage", {located});
+        return opened;
+    }
+    opened.reader = readerOfFile(located, waitForWriter);
+    findConverter(opened);
+    return opened;
 }
 
 OpenedSource openCommand(const std::string& command) {
-    SourceStream pipe(platform::openPipe(command, "r"), true);
-    const int error = pipe ? 0 : errno;
-    return {std::move(pipe), error, {}, {}};
+    OpenedSource opened;
+    opened.stream = SourceStream(platform::openPipe(command, "r"), true);
+    if (!opened.stream) opened.systemError = errno;
+    return opened;
 }
 
 OpenedSource openFrameCommand(const std::string& command, int frame) {
@@ -113,9 +138,12 @@ OpenedSource openTestOutput() {
 }
 
 OpenedSource openStandardInput() {
-    SourceStream input(platform::duplicateStandardStream(0, "r+"), false);
-    const int error = input ? 0 : errno;
-    return {std::move(input), error, {}, {}};
+    OpenedSource opened;
+    opened.stream = SourceStream(platform::duplicateStandardStream(0, "r+"), false);
+    if (opened.stream) return opened;
+    opened.systemError = errno;
+    if (errno == EBADF) opened.complaint = messageText("s_VistelStrings.rVTStdinClosed");
+    return opened;
 }
 
 }  // namespace vistel

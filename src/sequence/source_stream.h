@@ -3,17 +3,19 @@
 #pragma once
 
 #include <cstdio>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <utility>
 
 #include "host/tstring.h"
+#include "platform/process.h"
 
 namespace vistel {
 
-// An open stream and how it must be closed: a command by waiting for its end, a file unless it is
-// one of the three standard streams. It is read in large blocks.
+// An open stream and how it must be closed: a command is not only a stream, a file is closed unless
+// it is one of the three standard streams. It is read in large blocks.
 class SourceStream {
  public:
     SourceStream() = default;
@@ -29,16 +31,24 @@ class SourceStream {
         std::swap(block_, other.block_);
         return *this;
     }
-    ~SourceStream() { close(); }
+    ~SourceStream() { abandon(); }
 
     explicit operator bool() const { return file_ != nullptr; }
     FILE* file() const { return file_; }
     bool isPipe() const { return isPipe_; }
 
-    // The exit status of a command; 0 for files and for nothing open.
-    int close();
+    // One of the three ends it, the last two without waiting. The exit status of a command, waited
+    // for as long as `goOn` (asked every millisecond) wants, else -1; 0 for files and for nothing
+    // open.
+    int close(const std::function<bool()>& goOn);
+    // All that was wanted of it has been read: a command may still do what it does.
+    void release();
+    // It is not wanted any more: a command is ended.
+    void abandon();
 
  private:
+    void end(void (*endPipe)(FILE*));
+
     FILE* file_ = nullptr;
     bool isPipe_ = false;
     std::unique_ptr<char[]> block_;  // the stream's buffer
@@ -52,6 +62,11 @@ SourceReader readerOfKind(int kind);
 // Base name of a converter's program.
 const char* converterName(SourceReader reader);
 
+// Full path of a converter's program; none: not installed. Called by the threads that read ahead,
+// too. Tests put their own here.
+inline std::optional<std::string> (*converterProgram)(SourceReader reader) =
+    [](SourceReader reader) { return platform::findProgram(converterName(reader)); };
+
 // The command that converts one file.
 std::string converterCommand(SourceReader reader, const std::string& program,
                              const std::string& file);
@@ -61,17 +76,25 @@ struct OpenedSource {
     SourceStream stream;
     int systemError = 0;  // errno when nothing could be opened
     Tstring complaint;    // instead of it: a whole message that names the file
-    Tstring located;      // path of the frame file that the stream reads; empty for anything else
+    Tstring located;      // path of the regular file that was found; empty for anything else
+    // A file that a converter must read first: the stream still is the file itself.
+    SourceReader reader = SourceReader::direct;
+    std::string program;  // of the converter
+
+    // Whether what connect leaves behind is the output of a command.
+    bool throughPipe() const { return stream.isPipe() || reader != SourceReader::direct; }
+    // Starts the converter when one is needed: the stream becomes its output, or ends
+    // (systemError).
+    void connect();
 };
 
-// A file that locateFrameFile opened under the path `located`: the same stream, or the output of
-// the program, which is the converter that readerOfKind asks for (none: not installed).
-OpenedSource convertedSource(SourceStream file, SourceReader reader,
-                             const std::optional<std::string>& program, const std::string& located);
+// What reads the regular file of this path, by how it begins. With waitForWriter a file that is
+// still too short to be told is taken for a frame that is being written.
+SourceReader readerOfFile(const std::string& located, bool waitForWriter);
 
-// A frame file, looked for along the search directories. With waitForWriter a file that is still
-// too short to be told is taken for a frame that is being written. What is no regular file (a named
-// pipe) can be opened only once: it is not told apart but read as it is.
+// A frame file, looked for along the search directories; a converter that it needs is not started
+// (waitForWriter: see readerOfFile). What is no regular file (a named pipe) can be opened only
+// once: it is not told apart but read as it is.
 OpenedSource openFrameFile(const Tstring& name, bool waitForWriter);
 
 // The output of a command.
@@ -83,7 +106,7 @@ OpenedSource openFrameCommand(const std::string& command, int frame);
 // The output of the command in the environment variable VTTEST, or of the image converter.
 OpenedSource openTestOutput();
 
-// A stream on a duplicate of standard input.
+// A stream on a duplicate of standard input; a complaint when that was closed by who started us.
 OpenedSource openStandardInput();
 
 }  // namespace vistel

@@ -19,11 +19,13 @@ namespace vistel {
 
 namespace {
 
-// Held keys must not pile up behind a slow frame.
-void dropRepeatedSteps() {
-    windowContext().queue.drop([](const InputEvent& event) {
-        const bool step = event.code == keyLeftArrow || event.code == keyRightArrow;
-        return event.code == 'U' || event.code == EV_TIMER || (step && event.value);
+// Held keys must not pile up behind a slow frame: all but the first so many go.
+void dropRepeatedSteps(int kept) {
+    windowContext().queue.drop([&](const InputEvent& event) {
+        if (event.code == EV_TIMER) return true;
+        const bool arrow = event.code == keyLeftArrow || event.code == keyRightArrow;
+        const bool step = event.code == 'U' || (arrow && event.value);
+        return step && kept-- <= 0;
     });
 }
 
@@ -38,11 +40,11 @@ void readFollowingAhead() {
     session.ahead->expect(frames);
 }
 
-FrameStore* readCurrentFrame() {
+FrameStore* readCurrentFrame(int& result) {
     viewerSession().readStarted = platform::tickMilliseconds();
     readFollowingAhead();
     FrameStore read;
-    const int result = readFrameAgain(read);
+    result = readFrameAgain(read);
     if (result != iffOk && !read.hasPicture()) return nullptr;
     return &keepFrame(viewerState.currentFrame, std::move(read));
 }
@@ -50,14 +52,15 @@ FrameStore* readCurrentFrame() {
 bool show(FrameStore& frame, SourceMark mark, Refit refit) {
     viewerSession().mark = mark;
     setUpDisplay(frame, refit);
-    if (!playing()) dropRepeatedSteps();
+    if (!playing()) dropRepeatedSteps(0);
     return true;
 }
 
 bool reload() {
     if (!viewerSession().dragging.scrub)
         showMessageBand(messageText("s_VistelStrings.rVTReloadingImage"));
-    if (FrameStore* frame = readCurrentFrame())
+    int result = iffOk;
+    if (FrameStore* frame = readCurrentFrame(result))
         return show(*frame, SourceMark::disk, Refit::fitWindow);
     showMessageBand(messageText("s_VistelStrings.rVTFileRemoved"));
     viewerSession().bandShown = true;
@@ -86,10 +89,12 @@ bool showCurrentFrame(FrameRead read) {
     if (FrameStore* kept = viewerSession().slots.find(viewerState.currentFrame)) {
         return show(*kept, SourceMark::memory, Refit::keepWindow);
     }
-    if (FrameStore* frame = readCurrentFrame())
+    int result = iffOk;
+    if (FrameStore* frame = readCurrentFrame(result))
         return show(*frame, SourceMark::disk, Refit::keepWindow);
     viewerSession().mark = SourceMark::unknown;
-    if (!playing()) dropRepeatedSteps();
+    // The key that ended the wait for this frame is to act.
+    if (!playing()) dropRepeatedSteps(result == iffAborted ? 1 : 0);
     return true;
 }
 

@@ -22,7 +22,10 @@ namespace vistel {
 
 namespace {
 
-constexpr uint32_t longestKeyWait = 100;  // milliseconds that a key waits for a frame being written
+// Milliseconds that a key waits for a frame that is being written, and for one that a command
+// brings, which had better be allowed to finish what it has begun.
+constexpr uint32_t longestKeyWait = 100;
+constexpr uint32_t longestCommandWait = 1000;
 constexpr unsigned progressInterval = 100;  // milliseconds between two progress texts
 
 bool loading = false;  // Escape ends the load
@@ -139,8 +142,10 @@ void redrawPicture() {
 // A frame of a running animation that is still being written must not hold up the keys. The key
 // that reloads it repeats while it is held.
 bool keyWaitsTooLong() {
-    if (!viewerState.viewerLoopRunning || !viewerState.synchro) return false;
-    if (platform::tickMilliseconds() - viewerSession().readStarted < longestKeyWait) return false;
+    if (!viewerState.viewerLoopRunning) return false;
+    if (!viewerState.synchro && !viewerState.sourceIsPipe) return false;
+    const uint32_t longest = viewerState.synchro ? longestKeyWait : longestCommandWait;
+    if (platform::tickMilliseconds() - viewerSession().readStarted < longest) return false;
     return windowContext().queue.any([](const InputEvent& event) {
         return event.value && event.code != EV_TIMER && event.code != EV_MOUSEX &&
                event.code != EV_MOUSEY && event.code != 'U';

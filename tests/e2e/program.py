@@ -240,17 +240,20 @@ class Program:
         self, system, arguments, folder, private, settings, stdin=None, environment=None
     ):
         """`folder` is the current directory, `private` holds what the run writes to the console,
-        `settings` what it keeps for the next one. `stdin`: a file object, or None for a null
-        device."""
+        `settings` what it keeps for the next one. `stdin`: a file object, None for a null device,
+        or "closed"."""
         system.require_binary()
         self.system, self.desktop = system, system.desktop
         self.marker = f"{system.marker}-{uuid.uuid4().hex}"
         self._out, self._err = private / "stdout", private / "stderr"
         variables = system.environment(settings, self.marker)
         variables.update(environment or {})
+        command = [*system.command(), *map(str, arguments)]
+        if stdin == "closed":
+            command, stdin = ["sh", "-c", 'exec "$@" <&-', "sh", *command], None
         with open(self._out, "wb") as out, open(self._err, "wb") as err:
             self.process = subprocess.Popen(
-                [*system.command(), *map(str, arguments)],
+                command,
                 cwd=folder,
                 env=variables,
                 stdin=subprocess.DEVNULL if stdin is None else stdin,
@@ -269,6 +272,10 @@ class Program:
 
     def running(self):
         return self.process.poll() is None
+
+    def interrupt(self):
+        """What Ctrl+C in its console does to the program itself."""
+        self.process.send_signal(signal.SIGINT)
 
     def wait_for_exit(self, timeout=PATIENCE):
         """The exit status."""

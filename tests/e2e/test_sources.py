@@ -1,18 +1,102 @@
-"""Where pictures come from besides plain files: standard input, commands, one-file animations, and
-files that are still being written."""
+"""Where pictures come from: names as users type them, standard input, commands (also such that
+misbehave), one-file animations, and files that are still being written."""
 
 import os
+import signal
 import subprocess
 import threading
 import time
 
 import pytest
 
+from desktop import wait_until
 from framefile import Animation, Picture, Style, image_form, noise, on_screen, wrap, write
-from program import Player
+from program import Player, processes_marked
 
 PICTURE = Picture(colour=noise(120, 90, seed=3))
 SHOWN = on_screen(PICTURE)
+
+
+# --- names ----------------------------------------------------------------------------------------
+
+# Folder, pattern of the files, first and last frame, arguments (HERE: the folder's full name).
+NAMED = {
+    "a stem": ("", "shot.{}", 1, 3, ["shot."]),
+    "a stem in this folder": ("", "shot.{}", 1, 3, ["./shot."]),
+    "a stem in a folder": ("drawer", "shot.{}", 1, 3, ["drawer/shot."]),
+    "a stem in a folder with blanks": (
+        "my own  drawer", "my shot.{}", 1, 3, ["my own  drawer/my shot."],
+    ),
+    "a stem in a folder with accents": (
+        "Bilder \xe4\xf6\xfc", "shot.{}", 1, 3, ["Bilder \xe4\xf6\xfc/shot."],
+    ),
+    "a stem in a foreign folder": ("\u65e5\u672c", "shot.{}", 1, 3, ["\u65e5\u672c/shot."]),
+    "a stem with accents": ("", "sh\xf6t.{}", 1, 3, ["sh\xf6t."]),
+    "a foreign hash": ("", "\u65e5.{:04d}.iff", 1, 3, ["-n", "1", "3", "1", "\u65e5.#.iff"]),
+    "a full name": ("drawer", "shot.{}", 1, 3, ["HERE/drawer/shot."]),
+    "a full name with a hash": (
+        "a b", "shot.{:04d}.iff", 1, 3, ["-n", "1", "3", "1", "HERE/a b/shot.#.iff"],
+    ),
+    "a hash": ("", "shot.{:04d}.iff", 1, 3, ["-n", "1", "3", "1", "shot.#.iff"]),
+    "at signs": ("", "shot.{:04d}.iff", 1, 3, ["-n", "1", "3", "1", "shot.@@@@.iff"]),
+    "one at sign": ("", "shot.{}.iff", 9, 11, ["-n", "9", "11", "1", "shot.@.iff"]),
+    "padded as asked": ("", "shot.{:04d}", 1, 3, ["-p", "-n", "1", "3", "1", "shot"]),
+    "a range backwards": ("", "shot.{}", 1, 3, ["-n", "3", "1", "-1", "shot"]),
+    "a range among the files": ("", "shot.{}", 5, 7, ["absent", "-n5", "7", "1", "shot"]),
+    "a range in words among the files": (
+        "", "shot.{}", 5, 7, ["absent", "-n", "5", "7", "1", "shot"],
+    ),
+    "negative numbers": ("", "shot.{:04d}.iff", -2, 2, ["-n", "-2", "2", "1", "shot.#.iff"]),
+    "negative numbers among the files": (
+        "", "shot.{}", -2, 1, ["absent", "-n-2", "1", "1", "shot"],
+    ),
+    "a stem of negative numbers": ("", "shot.{}", -2, 2, ["shot."]),
+    "a power of ten": ("", "shot.{}", 998, 1001, ["shot."]),
+    "a padded power of ten": ("", "shot.{:04d}", 998, 1001, ["shot."]),
+    "a power of ten in a hash": (
+        "", "shot.{:04d}.iff", 998, 1001, ["-n", "998", "1001", "1", "shot.#.iff"],
+    ),
+    "a power of ten beyond at signs": (
+        "", "shot.{:03d}.iff", 998, 1001, ["-n", "998", "1001", "1", "shot.@@@.iff"],
+    ),
+    "the width of a larger number": ("", "shot.{:05d}", 9998, 10001, ["shot."]),
+}
+
+
+def rest_on_first(player, busy=0):
+    """Stops on the first frame, which may be shown already when the key is still under way. Steps
+    that are typed during a read of `busy` seconds are lost."""
+    time.sleep(busy)
+    player.pause()
+    time.sleep(busy)
+    player.step("Control_L+Left", player.animation.numbers[0])
+    player.settled()
+
+
+@pytest.mark.parametrize("case", NAMED.values(), ids=NAMED.keys())
+def test_a_sequence_under_the_name_that_was_typed(start, folder, case):
+    drawer, pattern, first, last, arguments = case
+    (folder / drawer).mkdir(exist_ok=True)
+    animation = Animation(first, last)
+    animation.numbers.reverse()  # the order in which files were made says nothing
+    animation.write(folder / drawer, pattern)
+    animation.numbers.reverse()
+    program = start(*(a.replace("HERE", str(folder)) for a in arguments))
+    player = Player(program, animation)
+    rest_on_first(player)
+    for expected in [*range(first + 1, last + 1), first]:
+        player.step("Right", expected)
+    assert "shot" not in program.stderr()
+    assert program.close() == 0
+
+
+@pytest.mark.parametrize("name", ["a b", "\u00e9t\u00e9", "\u65e5\u672c", "it's", "50%", "a&b;c"])
+def test_an_image_under_the_name_that_was_typed(start, folder, name):
+    (folder / name).mkdir()
+    write(folder / name / f"{name}.iff", PICTURE)
+    program = start(f"{name}/{name}.iff")
+    program.find(SHOWN)
+    assert program.close() == 0
 
 
 # --- standard input -------------------------------------------------------------------------------
@@ -75,6 +159,50 @@ def test_standard_input_shows_one_image_even_when_a_range_is_given(start, folder
     assert program.stderr().strip()
 
 
+NO_INPUT = {
+    "from the null device": subprocess.DEVNULL,
+    "from a file without a byte": "empty",
+    "from a pipe without a byte": "pipe",
+}
+
+
+@pytest.mark.parametrize("kind", NO_INPUT.values(), ids=NO_INPUT.keys())
+def test_standard_input_without_a_byte_is_told(start, folder, kind):
+    (folder / "empty").write_bytes(b"")
+    write(folder / "one", PICTURE)
+    with subprocess.Popen(["cat", str(folder / "empty")], stdout=subprocess.PIPE) as cat:
+        with open(folder / "empty", "rb") as empty:
+            stdin = {"empty": empty, "pipe": cat.stdout}.get(kind, kind)
+            program = start("stdin", "one", stdin=stdin)
+        cat.stdout.close()
+        program.find(SHOWN)
+    assert "standard input" in program.stderr()
+    assert program.close() == 0
+
+
+@pytest.mark.parametrize("arguments", [[], ["stdin"]])
+def test_standard_input_that_is_closed_is_told(system, start, folder, arguments):
+    if system.name == "wine":
+        pytest.skip("there a program is always given some standard input")
+    program = start(*arguments, stdin="closed")
+    assert program.wait_for_exit() == 0
+    assert program.stderr().strip() == "standard input is closed"
+
+
+@pytest.mark.parametrize("length", [0, 5, 2000])
+def test_standard_input_that_stalls_is_left_by_an_interrupt(start, length):
+    read_end, write_end = os.pipe()
+    os.write(write_end, image_form(PICTURE)[:length])
+    with os.fdopen(read_end, "rb") as source:
+        program = start("stdin", stdin=source)
+    try:
+        interrupt(program)
+        assert program.wait_for_exit(10) == 0
+        assert program.stderr() == ""
+    finally:
+        os.close(write_end)
+
+
 # --- commands -------------------------------------------------------------------------------------
 
 
@@ -89,8 +217,7 @@ def test_a_command_runs_once_per_frame_with_its_number(system, start, folder):
     animation = Animation(3, 6).write(folder)
     command = f"pipe:{system.emit_command()} shot.{system.frame_variable()}"
     player = Player(start("-n", "3", "6", "1", command), animation)
-    player.pause()
-    player.step("Control_L+Left", 3)
+    rest_on_first(player, 1.5)
     for expected in (4, 5, 6, 3):
         player.step("Right", expected)
 
@@ -106,6 +233,145 @@ def test_the_converter_test_runs_the_command_named_in_the_environment(system, st
     write(folder / "one", PICTURE)
     program = start("-t", environment={"VTTEST": f"{system.emit_command()} one"})
     program.find(SHOWN)
+    assert program.close() == 0
+
+
+# --- commands that misbehave ----------------------------------------------------------------------
+
+LONG = 60_000  # milliseconds; no test takes so long
+
+
+def interrupt(program):
+    """Ctrl+C in the console, when the program waits."""
+    time.sleep(1.5)
+    assert program.running()
+    program.interrupt()
+
+
+def command(system, options):
+    return f"pipe:{system.emit_command()} {options}"
+
+
+def assert_no_commands_left(program):
+    names = lambda: [n for _, n in processes_marked(program.marker) if n.startswith("emit")]
+    wait_until(lambda: not names(), 5, lambda: f"the end of {names()}")
+
+
+FAILING = {
+    "fails": "-x 3 empty",
+    "fails with words": "absent",
+    "writes nothing": "empty",
+    "writes words": "words",
+    "breaks off": "-c 1000 one",
+}
+
+
+@pytest.mark.parametrize("options", FAILING.values(), ids=FAILING.keys())
+def test_a_command_that_brings_no_image_is_named_and_the_next_file_shown(
+    system, start, folder, options
+):
+    (folder / "empty").write_bytes(b"")
+    (folder / "words").write_bytes(b"This is no picture, only a text that someone wrote.\n" * 50)
+    write(folder / "one", PICTURE)
+    other = Picture(colour=noise(100, 70, seed=4))
+    write(folder / "two", other)
+    program = start(command(system, options), "two")
+    program.find(on_screen(other))
+    assert "command" in program.stderr() or "emit" in program.stderr()
+    assert program.close() == 0
+
+
+def test_a_command_that_writes_slowly(system, start, folder):
+    write(folder / "one", PICTURE)
+    program = start(command(system, "-p 60 one"))
+    program.find(SHOWN)
+    assert program.close() == 0
+    assert program.stderr() == ""
+
+
+@pytest.mark.parametrize("options", ["-w LONG one", "-c 2000 -s LONG one"])
+def test_a_command_that_stalls_is_left_by_an_interrupt(system, start, folder, options):
+    write(folder / "one", PICTURE)
+    program = start(command(system, options.replace("LONG", str(LONG))))
+    interrupt(program)
+    assert program.wait_for_exit(10) == 0
+    assert program.stderr() == ""
+    assert_no_commands_left(program)
+
+
+def test_a_command_that_has_written_its_image_and_stays_is_not_waited_for(system, start, folder):
+    write(folder / "one", PICTURE)
+    program = start(command(system, f"-s {LONG} one"))
+    program.find(SHOWN)
+    begin = time.monotonic()
+    assert program.close() == 0
+    assert time.monotonic() - begin < 5
+    assert_no_commands_left(program)
+
+
+def test_commands_that_stay_do_not_hold_up_an_animation(system, start, folder):
+    animation = Animation(1, 12).write(folder)
+    options = f"-s {LONG} shot.{system.frame_variable()}"
+    program = start("-n", "1", "12", "1", command(system, options))
+    player = Player(program, animation)
+    rest_on_first(player, 1.5)
+    player.step("Right", 2)
+    assert program.close() == 0
+    assert_no_commands_left(program)
+
+
+def stalling_at_second_frame(system, start, folder, *options):
+    animation = Animation(1, 3).write(folder)
+    (folder / "shot.2").unlink()
+    emit = command(system, f"-m {LONG} shot.{system.frame_variable()}")
+    program = start(*options, "-n", "1", "3", "1", emit)
+    return program, Player(program, animation)
+
+
+def test_the_window_can_be_closed_while_a_command_stalls(system, start, folder):
+    program, player = stalling_at_second_frame(system, start, folder)
+    assert player.settled(1.0) == 1
+    with program.desktop.covering(player.x, player.y, 20, 20):
+        assert player.frame() == 1
+    program.find_part(player.animation.landmark())
+    begin = time.monotonic()
+    assert program.close() == 0
+    assert time.monotonic() - begin < 5
+    assert_no_commands_left(program)
+
+
+def test_escape_ends_a_load_whose_command_stalls(system, start, folder):
+    program, player = stalling_at_second_frame(system, start, folder)
+    assert player.settled(1.0) == 1
+    program.key("Escape")
+    wait_until(lambda: "loading" not in program.title(), what="the end of loading")
+    assert program.close() == 0
+    assert_no_commands_left(program)
+
+
+def test_keys_act_while_a_command_stalls(system, start, folder):
+    program, player = stalling_at_second_frame(system, start, folder, "-k", "0")
+    rest_on_first(player, 1.5)
+    program.key("Right")  # the frame that does not come
+    time.sleep(0.5)
+    player.step("Right", 3)
+    assert program.close() == 0
+    assert_no_commands_left(program)
+
+
+def test_playing_commands_leaves_no_dead_ones_behind(system, start, folder):
+    if system.name == "wine":
+        pytest.skip("dead processes take no place there")
+    animation = Animation(1, 4).write(folder)
+    emit = command(system, f"shot.{system.frame_variable()}")
+    program = start("-k", "0", "-n", "1", "4", "1", emit)
+    player = Player(program, animation)
+    player.playing(20)
+    dead = subprocess.run(
+        ["ps", "--ppid", str(program.process.pid), "-o", "stat="],
+        capture_output=True, text=True, check=False,
+    )
+    assert dead.stdout.count("Z") <= 3
     assert program.close() == 0
 
 
@@ -125,8 +391,7 @@ def test_an_animation_in_one_file(start, folder, join, arguments):
     animation = Animation(1, 4)
     (folder / "all").write_bytes(join([animation.picture(n) for n in animation.numbers]))
     player = Player(start(*arguments, "all"), animation)
-    player.pause()
-    player.step("Control_L+Left", 1)
+    rest_on_first(player, 1.5)
     for expected in (2, 3, 4, 1):
         player.step("Right", expected)
     player.step("Left", 4)

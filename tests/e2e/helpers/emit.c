@@ -1,5 +1,9 @@
-/* Writes files to standard output, for "pipe:" commands: emit [-w MILLISECONDS] FILE...
-   With -w it waits before each file. */
+/* Writes files to standard output, for "pipe:" commands:
+
+     emit [-w MS] [-p MS] [-m MS] [-c BYTES] [-s MS] [-x STATUS] FILE...
+
+   -w waits before each file, -p pauses after each twentieth of it, -c writes so much of it only, -m
+   waits so long for one that is missing, -s stays so long at the end, -x ends with this status. */
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -8,32 +12,51 @@
 #include <fcntl.h>
 #include <io.h>
 #include <windows.h>
-#define rest(ms) Sleep(ms)
+#define rest(ms) Sleep((DWORD)(ms))
 #else
 #include <unistd.h>
-#define rest(ms) usleep((ms)*1000)
+static void rest(long ms) {
+    for (; ms > 0; ms -= 500) usleep((ms < 500 ? ms : 500) * 1000);
+}
 #endif
 
+static long option(char letter, int argc, char** argv) {
+    for (int i = 1; i + 1 < argc; ++i)
+        if (argv[i][0] == '-' && argv[i][1] == letter) return atol(argv[i + 1]);
+    return 0;
+}
+
+static void copy(FILE* file, long pause, long cut) {
+    static char block[1 << 24];
+    size_t size = fread(block, 1, sizeof block, file);
+    if (cut > 0 && size > (size_t)cut) size = (size_t)cut;
+    const size_t piece = pause > 0 ? size / 20 + 1 : size;
+    for (size_t at = 0; at < size; at += piece) {
+        fwrite(block + at, 1, size - at < piece ? size - at : piece, stdout);
+        fflush(stdout);
+        rest(pause);
+    }
+}
+
 int main(int argc, char** argv) {
-    unsigned wait = 0;
-    char block[4096];
 #ifdef _WIN32
     _setmode(_fileno(stdout), _O_BINARY);
 #endif
     for (int i = 1; i < argc; ++i) {
-        if (strcmp(argv[i], "-w") == 0 && i + 1 < argc) {
-            wait = (unsigned)atoi(argv[++i]);
+        if (argv[i][0] == '-') {
+            ++i;
             continue;
         }
-        rest(wait);
+        rest(option('w', argc, argv));
         FILE* file = fopen(argv[i], "rb");
         if (file == NULL) {
             perror(argv[i]);
+            rest(option('m', argc, argv));
             return 1;
         }
-        size_t n;
-        while ((n = fread(block, 1, sizeof block, file)) > 0) fwrite(block, 1, n, stdout);
+        copy(file, option('p', argc, argv), option('c', argc, argv));
         fclose(file);
     }
-    return 0;
+    rest(option('s', argc, argv));
+    return (int)option('x', argc, argv);
 }

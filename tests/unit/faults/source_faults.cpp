@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "app/viewer_state.h"
@@ -12,6 +13,7 @@
 #include "iff/every_form.h"
 #include "iff/plane_pool.h"
 #include "sequence/frame_loader.h"
+#include "sequence/source_stream.h"
 
 namespace vistel {
 namespace {
@@ -113,7 +115,10 @@ TEST_F(SourceFaults, OfPagesAreNoMemory) {
 
 TEST_F(SourceFaults, OfReadsAreAnIncompleteFile) {
     // A file whose kind cannot be read goes to the converter, and that one is not there.
+    const auto before =
+        std::exchange(converterProgram, [](SourceReader) { return std::optional<std::string>(); });
     EXPECT_GT(failEach(test::faultRead, {iffIncomplete, iffPartialIo, iffNotIff}), 5);
+    converterProgram = before;
 }
 
 TEST_F(SourceFaults, OfSeeksAreOfNoAccountOrAnIoError) {

@@ -1,7 +1,9 @@
 // This test program in its second role: the converter or command that a source starts. The role is
 // told by an environment variable; the file to print is the word before the last ("stdout").
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <thread>
 
 #include "sequence_fixture.h"
 
@@ -16,6 +18,23 @@ constexpr const char* roleVariable = "VISTEL_TEST_CHILD";
     std::_Exit(status);
 }
 
+// Longer than any test waits for it, but not for ever.
+void stay() { std::this_thread::sleep_for(std::chrono::seconds(60)); }
+
+void print(const std::string& bytes) {
+    std::fwrite(bytes.data(), 1, bytes.size(), stdout);
+    std::fflush(stdout);
+}
+
+[[noreturn]] void convertFile(const std::string& name, const std::string& bytes) {
+    if (const platform::FilePtr count{platform::openFile(name + ".count", "a")})
+        std::fputc('1', count.get());
+    const std::string task = bytes.substr(0, 4), rest = bytes.substr(4);
+    print(task == convert::halfAndStall ? rest.substr(0, rest.size() / 2) : rest);
+    if (task == convert::halfAndStall || task == convert::andStay) stay();
+    leave(task == convert::andFail ? 3 : 0);
+}
+
 class ChildRun : public testing::Environment {
  public:
     explicit ChildRun(std::string role) : role_(std::move(role)) {}
@@ -27,10 +46,12 @@ class ChildRun : public testing::Environment {
         if (role_ == "frame") name += "." + platform::environmentVariable("FRAME").value_or("none");
         const platform::FilePtr file(platform::openFile(name, "r"));
         if (!file) leave(4);
+        std::string bytes;
         char block[4096];
-        while (const size_t count = std::fread(block, 1, sizeof block, file.get())) {
-            std::fwrite(block, 1, count, stdout);
-        }
+        while (const size_t count = std::fread(block, 1, sizeof block, file.get()))
+            bytes.append(block, count);
+        if (role_ == "convert") convertFile(name, bytes);
+        print(bytes);
         leave(0);
     }
 
@@ -50,8 +71,14 @@ const bool inRole = enterRole();
 
 }  // namespace
 
+int conversions(const fs::path& file) {
+    std::error_code none;
+    const auto size = fs::file_size(fs::path(file) += ".count", none);
+    return none ? 0 : int(size);
+}
+
 std::string childProgram(ChildRole role) {
-    const char* const names[] = {"print", "frame", "fail"};
+    const char* const names[] = {"print", "frame", "fail", "convert"};
     platform::setEnvironmentVariable(roleVariable, names[static_cast<int>(role)]);
     return platform::programPath();
 }

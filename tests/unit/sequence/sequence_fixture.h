@@ -14,6 +14,7 @@
 #include "platform/files.h"
 #include "platform/process.h"
 #include "sequence/frame_loader.h"
+#include "sequence/source_stream.h"
 
 namespace vistel {
 
@@ -64,6 +65,7 @@ class SequenceTest : public testing::Test {
     void TearDown() override {
         viewerState = ViewerState{};
         loaderHooks = LoaderHooks{};
+        converterProgram = findConverter_;
         fs::current_path(before_);
         std::error_code ignored;
         fs::remove_all(folder_, ignored);
@@ -81,6 +83,9 @@ class SequenceTest : public testing::Test {
     Tstring path(const std::string& name) { return (folder_ / name).generic_string(); }
 
     fs::path folder_, before_;
+
+ private:
+    const decltype(converterProgram) findConverter_ = converterProgram;
 };
 
 inline bool contains(const std::string& text, const std::string& part) {
@@ -89,7 +94,18 @@ inline bool contains(const std::string& text, const std::string& part) {
 
 // A command that runs this test program again as a converter or a user's command
 // (child_program.cpp).
-enum class ChildRole { printFile, printFrameFile, fail };
+enum class ChildRole { printFile, printFrameFile, fail, convert };
 std::string childProgram(ChildRole role);
+
+// A file for ChildRole::convert, which leaves out the first word and does as that says.
+inline std::string foreignFile(const char* task, const std::string& bytes) { return task + bytes; }
+namespace convert {
+constexpr const char* well = "GOOD";
+constexpr const char* andFail = "FAIL";
+constexpr const char* halfAndStall = "HALF";
+constexpr const char* andStay = "STAY";  // writes all and does not end
+}  // namespace convert
+// How often the file was converted.
+int conversions(const fs::path& file);
 
 }  // namespace vistel

@@ -13,6 +13,24 @@ namespace {
 
 using Streams = SequenceTest;
 
+int closed(OpenedSource& opened) {
+    return opened.stream.close([] { return true; });
+}
+
+// The output of the converter for a file.
+OpenedSource convertedSource(SourceReader reader, const std::string& program, const Tstring& file) {
+    OpenedSource opened;
+    opened.stream = SourceStream(platform::openFile(file, "r"), false);
+    opened.located = file;
+    opened.reader = reader;
+    opened.program = program;
+    EXPECT_TRUE(opened.throughPipe());
+    EXPECT_FALSE(opened.stream.isPipe());
+    opened.connect();
+    EXPECT_TRUE(opened.throughPipe());
+    return opened;
+}
+
 std::string contents(SourceStream& stream) {
     std::string text;
     char block[512];
@@ -53,28 +71,28 @@ TEST_F(Streams, AConverterGetsThePathAsOneArgument) {
     for (const SourceReader reader : {SourceReader::imageConverter, SourceReader::olderConverter}) {
         for (const char* name : {"plain", "two words", "it's & $HOME (1)"}) {
             write(name, std::string("content of ") + name);
-            OpenedSource opened = convertedSource({}, reader, program, path(name));
+            OpenedSource opened = convertedSource(reader, program, path(name));
             ASSERT_TRUE(opened.stream) << name;
             EXPECT_TRUE(opened.stream.isPipe());
             EXPECT_EQ(contents(opened.stream), std::string("content of ") + name);
-            EXPECT_EQ(opened.stream.close(), 0);
+            EXPECT_EQ(closed(opened), 0);
         }
     }
 }
 
 TEST_F(Streams, AConvertersFailureIsItsExitStatus) {
     const std::string program = childProgram(ChildRole::fail);
-    OpenedSource opened = convertedSource({}, SourceReader::imageConverter, program, path("x"));
+    write("x", "y");
+    OpenedSource opened = convertedSource(SourceReader::imageConverter, program, path("x"));
     ASSERT_TRUE(opened.stream);
     EXPECT_EQ(contents(opened.stream), "");
-    EXPECT_EQ(opened.stream.close(), 3);
+    EXPECT_EQ(closed(opened), 3);
 }
 
 TEST_F(Streams, AMissingConverterIsNamedWithTheFile) {
-    write("x", "y");
-    SourceStream file(platform::openFile(path("x"), "r"), false);
-    const OpenedSource opened =
-        convertedSource(std::move(file), SourceReader::olderConverter, std::nullopt, path("x"));
+    write("x", "\x02\x4A\x02\x0A");
+    converterProgram = [](SourceReader) { return std::optional<std::string>(); };
+    const OpenedSource opened = openFrameFile(path("x"), false);
     EXPECT_FALSE(opened.stream);
     EXPECT_TRUE(contains(opened.complaint, path("x"))) << opened.complaint;
     EXPECT_TRUE(contains(opened.complaint, "rasconv")) << opened.complaint;
@@ -149,7 +167,7 @@ TEST_F(Streams, ACommandThatDoesNotExistGivesNothingAndAStatus) {
     OpenedSource opened = openCommand("no_such_command_here");
     ASSERT_TRUE(opened.stream);
     EXPECT_EQ(contents(opened.stream), "");
-    EXPECT_NE(opened.stream.close(), 0);
+    EXPECT_NE(closed(opened), 0);
     testing::internal::GetCapturedStderr();
 }
 
@@ -167,7 +185,7 @@ TEST_F(Streams, TheTestOutputIsThatOfTheNamedCommand) {
 TEST_F(Streams, TheStandardStreamsAreNeverClosed) {
     for (FILE* standard : {stdin, stdout, stderr}) {
         SourceStream stream(standard, false);
-        EXPECT_EQ(stream.close(), 0);
+        stream.release();
         EXPECT_FALSE(stream);
         EXPECT_GE(platform::streamDescriptor(standard), 0);
     }

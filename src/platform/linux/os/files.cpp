@@ -2,6 +2,7 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <time.h>
 #include <unistd.h>
@@ -25,7 +26,24 @@ FILE* openFile(const std::string& name, const char* mode) {
     return file.release();
 }
 
+static bool closedAtStart[3];
+
+static bool wasClosed(int descriptor) { return descriptor <= 2 && closedAtStart[descriptor]; }
+
+void keepStandardStreams() {
+    for (int descriptor = 0; descriptor <= 2; ++descriptor) {
+        closedAtStart[descriptor] = fcntl(descriptor, F_GETFD) < 0 && errno == EBADF;
+        // The lowest descriptor that is free is this one.
+        if (closedAtStart[descriptor])
+            (void)open("/dev/null", descriptor == 0 ? O_RDONLY : O_WRONLY);
+    }
+}
+
 FILE* duplicateStandardStream(int descriptor, const char* mode) {
+    if (wasClosed(descriptor)) {
+        errno = EBADF;
+        return nullptr;
+    }
     const int copy = fcntl(descriptor, F_DUPFD_CLOEXEC, 3);
     if (copy < 0) return nullptr;
     // Reading and writing is asked for, but a pipe's end or a redirected file has one direction
@@ -36,6 +54,16 @@ FILE* duplicateStandardStream(int descriptor, const char* mode) {
     FILE* stream = fdopen(copy, mode);
     if (!stream) close(copy);
     return stream;
+}
+
+FILE* duplicateStream(FILE* stream) {
+    std::fflush(stream);
+    const int copy = fcntl(fileno(stream), F_DUPFD_CLOEXEC, 3);
+    if (copy < 0) return nullptr;
+    const int access = fcntl(copy, F_GETFL) & O_ACCMODE;
+    FILE* further = fdopen(copy, access == O_RDONLY ? "r" : access == O_WRONLY ? "w" : "r+");
+    if (!further) close(copy);
+    return further;
 }
 
 StreamStatus streamStatus(FILE* stream) {
@@ -72,6 +100,19 @@ bool modifiedJustNow(const FileStamp& stamp) {
 bool isRegularFile(const std::string& name) {
     struct stat status {};
     return stat(name.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+}
+
+// The library has no question for what is left in a stream's buffer, but names its fields.
+static size_t bytesBuffered(const FILE* stream) {
+    return static_cast<size_t>(stream->_IO_read_end - stream->_IO_read_ptr);
+}
+
+size_t awaitBytes(FILE* stream, unsigned milliseconds) {
+    if (const size_t buffered = bytesBuffered(stream)) return buffered;
+    pollfd wanted = {fileno(stream), POLLIN, 0};
+    const int ready = poll(&wanted, 1, static_cast<int>(milliseconds));
+    const bool interrupted = ready < 0 && errno == EINTR;
+    return ready == 0 || interrupted ? 0 : 1;
 }
 
 size_t readBlockSize() { return 256 << 10; }  // fits the nearer caches, costs few calls
@@ -133,6 +174,7 @@ std::string currentDirectory() {
 bool setCurrentDirectory(const std::string& folder) { return chdir(folder.c_str()) == 0; }
 
 bool isCharacterDevice(int descriptor) {
+    if (wasClosed(descriptor)) return false;
     struct stat status {};
     return fstat(descriptor, &status) == 0 && S_ISCHR(status.st_mode);
 }

@@ -30,8 +30,7 @@ static void noteInterrupt(int signalNumber) {
 
 void catchInterrupts() {
     if (wakePipe[0] >= 0 || pipe2(wakePipe, O_CLOEXEC | O_NONBLOCK) != 0) return;
-    // A reader that goes away is a failed write and not the end of the program.
-    signal(SIGPIPE, SIG_IGN);
+    ignoreClosedReaders();
     struct sigaction action {};
     action.sa_handler = noteInterrupt;
     action.sa_flags = SA_RESTART;
@@ -42,6 +41,8 @@ void catchInterrupts() {
         if (present.sa_handler != SIG_IGN) sigaction(number, &action, nullptr);
     }
 }
+
+void ignoreClosedReaders() { signal(SIGPIPE, SIG_IGN); }
 
 bool interruptRequested() { return requested != 0; }
 

@@ -1,66 +1,17 @@
 #include "platform/process.h"
 
-#include <fcntl.h>
-#include <spawn.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <cerrno>
-#include <csignal>
+#include <algorithm>
 #include <cstdlib>
-#include <map>
-#include <mutex>
 
 #include "platform/files.h"
+#include "platform/linux/os/environment_lock.h"
 
 namespace vistel::platform {
 
 namespace {
-
-struct Children {
-    std::mutex lock;
-    std::map<FILE*, pid_t> byStream;
-};
-
-Children& children() {
-    static Children all;
-    return all;
-}
-
-struct SpawnSettings {
-    posix_spawn_file_actions_t files;
-    posix_spawnattr_t attributes;
-
-    SpawnSettings() {
-        posix_spawn_file_actions_init(&files);
-        posix_spawnattr_init(&attributes);
-        // Ignored signals survive the start of a program. This one must not: a command whose reader
-        // has gone away is to end.
-        sigset_t reset;
-        sigemptyset(&reset);
-        sigaddset(&reset, SIGPIPE);
-        posix_spawnattr_setsigdefault(&attributes, &reset);
-        posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
-    }
-    ~SpawnSettings() {
-        posix_spawn_file_actions_destroy(&files);
-        posix_spawnattr_destroy(&attributes);
-    }
-    SpawnSettings(const SpawnSettings&) = delete;
-    SpawnSettings& operator=(const SpawnSettings&) = delete;
-};
-
-// Starts the command with `end` as its descriptor `target`. posix_spawn copies no page tables,
-// which counts when gigabytes of frames are in memory.
-bool startShell(const std::string& command, int end, int target, pid_t& child) {
-    SpawnSettings settings;
-    posix_spawn_file_actions_adddup2(&settings.files, end, target);
-    std::string shell = "sh", option = "-c", text = command;
-    char* arguments[] = {shell.data(), option.data(), text.data(), nullptr};
-    return posix_spawn(&child, "/bin/sh", &settings.files, &settings.attributes, arguments,
-                       environ) == 0;
-}
 
 bool isProgram(const std::string& path) {
     struct stat status {};
@@ -81,45 +32,6 @@ std::string shellQuoted(const std::string& word) {
 }
 
 }  // namespace
-
-FILE* openPipe(const std::string& command, const char* mode) {
-    const bool reading = mode[0] == 'r';
-    int ends[2];
-    if (pipe2(ends, O_CLOEXEC) != 0) return nullptr;
-    const int ours = reading ? ends[0] : ends[1], theirs = reading ? ends[1] : ends[0];
-    pid_t child = 0;
-    const bool started = startShell(command, theirs, reading ? 1 : 0, child);
-    close(theirs);
-    FILE* stream = started ? fdopen(ours, reading ? "r" : "w") : nullptr;
-    if (!stream) {
-        close(ours);
-        if (started) waitpid(child, nullptr, 0);
-        return nullptr;
-    }
-    Children& all = children();
-    const std::lock_guard guard(all.lock);
-    all.byStream[stream] = child;
-    return stream;
-}
-
-int closePipe(FILE* pipe) {
-    if (!pipe) return -1;
-    pid_t child = 0;
-    {
-        Children& all = children();
-        const std::lock_guard guard(all.lock);
-        const auto entry = all.byStream.find(pipe);
-        if (entry == all.byStream.end()) return -1;
-        child = entry->second;
-        all.byStream.erase(entry);
-    }
-    std::fclose(pipe);
-    int status = 0;
-    while (waitpid(child, &status, 0) < 0) {
-        if (errno != EINTR) return -1;
-    }
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
 
 std::string quotedCommand(const std::string& program, const std::string& argument,
                           const std::string& furtherWords) {
@@ -150,13 +62,20 @@ std::optional<std::string> findProgram(const std::string& baseName) {
     return std::nullopt;
 }
 
+std::mutex& environmentLock() {
+    static std::mutex lock;
+    return lock;
+}
+
 std::optional<std::string> environmentVariable(const std::string& name) {
+    const std::lock_guard lock(environmentLock());
     const char* value = std::getenv(name.c_str());
     if (!value) return std::nullopt;
     return std::string(value);
 }
 
 void setEnvironmentVariable(const std::string& name, const std::string& value) {
+    const std::lock_guard lock(environmentLock());
     setenv(name.c_str(), value.c_str(), 1);
 }
 

@@ -4,9 +4,13 @@
 #include <io.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <clocale>
 #include <cstdlib>
+#include <system_error>
+#include <thread>
 
 #include "platform/win32/windows_api.h"
 
@@ -16,6 +20,8 @@ namespace {
 
 // The run-time library's mode text with the binary flag; "r+" stays a prefix.
 std::string binaryMode(const char* mode) { return std::string(mode) + "b"; }
+
+HANDLE handleOf(int descriptor) { return reinterpret_cast<HANDLE>(_get_osfhandle(descriptor)); }
 
 bool isFolder(const std::string& name) {
     const DWORD attributes = GetFileAttributesA(name.c_str());
@@ -38,14 +44,70 @@ FILE* openFile(const std::string& name, const char* mode) {
     return std::fopen(name.c_str(), binaryMode(mode).c_str());
 }
 
+static bool closedAtStart[3];
+
+static bool wasClosed(int descriptor) { return descriptor <= 2 && closedAtStart[descriptor]; }
+
+void keepStandardStreams() {
+    for (int descriptor = 0; descriptor <= 2; ++descriptor) {
+        closedAtStart[descriptor] = handleOf(descriptor) == INVALID_HANDLE_VALUE;
+        // The lowest descriptor that is free is this one.
+        if (closedAtStart[descriptor]) _open("NUL", _O_RDWR | _O_BINARY);
+    }
+}
+
+static bool canBeAsked(HANDLE pipe) {
+    return PeekNamedPipe(pipe, nullptr, 0, nullptr, nullptr, nullptr) ||
+           GetLastError() == ERROR_BROKEN_PIPE;
+}
+
+// Some pipes of other systems do not tell whether they hold anything. A thread of their own waits
+// for them and passes on what comes through a pipe that does. It ends with the program, or when one
+// of the ends is closed.
+static void passOn(int from, int to) {
+    char block[1 << 14];
+    for (int got; (got = _read(from, block, sizeof block)) > 0;)
+        if (_write(to, block, static_cast<unsigned>(got)) != got) break;
+    _close(to);
+    _close(from);
+}
+
+static int passedOn(int descriptor) {
+    int ends[2];
+    if (_pipe(ends, 1 << 20, _O_BINARY | _O_NOINHERIT) != 0) return descriptor;
+    try {
+        std::thread(passOn, descriptor, ends[1]).detach();
+        return ends[0];
+    } catch (const std::system_error&) {
+        for (const int end : ends) _close(end);
+        return descriptor;
+    }
+}
+
 FILE* duplicateStandardStream(int descriptor, const char* mode) {
-    const int copy = _dup(descriptor);
+    if (wasClosed(descriptor)) {
+        errno = EBADF;
+        return nullptr;
+    }
+    int copy = _dup(descriptor);
     if (copy < 0) return nullptr;
+    const bool reading = descriptor == 0 && modeBits(copy) == _S_IFIFO;
+    if (reading && !canBeAsked(handleOf(copy))) copy = passedOn(copy);
     // The mode text of _fdopen does not reach the descriptor's own text flag.
     _setmode(copy, _O_BINARY);
     FILE* stream = _fdopen(copy, binaryMode(mode).c_str());
     if (!stream) _close(copy);
     return stream;
+}
+
+FILE* duplicateStream(FILE* stream) {
+    std::fflush(stream);
+    const int copy = _dup(_fileno(stream));
+    if (copy < 0) return nullptr;
+    _setmode(copy, _O_BINARY);
+    FILE* further = _fdopen(copy, "r+b");
+    if (!further) _close(copy);
+    return further;
 }
 
 StreamStatus streamStatus(FILE* stream) {
@@ -67,8 +129,7 @@ static uint64_t joined(DWORD high, DWORD low) { return uint64_t{high} << 32 | lo
 std::optional<FileStamp> fileStamp(FILE* stream) {
     if (streamStatus(stream).kind != StreamKind::regular) return {};
     BY_HANDLE_FILE_INFORMATION file;
-    const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream)));
-    if (!GetFileInformationByHandle(handle, &file)) return {};
+    if (!GetFileInformationByHandle(handleOf(_fileno(stream)), &file)) return {};
     return FileStamp{
         joined(file.nFileSizeHigh, file.nFileSizeLow),
         joined(file.ftLastWriteTime.dwHighDateTime, file.ftLastWriteTime.dwLowDateTime),
@@ -85,6 +146,21 @@ bool modifiedJustNow(const FileStamp& stamp) {
 bool isRegularFile(const std::string& name) {
     struct _stat64 status;
     return _stat64(name.c_str(), &status) == 0 && (status.st_mode & _S_IFMT) == _S_IFREG;
+}
+
+size_t awaitBytes(FILE* stream, unsigned milliseconds) {
+    if (stream->_cnt > 0) return static_cast<size_t>(stream->_cnt);
+    constexpr std::chrono::milliseconds moment{1};
+    const HANDLE pipe = handleOf(_fileno(stream));
+    const auto begin = std::chrono::steady_clock::now();
+    for (;;) {
+        DWORD bytes = 0;
+        // What is no pipe cannot be asked, what has been closed at the other end has ended.
+        if (!PeekNamedPipe(pipe, nullptr, 0, nullptr, &bytes, nullptr) || bytes > 0) return 1;
+        const auto waited = std::chrono::steady_clock::now() - begin;
+        if (waited >= std::max(moment, std::chrono::milliseconds(milliseconds))) return 0;
+        Sleep(milliseconds > 0 ? 1 : 0);
+    }
 }
 
 size_t readBlockSize() { return 16 << 10; }
@@ -117,13 +193,15 @@ bool setCurrentDirectory(const std::string& folder) {
     return SetCurrentDirectoryA(folder.c_str()) != 0;
 }
 
-bool isCharacterDevice(int descriptor) { return modeBits(descriptor) == _S_IFCHR; }
+bool isCharacterDevice(int descriptor) {
+    return !wasClosed(descriptor) && modeBits(descriptor) == _S_IFCHR;
+}
 
 bool isTerminal(int descriptor) {
     // Every character device passes for a terminal in the run-time library, the null device too.
     if (!isCharacterDevice(descriptor)) return false;
     DWORD mode = 0;
-    return GetConsoleMode(reinterpret_cast<HANDLE>(_get_osfhandle(descriptor)), &mode) != 0;
+    return GetConsoleMode(handleOf(descriptor), &mode) != 0;
 }
 
 void setBinaryFileMode() {

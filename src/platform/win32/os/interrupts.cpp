@@ -20,6 +20,8 @@ BOOL WINAPI consoleHandler(DWORD event) {
 
 void catchInterrupts() { SetConsoleCtrlHandler(consoleHandler, TRUE); }
 
+void ignoreClosedReaders() {}  // it is a failed write here
+
 bool interruptRequested() { return interrupted; }
 
 }  // namespace vistel::platform

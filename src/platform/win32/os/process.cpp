@@ -7,15 +7,6 @@
 
 namespace vistel::platform {
 
-FILE* openPipe(const std::string& command, const char* mode) {
-    // What was printed so far must come before what the command prints.
-    std::fflush(stdout);
-    std::fflush(stderr);
-    return _popen(command.c_str(), (std::string(mode) + "b").c_str());
-}
-
-int closePipe(FILE* pipe) { return _pclose(pipe); }
-
 // The interpreter strips the outermost pair of quotes of a command that begins with one; between
 // quotes every sign but the percent sign stands for itself.
 std::string quotedCommand(const std::string& program, const std::string& argument,

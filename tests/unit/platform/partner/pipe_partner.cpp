@@ -5,10 +5,14 @@
 //   pipe_partner sum             ends with the sum of its input, modulo 128
 //   pipe_partner variable NAME   writes the environment variable's value
 //   pipe_partner kind            writes what standard input is: regular, fifo, device or other
+//   pipe_partner late MS FILE    waits, then makes the file
+//   pipe_partner halves MS       writes "first", waits, writes "second"
 //   pipe_partner WORD...         writes each word on a line of its own
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <thread>
 
 #include "platform/files.h"
 #include "platform/process.h"
@@ -19,6 +23,10 @@ namespace {
 
 void writeAllBytes() {
     for (int byte = 0; byte < 256; ++byte) std::putchar(byte);
+}
+
+void rest(const char* milliseconds) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(std::atoi(milliseconds)));
 }
 
 int sumOfInput() {
@@ -60,6 +68,14 @@ int main(int count, char** arguments) {
         std::fputs(environmentVariable(arguments[2]).value_or("(none)").c_str(), stdout);
     } else if (task == "kind") {
         std::fputs(inputKind(), stdout);
+    } else if (task == "late" && count > 3) {
+        rest(arguments[2]);
+        const FilePtr file(openFile(arguments[3], "w"));
+    } else if (task == "halves" && count > 2) {
+        std::fputs("first", stdout);
+        std::fflush(stdout);
+        rest(arguments[2]);
+        std::fputs("second", stdout);
     } else {
         for (int i = 1; i < count; ++i) std::printf("%s\n", arguments[i]);
     }

@@ -1,0 +1,33 @@
+// What one system must do for command pipes, and nothing else includes: the commands themselves are
+// kept in command_pipes.cpp, which is the same for all.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <optional>
+#include <string>
+
+namespace vistel::platform {
+
+// A command that was started and has not been collected yet.
+struct Command {
+    FILE* stream = nullptr;  // our end of the pipe
+    intptr_t process = 0;    // what the system knows it by; 0: it does not, the command has ended
+    bool reading = false;    // our end is the one that is read
+};
+
+// Starts the command; false when that is not possible. Safe on every thread, one call at a time.
+[[nodiscard]] bool startCommand(const std::string& text, bool reading, Command& command);
+
+// Closes our end, so that whoever writes into it is told, and whoever reads finds the end. Once per
+// command.
+void hangUp(Command& command);
+
+// The exit status (-1 when it did not end normally) of a command that ends within this time; with
+// it everything the system kept for the command is given back. Only after hangUp.
+std::optional<int> collect(Command& command, unsigned milliseconds);
+
+// Tells the command and whatever it started to end; `force` leaves them no choice.
+void endWithDescendants(const Command& command, bool force);
+
+}  // namespace vistel::platform

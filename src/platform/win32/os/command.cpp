@@ -1,0 +1,139 @@
+#include "platform/command.h"
+
+#include <fcntl.h>
+#include <io.h>
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <vector>
+
+#include "platform/process.h"
+#include "platform/win32/windows_api.h"
+
+// Needs what comes before.
+#include <tlhelp32.h>
+
+namespace vistel::platform {
+
+namespace {
+
+struct HandleCloser {
+    void operator()(void* handle) const { CloseHandle(handle); }
+};
+using Handle = std::unique_ptr<void, HandleCloser>;
+
+Handle openProcess(DWORD id) {
+    return Handle(
+        OpenProcess(PROCESS_QUERY_INFORMATION | PROCESS_TERMINATE | SYNCHRONIZE, FALSE, id));
+}
+
+// In the system's own unit of 100 nanoseconds.
+uint64_t joined(const FILETIME& time) {
+    return uint64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime;
+}
+
+uint64_t now() {
+    FILETIME time;
+    GetSystemTimeAsFileTime(&time);
+    return joined(time);
+}
+
+uint64_t startTime(HANDLE process) {
+    FILETIME start, unused[3];
+    if (!GetProcessTimes(process, &start, &unused[0], &unused[1], &unused[2])) return 0;
+    return joined(start);
+}
+
+std::vector<PROCESSENTRY32> allProcesses() {
+    std::vector<PROCESSENTRY32> all;
+    const HANDLE list = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
+    if (list == INVALID_HANDLE_VALUE) return all;
+    const Handle closer(list);
+    PROCESSENTRY32 entry{};
+    entry.dwSize = sizeof entry;
+    for (BOOL more = Process32First(list, &entry); more; more = Process32Next(list, &entry))
+        all.push_back(entry);
+    return all;
+}
+
+std::string interpreterName() {
+    const std::string path = environmentVariable("COMSPEC").value_or("cmd.exe");
+    return path.substr(path.find_last_of("\\/:") + 1);
+}
+
+// The run-time library starts a command without telling which process it is: the command
+// interpreter that this program has started last, since the given time. It may have ended already;
+// then nothing is found.
+Handle interpreterStartedSince(uint64_t since) try {
+    const std::string name = interpreterName();
+    Handle newest;
+    for (const PROCESSENTRY32& entry : allProcesses()) {
+        if (entry.th32ParentProcessID != GetCurrentProcessId()) continue;
+        if (_stricmp(entry.szExeFile, name.c_str()) != 0) continue;
+        Handle process = openProcess(entry.th32ProcessID);
+        if (!process || startTime(process.get()) < since) continue;
+        if (newest && startTime(newest.get()) > startTime(process.get())) continue;
+        newest = std::move(process);
+    }
+    return newest;
+} catch (const std::bad_alloc&) {
+    return nullptr;
+}
+
+// The process and all that come from it, parents first. Identifiers are used again: who is older
+// than its parent comes from another one.
+std::vector<Handle> familyOf(HANDLE head) {
+    const std::vector<PROCESSENTRY32> all = allProcesses();
+    std::vector<Handle> family;
+    family.push_back(openProcess(GetProcessId(head)));
+    for (size_t i = 0; i < family.size() && family[i]; ++i) {
+        const DWORD id = GetProcessId(family[i].get());
+        const uint64_t start = startTime(family[i].get());
+        for (const PROCESSENTRY32& entry : all) {
+            if (entry.th32ParentProcessID != id || entry.th32ProcessID == id) continue;
+            Handle process = openProcess(entry.th32ProcessID);
+            if (process && startTime(process.get()) >= start) family.push_back(std::move(process));
+        }
+    }
+    return family;
+}
+
+}  // namespace
+
+bool startCommand(const std::string& text, bool reading, Command& command) {
+    // What was printed so far must come before what the command prints.
+    std::fflush(stdout);
+    std::fflush(stderr);
+    const uint64_t since = now();
+    FILE* stream = _popen(text.c_str(), reading ? "rb" : "wb");
+    if (!stream) return false;
+    command = {stream, reinterpret_cast<intptr_t>(interpreterStartedSince(since).release())};
+    return true;
+}
+
+// The stream lives on, at the null device: the run-time library knows the command by it.
+void hangUp(Command& command) {
+    std::fflush(command.stream);
+    const int nothing = _open("NUL", _O_RDWR | _O_BINARY | _O_NOINHERIT);
+    if (nothing < 0) return;
+    _dup2(nothing, _fileno(command.stream));
+    _close(nothing);
+}
+
+// The run-time library's own waiting would keep every other command from being started and closed.
+std::optional<int> collect(Command& command, unsigned milliseconds) {
+    const auto process = reinterpret_cast<HANDLE>(command.process);
+    if (process && WaitForSingleObject(process, milliseconds) == WAIT_TIMEOUT) return std::nullopt;
+    if (process) CloseHandle(process);
+    return _pclose(command.stream);
+}
+
+void endWithDescendants(const Command& command, bool) {
+    if (command.process == 0) return;
+    for (const Handle& process : familyOf(reinterpret_cast<HANDLE>(command.process)))
+        if (process) TerminateProcess(process.get(), 1);
+}
+
+}  // namespace vistel::platform

@@ -1,0 +1,155 @@
+// Commands that are slow, stall or never end, and many at once.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <thread>
+#include <vector>
+
+#include "platform/files.h"
+#include "platform/process.h"
+#include "platform/temporary_folder.h"
+
+using namespace vistel::platform;
+using vistel::test::TemporaryFolder;
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+
+constexpr milliseconds promptly{4000};
+constexpr const char* longTime = "30000";
+
+std::string command(const std::string& task, const std::string& words) {
+    const std::string partner = findProgram("pipe_partner").value_or("(no pipe_partner)");
+    return quotedCommand(partner, task, words);
+}
+
+// A command that makes the file after some time, behind an interpreter that waits for it.
+std::string lateFile(const char* milliseconds, const std::string& file) {
+    return command("late", std::string(milliseconds) + " \"" + file + "\" || exit 1");
+}
+
+bool appears(const std::string& file, milliseconds patience) {
+    const Clock::time_point end = Clock::now() + patience;
+    while (!fileExists(file)) {
+        if (Clock::now() > end) return false;
+        std::this_thread::sleep_for(milliseconds(20));
+    }
+    return true;
+}
+
+TEST(AwaitedBytes, AreNoneUntilTheCommandWrites) {
+    FILE* pipe = openPipe(command("halves", "700"), "r");
+    ASSERT_TRUE(pipe);
+    while (awaitBytes(pipe, 1) == 0) {
+    }
+    char bytes[16] = {};
+    ASSERT_EQ(std::fread(bytes, 1, 1, pipe), 1u);
+    EXPECT_EQ(awaitBytes(pipe, 0), 4u);  // in the stream's buffer
+    ASSERT_EQ(std::fread(bytes, 1, 4, pipe), 4u);
+    EXPECT_EQ(awaitBytes(pipe, 0), 0u);
+    EXPECT_EQ(awaitBytes(pipe, 20), 0u);
+    while (awaitBytes(pipe, 1) == 0) {
+    }
+    ASSERT_EQ(std::fread(bytes, 1, 6, pipe), 6u);
+    EXPECT_STREQ(bytes, "second");
+    while (awaitBytes(pipe, 1) == 0) {
+    }
+    EXPECT_EQ(std::fgetc(pipe), EOF);
+    EXPECT_EQ(closePipe(pipe), 0);
+}
+
+TEST(AwaitedBytes, AreNeverWaitedForInAFile) {
+    const TemporaryFolder folder;
+    const FilePtr file(openFile(folder.path("empty"), "w+"));
+    ASSERT_TRUE(file);
+    EXPECT_GE(awaitBytes(file.get(), 10'000), 1u);
+}
+
+TEST(CommandPipes, AnAbandonedCommandIsEndedWithWhatItHasStarted) {
+    const TemporaryFolder folder;
+    const std::string file = folder.path("late");
+    const Clock::time_point begin = Clock::now();
+    FILE* pipe = openPipe(lateFile("1500", file), "r");
+    ASSERT_TRUE(pipe);
+    std::this_thread::sleep_for(milliseconds(500));  // it is running
+    abandonPipe(pipe);
+    EXPECT_LT(Clock::now() - begin, milliseconds(1400));
+    EXPECT_FALSE(appears(file, milliseconds(2500)));
+}
+
+TEST(CommandPipes, AReleasedCommandMayFinish) {
+    const TemporaryFolder folder;
+    const Clock::time_point begin = Clock::now();
+    FILE* pipe = openPipe(lateFile("2000", folder.path("late")), "r");
+    ASSERT_TRUE(pipe);
+    releasePipe(pipe);
+    EXPECT_LT(Clock::now() - begin, milliseconds(1900));
+    EXPECT_TRUE(appears(folder.path("late"), milliseconds(20'000)));
+}
+
+TEST(CommandPipes, OnlyAFewReleasedCommandsLinger) {
+    const TemporaryFolder folder;
+    constexpr int all = 12;
+    const auto name = [&](int i) { return folder.path("late" + std::to_string(i)); };
+    for (int i = 0; i < all; ++i) {
+        FILE* pipe = openPipe(lateFile("4000", name(i)), "r");
+        ASSERT_TRUE(pipe);
+        releasePipe(pipe);
+    }
+    EXPECT_TRUE(appears(name(all - 1), milliseconds(20'000)));
+    std::this_thread::sleep_for(milliseconds(300));
+    for (int i = 0; i < all; ++i) EXPECT_EQ(fileExists(name(i)), i >= 4) << i;
+}
+
+TEST(CommandPipes, WhoWaitsForTheEndCanLeave) {
+    const TemporaryFolder folder;
+    FILE* pipe = openPipe(lateFile(longTime, folder.path("late")), "r");
+    ASSERT_TRUE(pipe);
+    const Clock::time_point begin = Clock::now();
+    int asked = 0;
+    EXPECT_EQ(closePipe(pipe, [&] { return ++asked < 30; }), -1);
+    EXPECT_EQ(asked, 30);
+    EXPECT_LT(Clock::now() - begin, promptly);
+}
+
+TEST(CommandPipes, WaitingForTheEndGivesTheExitStatus) {
+    FILE* pipe = openPipe(command("exit", "7"), "r");
+    ASSERT_TRUE(pipe);
+    EXPECT_EQ(closePipe(pipe, [] { return true; }), 7);
+}
+
+TEST(CommandPipes, OneThatIsAbandonedDoesNotHoldUpTheNext) {
+    const Clock::time_point begin = Clock::now();
+    for (int i = 0; i < 6; ++i) {
+        FILE* stalled = openPipe(command("halves", longTime), "r");
+        ASSERT_TRUE(stalled);
+        abandonPipe(stalled);
+        FILE* pipe = openPipe(command("exit", "5"), "r");
+        ASSERT_TRUE(pipe);
+        EXPECT_EQ(closePipe(pipe), 5);
+    }
+    EXPECT_LT(Clock::now() - begin, milliseconds(20'000));
+}
+
+TEST(CommandPipes, CommandsOfManyThreadsAtOnceKeepToThemselves) {
+    std::vector<std::thread> threads;
+    std::atomic<int> right = 0;
+    for (int i = 0; i < 8; ++i) {
+        threads.emplace_back([i, &right] {
+            for (int round = 0; round < 4; ++round) {
+                const std::string word = "thread" + std::to_string(i) + "." + std::to_string(round);
+                FILE* pipe = openPipe(command(word, ""), "r");
+                char line[64] = {};
+                const bool read = pipe && std::fgets(line, sizeof line, pipe);
+                right += read && line == word + "\n" && closePipe(pipe) == 0;
+            }
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(right, 8 * 4);
+}
+
+}  // namespace

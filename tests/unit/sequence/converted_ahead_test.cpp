@@ -1,0 +1,159 @@
+// Files of other types, converted before they are asked for: frames come and fail as they do when
+// each is converted as it is asked for.
+#include <chrono>
+#include <set>
+#include <thread>
+#include <vector>
+
+#include "iff/result_codes.h"
+#include "sequence/read_ahead.h"
+#include "sequence_fixture.h"
+
+namespace vistel {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using Taken = ReadAhead::Taken;
+
+class ConvertedAhead : public SequenceTest {
+ protected:
+    void SetUp() override {
+        SequenceTest::SetUp();
+        childProgram(ChildRole::convert);  // the program stays, its task is in the environment
+        converterProgram = [](SourceReader) {
+            return std::optional<std::string>(platform::programPath());
+        };
+        viewerState.animation = 1;
+        viewerState.sourceOpened = 1;
+        setCurrentSource("shot");
+    }
+    void TearDown() override {
+        platform::setEnvironmentVariable("VISTEL_THREADS", "");
+        SequenceTest::TearDown();
+    }
+    static std::string name(int frame) { return "shot." + std::to_string(frame); }
+    void writeFrame(int frame, const char* task, std::chrono::hours age = std::chrono::hours(1)) {
+        write(name(frame), foreignFile(task, imageForm(frame)));
+        const fs::path file = folder_ / name(frame);
+        fs::last_write_time(file, fs::last_write_time(file) - age);
+    }
+    int conversionsOf(int frame) { return conversions(folder_ / name(frame)); }
+    void waitForConversion(int frame) {
+        while (conversionsOf(frame) == 0) std::this_thread::yield();
+    }
+    // Whether the frame comes from the readers.
+    Taken take(ReadAhead& ahead, int frame, FrameStore& store) {
+        const platform::FilePtr file(platform::openFile(path(name(frame)), "r"));
+        return ahead.take(path(name(frame)), {}, *platform::fileStamp(file.get()), nullptr, store);
+    }
+};
+
+// What reading the frames of a range again brings, one line for each.
+struct Range {
+    std::vector<std::string> lines;
+    size_t ahead = 0;
+};
+
+Range readRange(int last, const char* threads) {
+    platform::setEnvironmentVariable("VISTEL_THREADS", threads);
+    Range range;
+    FramesAhead ahead;
+    for (int frame = 1; frame <= last; ++frame) {
+        const int next[] = {frame, frame + 1, frame + 2};
+        ahead.expect(next);
+        viewerState.currentFrame = frame;
+        FrameStore store;
+        const int code = readFrameAgain(store);
+        const int red = store.colour.empty() ? -1 : int(store.colour.data()[0] & 0xFF);
+        range.lines.push_back(std::to_string(frame) + ": " + std::to_string(code) + " red " +
+                              std::to_string(red) + " " + lastFrameName() + lastFrameReason());
+    }
+    range.ahead = ahead.taken();
+    return range;
+}
+
+TEST_F(ConvertedAhead, FramesComeFromTheReadersEachConvertedOnce) {
+    for (int frame = 1; frame <= 8; ++frame) writeFrame(frame, convert::well);
+    const Range range = readRange(8, "2");
+    EXPECT_EQ(range.ahead, 8u);
+    EXPECT_EQ(viewerState.sourceIsPipe, 1);
+    for (int frame = 1; frame <= 8; ++frame) {
+        EXPECT_EQ(conversionsOf(frame), 1) << frame;
+        EXPECT_TRUE(contains(range.lines[size_t(frame) - 1], ": 0 red " + std::to_string(frame)));
+    }
+}
+
+TEST_F(ConvertedAhead, ARangeIsWhatConvertingEachFrameBrings) {
+    for (int frame = 1; frame <= 12; ++frame) {
+        if (frame == 4) continue;
+        writeFrame(frame, frame % 3 ? convert::well : convert::andFail,
+                   std::chrono::hours(frame % 5 ? 1 : -1));
+    }
+    write(name(7), "GOODno frame at all, just words");
+    const Range expected = readRange(12, "0");
+    EXPECT_EQ(expected.ahead, 0u);
+    for (const char* threads : {"1", "2", "5"})
+        EXPECT_EQ(readRange(12, threads).lines, expected.lines) << threads << " threads";
+}
+
+TEST_F(ConvertedAhead, ManyConvertersAtOnceDoNotMixTheirOutput) {
+    constexpr int files = 8;
+    for (int frame = 1; frame <= files; ++frame) writeFrame(frame, convert::well);
+    for (int round = 0; round < 2; ++round) {
+        ReadAhead ahead(files);
+        for (int frame = 1; frame <= files; ++frame) ahead.want(path(name(frame)), {});
+        for (int frame = 1; frame <= files; ++frame) {
+            FrameStore store;
+            ASSERT_EQ(take(ahead, frame, store), Taken::frame) << frame;
+            EXPECT_EQ(int(store.colour.data()[0] & 0xFF), frame);
+        }
+    }
+}
+
+TEST_F(ConvertedAhead, AConverterThatFailsIsLeftToWhoAsks) {
+    writeFrame(1, convert::andFail);
+    ReadAhead ahead(1);
+    ahead.want(path(name(1)), {});
+    FrameStore store;
+    EXPECT_EQ(take(ahead, 1, store), Taken::nothing);
+    EXPECT_EQ(conversionsOf(1), 1);
+}
+
+TEST_F(ConvertedAhead, AFileThatChangesWhileItIsConvertedIsLeftToWhoAsks) {
+    writeFrame(1, convert::well);
+    ReadAhead ahead(1);
+    ahead.want(path(name(1)), {});
+    while (ahead.readSoFar() == 0) std::this_thread::yield();
+    writeFrame(1, convert::well, std::chrono::hours(2));
+    FrameStore store;
+    EXPECT_EQ(take(ahead, 1, store), Taken::nothing);
+}
+
+TEST_F(ConvertedAhead, NobodyWaitsForAConverterThatIsNotWantedAnyMore) {
+    writeFrame(1, convert::halfAndStall);
+    writeFrame(2, convert::andStay);
+    writeFrame(3, convert::well);
+    const Clock::time_point begin = Clock::now();
+    {
+        ReadAhead ahead(2);
+        for (const int frame : {1, 2}) ahead.want(path(name(frame)), {});
+        for (const int frame : {1, 2}) waitForConversion(frame);
+        ahead.want(path(name(3)), {});
+        FrameStore store;
+        EXPECT_EQ(take(ahead, 3, store), Taken::frame);  // drops the two before it
+        ahead.want(path(name(1)), {});
+    }
+    EXPECT_LT(Clock::now() - begin, std::chrono::seconds(20));
+}
+
+TEST_F(ConvertedAhead, AMissingConverterIsLeftToWhoAsks) {
+    converterProgram = [](SourceReader) { return std::optional<std::string>(); };
+    writeFrame(1, convert::well);
+    ReadAhead ahead(1);
+    ahead.want(path(name(1)), {});
+    FrameStore store;
+    EXPECT_EQ(take(ahead, 1, store), Taken::nothing);
+}
+
+}  // namespace
+}  // namespace vistel
