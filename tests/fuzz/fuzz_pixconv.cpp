@@ -1,0 +1,38 @@
+// The whole converter: any bytes as a file of the type that the first byte chooses, or of the one
+// that they are recognised as; what can be read is written as a frame and read again.
+//     build/fuzz/bin/fuzz_pixconv -max_len=4096 tests/fuzz/corpus/fuzz_pixconv
+
+#include <cstdlib>
+
+#include "codecs.h"
+#include "convert.h"
+#include "platform/files.h"
+
+using namespace vistel;
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    if (size < 1) return 0;
+    const size_t choice = data[0];
+    ++data;
+    --size;
+    const platform::FilePtr file(std::tmpfile());
+    if (!file || (size > 0 && std::fwrite(data, size, 1, file.get()) != 1)) std::abort();
+    std::rewind(file.get());
+    const SourceFile source{"picture", file.get(), size};
+    Failure failure;
+    const Codec* codec =
+        choice < allCodecs().size() ? allCodecs()[choice] : codecForReading(source, failure);
+    if (!codec) return 0;
+    Picture picture;
+    failure = codec->read(source, picture);
+    if (failure && failure->empty()) std::abort();
+    // Large pictures are right, but take time that is better spent on other bytes.
+    if (failure || picture.samples.size() + picture.wideSamples.size() > 4000000) return 0;
+    const platform::FilePtr frame(std::tmpfile());
+    if (!frame || tavoCodec.write(picture, {"frame", frame.get()})) std::abort();
+    std::rewind(frame.get());
+    Picture again;
+    if (readFrame(frame.get(), again)) std::abort();
+    if (again.samples != picture.samples || again.wideSamples != picture.wideSamples) std::abort();
+    return 0;
+}

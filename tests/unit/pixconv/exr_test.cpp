@@ -1,0 +1,176 @@
+// OpenEXR files made by hand: channels, windows, headers that lie.
+#include <bit>
+
+#include "codec_files.h"
+
+using namespace vistel;
+using namespace vistel::test;
+
+namespace {
+
+struct Window {
+    int left, top, right, bottom;  // inclusive
+};
+
+struct Channel {
+    std::string name;   // in the order of the names
+    bool whole = true;  // 32-bit floats, else halfs
+};
+
+void put(FileBytes& to, uint64_t value, int bytes) {
+    for (int i = 0; i < bytes; ++i) to.push_back(uint8_t(value >> 8 * i));
+}
+
+void attribute(FileBytes& to, const std::string& name, const std::string& type,
+               const FileBytes& body) {
+    to += name + '\0' + type + '\0';
+    put(to, body.size(), 4);
+    to += body;
+}
+
+FileBytes box(const Window& window) {
+    FileBytes body;
+    for (const int side : {window.left, window.top, window.right, window.bottom})
+        put(body, uint32_t(side), 4);
+    return body;
+}
+
+// Uncompressed rows; value(channel, x, y) over the data window, its first pixel being (0, 0).
+template <class Value>
+FileBytes exr(const std::vector<Channel>& channels, const Window& data, const Window& display,
+              Value value) {
+    FileBytes file{0x76, 0x2F, 0x31, 0x01, 2, 0, 0, 0}, list, floats;
+    for (const Channel& channel : channels) {
+        list += channel.name + '\0';
+        put(list, channel.whole ? 2 : 1, 4);
+        put(list, 0, 4);
+        put(list, 1, 4);
+        put(list, 1, 4);
+    }
+    list.push_back(0);
+    attribute(file, "channels", "chlist", list);
+    attribute(file, "compression", "compression", {0});
+    attribute(file, "dataWindow", "box2i", box(data));
+    attribute(file, "displayWindow", "box2i", box(display));
+    attribute(file, "lineOrder", "lineOrder", {0});
+    put(floats, std::bit_cast<uint32_t>(1.0f), 4);
+    attribute(file, "pixelAspectRatio", "float", floats);
+    attribute(file, "screenWindowCenter", "v2f", FileBytes(8));
+    attribute(file, "screenWindowWidth", "float", floats);
+    file.push_back(0);
+    const int rows = data.bottom - data.top + 1, columns = data.right - data.left + 1;
+    size_t rowBytes = 0;
+    for (const Channel& channel : channels) rowBytes += size_t(columns) * (channel.whole ? 4 : 2);
+    const size_t first = file.size() + size_t(rows) * 8;
+    for (int y = 0; y < rows; ++y) put(file, first + size_t(y) * (rowBytes + 8), 8);
+    for (int y = 0; y < rows; ++y) {
+        put(file, uint32_t(data.top + y), 4);
+        put(file, rowBytes, 4);
+        for (size_t i = 0; i < channels.size(); ++i)
+            for (int x = 0; x < columns; ++x) {
+                const float sample = value(int(i), x, y);
+                // Halfs are 0, 0.5 or 1 here.
+                if (channels[i].whole)
+                    put(file, std::bit_cast<uint32_t>(sample), 4);
+                else
+                    put(file, sample == 1 ? 0x3C00 : sample == 0.5f ? 0x3800 : 0, 2);
+            }
+    }
+    return file;
+}
+
+TEST(OpenExr, ChannelsAreFoundByTheirNames) {
+    if (!codecOfKey("exr")) GTEST_SKIP() << "this build has no OpenEXR";
+    struct Row {
+        const char* what;
+        std::vector<Channel> channels;
+        std::vector<int> samples;
+    };
+    // Every first channel is 0.25, the second 0.5, the third 1, the fourth 0.
+    const Row rows[] = {
+        {"colour", {{"B"}, {"G"}, {"R"}}, {255, 188, 137, 255}},
+        {"halfs", {{"G", false}, {"R", false}}, {188, 0, 0, 255}},
+        {"mask and colour", {{"A"}, {"B"}, {"G"}, {"R"}}, {0, 255, 188, 64}},
+        {"luminance", {{"Y"}}, {137, 137, 137, 255}},
+        {"luminance and mask", {{"A"}, {"Y"}}, {188, 188, 188, 64}},
+        {"a layer", {{"left.B"}, {"left.G"}, {"left.R"}}, {255, 188, 137, 255}},
+        {"the picture before its layers", {{"R"}, {"left.R"}}, {137, 0, 0, 255}},
+        {"a mask alone", {{"A"}}, {0, 0, 0, 64}},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.what);
+        const Window one{0, 0, 0, 0};
+        const FileBytes bytes = exr(row.channels, one, one, [](int channel, int, int) {
+            const float values[] = {0.25f, 0.5f, 1, 0};
+            return values[channel];
+        });
+        EXPECT_EQ(samplesOf(*codecOfKey("exr"), bytes), row.samples);
+    }
+}
+
+TEST(OpenExr, DepthComesWithoutColourToo) {
+    if (!codecOfKey("exr")) GTEST_SKIP() << "this build has no OpenEXR";
+    const Window window{0, 0, 1, 1};
+    Picture picture;
+    const FileBytes bytes =
+        exr({{"Z"}}, window, window, [](int, int x, int y) { return float(x) + 1000 * float(y); });
+    const Failure failure = readBytes(*codecOfKey("exr"), bytes, picture);
+    ASSERT_FALSE(failure) << *failure;
+    EXPECT_EQ(std::vector<float>(picture.z.begin(), picture.z.end()),
+              (std::vector<float>{0, 1, 1000, 1001}));
+}
+
+TEST(OpenExr, TheDisplayWindowIsThePicture) {
+    if (!codecOfKey("exr")) GTEST_SKIP() << "this build has no OpenEXR";
+    struct Row {
+        const char* what;
+        Window data, display;
+        std::vector<int> red;  // over the display window
+    };
+    // Every pixel of the data window is light.
+    const Row rows[] = {
+        {"inside", {1, 1, 2, 1}, {0, 0, 3, 2}, {0, 0, 0, 0, 0, 255, 255, 0, 0, 0, 0, 0}},
+        {"around", {-2, -1, 3, 3}, {0, 0, 1, 1}, {255, 255, 255, 255}},
+        {"overlapping", {-1, -1, 0, 0}, {0, 0, 1, 1}, {255, 0, 0, 0}},
+        {"apart", {5, 5, 6, 6}, {0, 0, 1, 0}, {0, 0}},
+        {"not at the origin", {10, 20, 10, 21}, {9, 20, 10, 21}, {0, 255, 0, 255}},
+        {"below zero", {-9, -9, -9, -9}, {-10, -9, -9, -9}, {0, 255}},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.what);
+        const FileBytes bytes =
+            exr({{"A"}, {"R"}}, row.data, row.display, [](int, int, int) { return 1.0f; });
+        Picture picture;
+        const Failure failure = readBytes(*codecOfKey("exr"), bytes, picture);
+        ASSERT_FALSE(failure) << *failure;
+        std::vector<int> red, mask;
+        for (size_t i = 0; i < picture.samples.size(); i += 4) {
+            red.push_back(picture.samples[i]);
+            mask.push_back(picture.samples[i + 3]);
+        }
+        EXPECT_EQ(red, row.red);
+        EXPECT_EQ(mask, row.red);  // clear where the file holds nothing
+    }
+}
+
+TEST(OpenExr, WindowsBeyondReasonAreRefused) {
+    if (!codecOfKey("exr")) GTEST_SKIP() << "this build has no OpenEXR";
+    const Window one{0, 0, 0, 0};
+    const FileBytes good = exr({{"R"}}, one, one, [](int, int, int) { return 1.0f; });
+    const Window windows[] = {{0, 0, 0x7FFFFFFE, 0},
+                              {0, 0, 70000, 0},
+                              {0, 0, 65534, 65534},
+                              {5, 5, 4, 4},
+                              {-0x7FFFFFFF, -0x7FFFFFFF, 0x7FFFFFFF, 0x7FFFFFFF}};
+    for (const char* name : {"dataWindow", "displayWindow"})
+        for (const Window& window : windows) {
+            FileBytes bytes = good;
+            const std::string text(bytes.begin(), bytes.end());
+            const size_t at = text.find(name) + std::strlen(name) + 1 + 6 + 4;
+            const FileBytes lie = box(window);
+            std::copy(lie.begin(), lie.end(), bytes.begin() + std::ptrdiff_t(at));
+            EXPECT_NE(failureOf(*codecOfKey("exr"), bytes), "") << name << " " << &window - windows;
+        }
+}
+
+}  // namespace

@@ -1,0 +1,140 @@
+// Cineon film scans: a header, then red, green and blue of 10 bits in one 32-bit word for each
+// pixel. The codes are printing densities (logarithmic) and are kept as they are.
+//
+//     0    magic 0x802A5FD7 in the file's byte order    4  place of the image
+//     192  direction   193 channels   196 28 bytes for each channel: 2 bits, 4 width, 8 height
+//     680  interleaving   681 packing: 5 left-justified, 6 right-justified   682 sign
+//     684  padding of each row
+
+#include <array>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "codecs.h"
+#include "film_scan.h"
+#include "turned.h"
+
+namespace vistel {
+
+namespace {
+
+constexpr uint32_t magic = 0x802A5FD7;
+constexpr size_t readBytes = 712, writtenBytes = 2048;
+constexpr size_t firstChannel = 196, channelBytes = 28;
+constexpr uint32_t unknown = 0xFFFFFFFF;
+constexpr uint8_t leftJustified = 5, rightJustified = 6;
+
+// Where the first row and column belong (turned.h), by direction: rows of pixels down or up, from
+// left or right; then columns of pixels, down or up, from left or right.
+constexpr int orientations[] = {1, 4, 2, 3, 5, 6, 8, 7};
+
+struct Header {
+    uint32_t width, height;
+    uint8_t direction;
+    CodePlane plane;
+};
+
+bool recognises(std::span<const uint8_t> start) {
+    return start.size() >= 4 && (number32(start.data(), ByteOrder::big) == magic ||
+                                 number32(start.data(), ByteOrder::little) == magic);
+}
+
+Failure readChannels(const uint8_t* bytes, ByteOrder order, Header& header) {
+    if (bytes[193] != 3)
+        return "Cineon pictures of " + std::to_string(bytes[193]) +
+               " channels are not supported, only red, green and blue";
+    for (size_t i = 0; i < 3; ++i) {
+        const uint8_t* channel = bytes + firstChannel + i * channelBytes;
+        if (channel[2] != 10)
+            return "Cineon pictures of " + std::to_string(channel[2]) + " bits are not supported";
+        const uint32_t width = number32(channel + 4, order), height = number32(channel + 8, order);
+        if (i > 0 && (width != header.width || height != header.height))
+            return "the file is damaged: its channels differ in size";
+        header.width = width;
+        header.height = height;
+    }
+    return {};
+}
+
+Failure readHeader(ByteSource& source, Header& header) {
+    std::array<uint8_t, readBytes> bytes;
+    if (!source.read(bytes.data(), 4)) return endsInHeader();
+    if (!recognises({bytes.data(), 4})) return "not a Cineon picture";
+    if (!source.read(&bytes[4], readBytes - 4)) return endsInHeader();
+    const ByteOrder order =
+        number32(bytes.data(), ByteOrder::big) == magic ? ByteOrder::big : ByteOrder::little;
+    if (auto failure = readChannels(bytes.data(), order, header)) return failure;
+    header.direction = bytes[192];
+    if (header.direction >= std::size(orientations))
+        return "the file is damaged: direction " + std::to_string(header.direction);
+    if (bytes[680] != 0) return "Cineon pictures in separate planes are not supported";
+    if (bytes[681] != leftJustified && bytes[681] != rightJustified)
+        return "Cineon pictures in packing " + std::to_string(bytes[681]) + " are not supported";
+    if (bytes[682] != 0) return "Cineon pictures with signed codes are not supported";
+
+    CodePlane& plane = header.plane;
+    plane.layout = {bytes[681] == leftJustified ? CodePacking::filledHigh : CodePacking::filledLow,
+                    10, order};
+    plane.order = usualOrder(true, false);
+    plane.place = number32(&bytes[4], order);
+    plane.padding = number32(&bytes[684], order);
+    if (plane.padding == unknown) plane.padding = 0;
+    if (plane.place < readBytes) return "the file is damaged: the image lies in the header";
+    return {};
+}
+
+Failure read(const SourceFile& file, Picture& picture) {
+    ByteSource source(file);
+    Header header{};
+    if (auto failure = readHeader(source, header)) return failure;
+    if (auto failure = picture.allocate(header.width, header.height, true)) return failure;
+    if (auto failure = requireCodes(source, picture, false, header.plane)) return failure;
+    if (auto failure = readCodes(source, header.plane, picture)) return failure;
+    for (uint32_t y = 0; y < picture.height; ++y) completeRow(picture, y);
+    return turnUpright(picture, orientations[header.direction]);
+}
+
+std::array<uint8_t, writtenBytes> headerOf(const Picture& picture) {
+    constexpr uint32_t densityOfWhite = 0x40030000;  // 2.046875 as a floating-point number
+    constexpr uint32_t whiteCode = 0x447FC000;       // 1023
+    std::array<uint8_t, writtenBytes> bytes{};
+    putNumber32(&bytes[0], magic);
+    putNumber32(&bytes[4], writtenBytes);
+    putNumber32(&bytes[8], 1024);   // the header that every file has
+    putNumber32(&bytes[12], 1024);  // film
+    putNumber32(&bytes[20], uint32_t(writtenBytes + uint64_t{picture.width} * picture.height * 4));
+    std::memcpy(&bytes[24], "V4.5", 4);
+    bytes[193] = 3;
+    for (size_t i = 0; i < 3; ++i) {
+        uint8_t* channel = &bytes[firstChannel + i * channelBytes];
+        channel[1] = uint8_t(i + 1);  // red, green, blue
+        channel[2] = 10;
+        putNumber32(channel + 4, picture.width);
+        putNumber32(channel + 8, picture.height);
+        putNumber32(channel + 20, whiteCode);
+        putNumber32(channel + 24, densityOfWhite);
+    }
+    bytes[681] = leftJustified;
+    return bytes;
+}
+
+Failure write(const Picture& picture, const TargetFile& target) {
+    const auto header = headerOf(picture);
+    std::vector<uint8_t> row(size_t{picture.width} * 4);
+    const auto put = [&](const auto& bytes) {
+        return std::fwrite(bytes.data(), 1, bytes.size(), target.file) == bytes.size();
+    };
+    if (!put(header)) return cannotWrite();
+    for (uint32_t y = 0; y < picture.height; ++y) {
+        packTenBitColour(picture, y, row);
+        if (!put(row)) return cannotWrite();
+    }
+    return {};
+}
+
+}  // namespace
+
+const Codec cineonCodec{"cineon", recognises, read, write};
+
+}  // namespace vistel

@@ -1,0 +1,36 @@
+// The two ways of the converter: any picture file to a frame stream, and back.
+#pragma once
+
+#include <cstdio>
+#include <string>
+
+#include "codec.h"
+
+namespace vistel {
+
+// An empty failure text: whoever read the output has gone, and nobody needs to be told.
+
+// The codec for a file by its first bytes and, where these do not tell, by its extension. Null when
+// neither does; the failure then says why.
+const Codec* codecForReading(const SourceFile& source, Failure& failure);
+
+// The codec of a key or, with an empty key, of the file's extension. A name without extension, or
+// with a number for one, is a frame of our own. Null when there is none that can be written.
+const Codec* codecForWriting(const std::string& path, const std::string& key, Failure& failure);
+
+// Reads the file and writes the frame stream to `out`, which is closed unless it is a standard
+// stream.
+[[nodiscard]] Failure toFrame(const std::string& path, FILE* out);
+
+// Reads a frame stream from `in` (not closed) and writes the file. Nothing is opened for writing
+// before the stream was read whole, and a file that cannot be finished is removed. Pipes are read
+// to their end in any case, for the sake of who writes them.
+[[nodiscard]] Failure fromFrame(FILE* in, const std::string& path, const std::string& key);
+
+// Writes a picture as a frame stream; `out` as above.
+[[nodiscard]] Failure writeFrame(const Picture& picture, FILE* out);
+
+// Reads a frame stream's first picture, from a file or a pipe.
+[[nodiscard]] Failure readFrame(FILE* in, Picture& picture);
+
+}  // namespace vistel

@@ -1,0 +1,294 @@
+// OpenEXR by its own library. Colour is linear light and becomes 8 bits by the sRGB curve; the mask
+// is linear; a depth channel is kept. The picture is the file's display window: what the file holds
+// outside is left out, what it does not hold is black and clear.
+
+#include <ImfChannelList.h>
+#include <ImfFrameBuffer.h>
+#include <ImfHeader.h>
+#include <ImfIO.h>
+#include <ImfInputFile.h>
+#include <ImfOutputFile.h>
+#include <ImfPartType.h>
+#include <ImfTileDescription.h>
+#include <ImfVersion.h>
+#include <half.h>
+
+#include <algorithm>
+#include <exception>
+#include <string>
+#include <vector>
+
+#include "codecs.h"
+#include "exr_channels.h"
+#include "platform/files.h"
+#include "samples.h"
+
+namespace vistel {
+
+namespace {
+
+// What the library may take for one block of rows or row of tiles.
+constexpr uint64_t mostBlockBytes = uint64_t{256} << 20;
+constexpr int longestSide = 65535;
+
+bool recognises(std::span<const uint8_t> start) {
+    return start.size() >= 4 && Imf::isImfMagic(reinterpret_cast<const char*>(start.data()));
+}
+
+// --- the file as the library sees it ---
+
+class Input : public Imf::IStream {
+ public:
+    explicit Input(const SourceFile& source) : IStream(""), source_(source) {}
+    bool read(char bytes[], int n) override {
+        if (n < 0 || std::fread(bytes, 1, static_cast<size_t>(n), source_.file) != size_t(n))
+            throw std::runtime_error("the file ends early");
+        return tellg() < source_.size;
+    }
+    uint64_t tellg() override {
+        return static_cast<uint64_t>(platform::streamPosition(source_.file));
+    }
+    void seekg(uint64_t place) override {
+        if (place > source_.size ||
+            !platform::seekStream(source_.file, static_cast<int64_t>(place), SEEK_SET))
+            throw std::runtime_error("the file ends early");
+    }
+
+ private:
+    const SourceFile& source_;
+};
+
+class Output : public Imf::OStream {
+ public:
+    explicit Output(FILE* file) : OStream(""), file_(file) {}
+    void write(const char bytes[], int n) override {
+        if (std::fwrite(bytes, 1, static_cast<size_t>(n), file_) != size_t(n))
+            throw std::runtime_error("the file cannot be written");
+    }
+    uint64_t tellp() override { return static_cast<uint64_t>(platform::streamPosition(file_)); }
+    void seekp(uint64_t place) override {
+        if (!platform::seekStream(file_, static_cast<int64_t>(place), SEEK_SET))
+            throw std::runtime_error("the file cannot be written");
+    }
+
+ private:
+    FILE* file_;
+};
+
+// --- what the file holds ---
+
+// The first header is read on its own: the library takes memory by what it says before anybody else
+// can look at it.
+Imf::Header firstHeader(Input& input) {
+    char start[8];
+    input.read(start, sizeof start);
+    int version = static_cast<uint8_t>(start[4]) | static_cast<uint8_t>(start[5]) << 8 |
+                  static_cast<uint8_t>(start[6]) << 16 | static_cast<uint8_t>(start[7]) << 24;
+    Imf::Header header;
+    header.readFrom(input, version);
+    return header;
+}
+
+struct Extent {
+    int64_t width, height;
+    explicit Extent(const Imath::Box2i& box)
+        : width(int64_t{box.max.x} - box.min.x + 1), height(int64_t{box.max.y} - box.min.y + 1) {}
+    bool usable() const {
+        return width > 0 && height > 0 && width <= longestSide && height <= longestSide;
+    }
+};
+
+uint64_t bytesOfPixel(const Imf::Header& header) {
+    uint64_t bytes = 0;
+    for (auto i = header.channels().begin(); i != header.channels().end(); ++i)
+        bytes += i.channel().type == Imf::HALF ? 2 : 4;
+    return bytes;
+}
+
+// Rows that the library unpacks together.
+uint64_t blockRows(const Imf::Header& header) {
+    return header.hasTileDescription() ? header.tileDescription().ySize : 256;
+}
+
+Failure checkHeader(const Imf::Header& header, uint64_t fileSize) {
+    if (header.hasType() && Imf::isDeepData(header.type())) return "deep pictures cannot be read";
+    const Extent data(header.dataWindow()), display(header.displayWindow());
+    if (!data.usable() || !display.usable()) return "the size of the picture is beyond reason";
+    const uint64_t blockBytes =
+        static_cast<uint64_t>(data.width) * blockRows(header) * (bytesOfPixel(header) + 4);
+    if (blockBytes > mostBlockBytes) return "the picture has too many or too large channels";
+    if (!header.hasTileDescription()) return {};
+    // Eight bytes of the file point to each tile.
+    const Imf::TileDescription& tile = header.tileDescription();
+    if (tile.xSize == 0 || tile.ySize == 0) return "the file is damaged";
+    const uint64_t tiles = ((static_cast<uint64_t>(data.width) - 1) / tile.xSize + 1) *
+                           ((static_cast<uint64_t>(data.height) - 1) / tile.ySize + 1);
+    if (tiles * 8 > fileSize) return "the file ends early";
+    return {};
+}
+
+Failure findChannels(const Imf::ChannelList& list, ExrChannels& channels) {
+    std::vector<std::string> names;
+    for (auto i = list.begin(); i != list.end(); ++i) names.emplace_back(i.name());
+    return findExrChannels(names, channels);
+}
+
+// --- reading ---
+
+// One row of floats for each channel that is used, over the width of the data window.
+struct Rows {
+    std::vector<float> sample[4], depth;
+};
+
+void addSlice(Imf::FrameBuffer& frame, const std::string& name, std::vector<float>& row, int left,
+              int64_t width, float missing) {
+    row.assign(static_cast<size_t>(width), missing);
+    if (name.empty()) return;
+    // Every row lands in the same memory.
+    auto* base = reinterpret_cast<char*>(reinterpret_cast<intptr_t>(row.data()) -
+                                         int64_t{left} * int64_t{sizeof(float)});
+    frame.insert(name, Imf::Slice(Imf::FLOAT, base, sizeof(float), 0, 1, 1, missing));
+}
+
+void storeRow(const Rows& rows, int64_t from, int64_t to, int64_t shift, uint32_t y,
+              Picture& picture) {
+    uint8_t* pixel = picture.row(y) + 4 * from;
+    for (int64_t x = from; x < to; ++x, pixel += 4) {
+        const auto at = static_cast<size_t>(x - shift);
+        for (int i = 0; i < (picture.colour ? 3 : 1); ++i)
+            pixel[i] = byteFromLinear(rows.sample[i][at]);
+        pixel[3] = byteFromMask(rows.sample[3][at]);
+    }
+    for (int64_t x = from; x < to && !picture.z.empty(); ++x)
+        picture.zRow(y)[x] = rows.depth[static_cast<size_t>(x - shift)];
+}
+
+Failure checkSampling(const Imf::ChannelList& list, const ExrChannels& names) {
+    for (const std::string& name :
+         {names.colour[0], names.colour[1], names.colour[2], names.mask, names.depth}) {
+        const Imf::Channel* channel = name.empty() ? nullptr : list.findChannel(name.c_str());
+        if (channel && (channel->xSampling != 1 || channel->ySampling != 1))
+            return "channels of lower resolution cannot be read";
+    }
+    return {};
+}
+
+void readRows(Imf::InputFile& file, const ExrChannels& names, Picture& picture) {
+    const Imath::Box2i data = file.header().dataWindow(), display = file.header().displayWindow();
+    const Extent dataExtent(data);
+    Rows rows;
+    Imf::FrameBuffer frame;
+    for (int i = 0; i < 3; ++i)
+        addSlice(frame, names.colour[i], rows.sample[i], data.min.x, dataExtent.width, 0);
+    addSlice(frame, names.mask, rows.sample[3], data.min.x, dataExtent.width, 1);
+    addSlice(frame, names.depth, rows.depth, data.min.x, dataExtent.width, 0);
+    file.setFrameBuffer(frame);
+    // Column 0 of the data window in the picture, and the columns that both have.
+    const int64_t shift = int64_t{data.min.x} - display.min.x;
+    const int64_t from = std::max<int64_t>(shift, 0);
+    const int64_t to = std::min<int64_t>(shift + dataExtent.width, picture.width);
+    const int first = std::max(data.min.y, display.min.y);
+    const int last = std::min(data.max.y, display.max.y);
+    for (int y = first; y <= last; ++y) {
+        file.readPixels(y);
+        storeRow(rows, from, to, shift, static_cast<uint32_t>(int64_t{y} - display.min.y), picture);
+    }
+    for (uint32_t y = 0; y < picture.height; ++y) completeRow(picture, y);
+}
+
+Failure readFile(const SourceFile& source, Picture& picture) {
+    Input input(source);
+    const Imf::Header header = firstHeader(input);
+    if (Failure failure = checkHeader(header, source.size)) return failure;
+    ExrChannels names;
+    if (Failure failure = findChannels(header.channels(), names)) return failure;
+    if (Failure failure = checkSampling(header.channels(), names)) return failure;
+    const Extent display(header.displayWindow());
+    Failure failure = picture.allocate(static_cast<uint32_t>(display.width),
+                                       static_cast<uint32_t>(display.height), false);
+    if (!failure && !names.depth.empty()) failure = picture.allocateZ();
+    if (failure) return failure;
+    picture.colour = !names.grey;
+    picture.mask = !names.mask.empty();
+    input.seekg(0);
+    Imf::InputFile file(input, 0);
+    readRows(file, names, picture);
+    return {};
+}
+
+// The library's texts begin with the function or file that they come from.
+template <class Step>
+Failure withoutExceptions(Step&& step) {
+    try {
+        return step();
+    } catch (const std::bad_alloc&) {
+        return "there is not enough memory";
+    } catch (const std::exception& problem) {
+        return "the file is damaged: " + std::string(problem.what());
+    }
+}
+
+Failure read(const SourceFile& source, Picture& picture) {
+    return withoutExceptions([&] { return readFile(source, picture); });
+}
+
+// --- writing ---
+
+// A row of halfs for each channel.
+struct HalfRows {
+    std::vector<half> sample[4];
+    std::vector<float> depth;
+};
+
+void fillRow(const Picture& picture, uint32_t y, HalfRows& rows) {
+    for (uint32_t x = 0; x < picture.width; ++x) {
+        for (size_t i = 0; i < 3; ++i)
+            rows.sample[i][x] = lightOfSample(picture, y, size_t{x} * 4 + i);
+        rows.sample[3][x] =
+            static_cast<float>(wordSample(picture, y, size_t{x} * 4 + 3)) / 65535.0f;
+    }
+    for (uint32_t x = 0; x < picture.width && !picture.z.empty(); ++x)
+        rows.depth[x] = picture.zRow(y)[x];
+}
+
+Failure writeFile(const Picture& picture, const TargetFile& target) {
+    Imf::Header header(static_cast<int>(picture.width), static_cast<int>(picture.height));
+    header.compression() = Imf::ZIP_COMPRESSION;
+    Imf::FrameBuffer frame;
+    HalfRows rows;
+    const auto add = [&](const char* name, Imf::PixelType type, void* row, size_t bytes) {
+        header.channels().insert(name, Imf::Channel(type));
+        frame.insert(name, Imf::Slice(type, static_cast<char*>(row), bytes, 0));
+    };
+    for (auto& row : rows.sample) row.resize(picture.width);
+    rows.depth.resize(picture.width);
+    const char* names[] = {picture.colour ? "R" : "Y", "G", "B"};
+    for (int i = 0; i < (picture.colour ? 3 : 1); ++i)
+        add(names[i], Imf::HALF, rows.sample[i].data(), sizeof(half));
+    if (picture.mask) add("A", Imf::HALF, rows.sample[3].data(), sizeof(half));
+    if (!picture.z.empty()) add("Z", Imf::FLOAT, rows.depth.data(), sizeof(float));
+    Output output(target.file);
+    Imf::OutputFile file(output, header, 0);
+    file.setFrameBuffer(frame);
+    for (uint32_t y = 0; y < picture.height; ++y) {
+        fillRow(picture, y, rows);
+        file.writePixels(1);
+    }
+    return {};
+}
+
+Failure write(const Picture& picture, const TargetFile& target) {
+    try {
+        return writeFile(picture, target);
+    } catch (const std::bad_alloc&) {
+        return "there is not enough memory";
+    } catch (const std::exception&) {
+        return "the file cannot be written";
+    }
+}
+
+}  // namespace
+
+const Codec exrCodec = {"exr", recognises, read, write};
+
+}  // namespace vistel

@@ -1,0 +1,63 @@
+// What the two file types of film scanners share: code values of 8 to 16 bits in 32-bit words.
+// Code values stay what they are: a logarithmic scan is shown as such, and the
+// viewer's own option converts it.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "byte_source.h"
+#include "samples.h"
+
+namespace vistel {
+
+// How the code values of a row lie in its bytes. Every row starts a 32-bit word.
+enum class CodePacking {
+    bytes,       // 8 bits each, in order
+    words,       // a 16-bit word each, the code in its low bits
+    highWords,   // a 16-bit word each, the code in its high bits
+    filledHigh,  // three of 10 bits in a word, the first one highest, the two lowest bits unused
+    filledLow,   // the same with the two highest bits unused
+    filledHighReversed,  // as filledHigh, but the first one lowest
+    filledLowReversed,
+    continuous,  // no bits unused; the first one in a word's low bits
+};
+
+struct CodeLayout {
+    CodePacking packing;
+    uint32_t bits;  // 8, 10, 12, 16
+    ByteOrder order;
+};
+
+// Bytes of a row of so many codes, with and without what fills its last 32-bit word.
+uint64_t codeRowBytes(const CodeLayout& layout, uint64_t codes);
+uint64_t shortCodeRowBytes(const CodeLayout& layout, uint64_t codes);
+
+// Takes all codes of a row from its bytes. There are as many bytes as codeRowBytes says, or as
+// shortCodeRowBytes does.
+void unpackCodes(const CodeLayout& layout, std::span<const uint8_t> bytes,
+                 std::span<uint16_t> codes);
+
+// Colour in 10 bits, each pixel a big-endian word, left-justified.
+void packTenBitColour(const Picture& picture, uint32_t y, std::span<uint8_t> bytes);
+
+// One image of a file: rows of codes, `order.channels` for each pixel.
+struct CodePlane {
+    uint64_t place = 0;    // of the first row
+    uint64_t padding = 0;  // bytes between rows
+    uint64_t end = 0;      // behind the last row and its padding; set by requireCodes
+    CodeLayout layout{};
+    ChannelOrder order{};
+};
+
+// Checks that all rows of a picture of this size are there, and completes the plane. Some programs
+// do not fill the last word of a row: where the file may be of those (it is not said to be longer
+// than it is) and the rows are only there without the filling, they are read like that.
+Failure requireCodes(const ByteSource& source, const Picture& picture, bool maybeShort,
+                     CodePlane& plane);
+
+// Reads the rows of a checked plane: 8 bits as they are, or into a wide picture as 16.
+Failure readCodes(ByteSource& source, const CodePlane& plane, Picture& picture);
+
+}  // namespace vistel

@@ -1,0 +1,203 @@
+// JPEG by libjpeg. A mask is left out when a picture is written.
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+// The library's header relies on the two above.
+#include <jerror.h>
+#include <jpeglib.h>
+
+#include <csetjmp>
+#include <cstring>
+#include <vector>
+
+#include "codecs.h"
+#include "packed_rows.h"
+
+namespace vistel {
+
+namespace {
+
+// Of a picture: a rendered one should show no blocks.
+constexpr int quality = 95;
+// What the library may take besides the picture; progressive files need the whole of it at once.
+constexpr long mostLibraryBytes = long{1} << 30;
+// Each scan goes through the whole picture: more than this is an attack on time.
+constexpr int mostScans = 200;
+
+// The library reports a failure by a jump. The jump passes no destructor: whatever has one lives
+// in the caller of the function that the library is called from.
+struct Report {
+    jpeg_error_mgr manager;
+    jmp_buf back;
+    char text[JMSG_LENGTH_MAX] = "";
+};
+
+void onError(j_common_ptr library) {
+    auto* report = reinterpret_cast<Report*>(library->err);
+    if (report->text[0] == 0) library->err->format_message(library, report->text);
+    std::longjmp(report->back, 1);
+}
+
+void fail(j_common_ptr library, const char* text) {
+    auto* report = reinterpret_cast<Report*>(library->err);
+    std::snprintf(report->text, sizeof report->text, "%s", text);
+    onError(library);
+}
+
+// Warnings (level below 0) are told to nobody; but of a file that ends early the library would make
+// up the rest.
+void onMessage(j_common_ptr library, int level) {
+    if (level < 0 && library->err->msg_code == JWRN_JPEG_EOF) fail(library, "the file ends early");
+}
+
+void prepare(Report& report) {
+    jpeg_std_error(&report.manager);
+    report.manager.error_exit = onError;
+    report.manager.emit_message = onMessage;
+    report.manager.output_message = [](j_common_ptr) {};
+}
+
+bool recognises(std::span<const uint8_t> start) {
+    return start.size() >= 3 && start[0] == 0xFF && start[1] == 0xD8 && start[2] == 0xFF;
+}
+
+// --- reading ---
+
+struct Reader {
+    Report report;
+    jpeg_progress_mgr progress{};
+    jpeg_decompress_struct jpeg{};
+    std::vector<uint8_t> row;
+    Reader() {
+        prepare(report);
+        jpeg.err = &report.manager;
+    }
+    ~Reader() { jpeg_destroy_decompress(&jpeg); }
+};
+
+void watchScans(j_common_ptr library) {
+    const auto* jpeg = reinterpret_cast<j_decompress_ptr>(library);
+    if (jpeg->input_scan_number > mostScans) fail(library, "the file has too many scans");
+}
+
+bool readHeader(Reader& reader, FILE* file) {
+    if (setjmp(reader.report.back)) return false;
+    jpeg_create_decompress(&reader.jpeg);
+    reader.jpeg.mem->max_memory_to_use = mostLibraryBytes;
+    reader.progress.progress_monitor = watchScans;
+    reader.jpeg.progress = &reader.progress;
+    jpeg_stdio_src(&reader.jpeg, file);
+    jpeg_read_header(&reader.jpeg, TRUE);
+    switch (reader.jpeg.jpeg_color_space) {
+        case JCS_GRAYSCALE:
+            reader.jpeg.out_color_space = JCS_GRAYSCALE;
+            break;
+        case JCS_CMYK:
+        case JCS_YCCK:
+            reader.jpeg.out_color_space = JCS_CMYK;
+            break;
+        default:
+            reader.jpeg.out_color_space = JCS_RGB;
+    }
+    return true;
+}
+
+// Programs that write the mark of the inks' first user write inks as 255 for none.
+void unpackInks(const uint8_t* inks, uint32_t width, bool inverted, uint8_t* pixels) {
+    const uint8_t turn = inverted ? 0 : 255;
+    for (uint32_t x = 0; x < width; ++x, inks += 4, pixels += 4) {
+        const uint32_t light = inks[3] ^ turn;
+        for (int i = 0; i < 3; ++i)
+            pixels[i] = static_cast<uint8_t>(((inks[i] ^ turn) * light + 127) / 255);
+        pixels[3] = 255;
+    }
+}
+
+bool readPixels(Reader& reader, Picture& picture) {
+    if (setjmp(reader.report.back)) return false;
+    jpeg_decompress_struct& jpeg = reader.jpeg;
+    jpeg_start_decompress(&jpeg);
+    const int channels = jpeg.output_components;
+    if (jpeg.output_width != picture.width || jpeg.output_height != picture.height ||
+        (channels != 1 && channels != 3 && channels != 4))
+        fail(reinterpret_cast<j_common_ptr>(&jpeg), "an unknown layout of pixels");
+    while (jpeg.output_scanline < jpeg.output_height) {
+        uint8_t* pixels = picture.row(jpeg.output_scanline);
+        uint8_t* row = reader.row.data();
+        jpeg_read_scanlines(&jpeg, &row, 1);
+        if (jpeg.out_color_space == JCS_CMYK)
+            unpackInks(row, picture.width, jpeg.saw_Adobe_marker != 0, pixels);
+        else
+            unpackRow(row, picture.width, channels, channels, pixels);
+    }
+    jpeg_finish_decompress(&jpeg);
+    return true;
+}
+
+Failure read(const SourceFile& source, Picture& picture) {
+    Reader reader;
+    if (!readHeader(reader, source.file)) return std::string(reader.report.text);
+    Failure failure = picture.allocate(reader.jpeg.image_width, reader.jpeg.image_height, false);
+    if (failure) return failure;
+    picture.colour = reader.jpeg.out_color_space != JCS_GRAYSCALE;
+    reader.row.resize(picture.rowSamples());
+    if (!readPixels(reader, picture)) return std::string(reader.report.text);
+    return {};
+}
+
+// --- writing ---
+
+struct Writer {
+    Report report;
+    jpeg_compress_struct jpeg{};
+    std::vector<uint8_t> narrow, row;
+    Writer() {
+        prepare(report);
+        jpeg.err = &report.manager;
+    }
+    ~Writer() { jpeg_destroy_compress(&jpeg); }
+};
+
+void setUp(jpeg_compress_struct& jpeg, const Picture& picture) {
+    jpeg.image_width = picture.width;
+    jpeg.image_height = picture.height;
+    jpeg.input_components = picture.colour ? 3 : 1;
+    jpeg.in_color_space = picture.colour ? JCS_RGB : JCS_GRAYSCALE;
+    jpeg_set_defaults(&jpeg);
+    jpeg_set_quality(&jpeg, quality, TRUE);
+    // Colour as finely as light: red lines on black stay red.
+    for (int i = 0; i < jpeg.num_components; ++i)
+        jpeg.comp_info[i].h_samp_factor = jpeg.comp_info[i].v_samp_factor = 1;
+}
+
+bool writeImage(Writer& writer, const Picture& picture, FILE* file) {
+    if (setjmp(writer.report.back)) return false;
+    jpeg_create_compress(&writer.jpeg);
+    jpeg_stdio_dest(&writer.jpeg, file);
+    setUp(writer.jpeg, picture);
+    jpeg_start_compress(&writer.jpeg, TRUE);
+    for (uint32_t y = 0; y < picture.height; ++y) {
+        uint8_t* row = writer.row.data();
+        packRow(picture.byteRow(y, writer.narrow), picture.width, picture.colour ? 3 : 1, row);
+        jpeg_write_scanlines(&writer.jpeg, &row, 1);
+    }
+    jpeg_finish_compress(&writer.jpeg);
+    return true;
+}
+
+Failure write(const Picture& picture, const TargetFile& target) {
+    if (picture.width > JPEG_MAX_DIMENSION || picture.height > JPEG_MAX_DIMENSION)
+        return "a JPEG file has at most " + std::to_string(JPEG_MAX_DIMENSION) + " pixels each way";
+    Writer writer;
+    writer.row.resize(picture.rowSamples());
+    writer.narrow.reserve(picture.rowSamples());  // nothing is to throw past the jumps
+    if (!writeImage(writer, picture, target.file)) return std::string(writer.report.text);
+    return {};
+}
+
+}  // namespace
+
+const Codec jpegCodec = {"jpeg", recognises, read, write};
+
+}  // namespace vistel

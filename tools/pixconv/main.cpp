@@ -1,0 +1,129 @@
+// pixconv: the image converter that the viewer calls. What it does is told by its usage text.
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "codecs.h"
+#include "convert.h"
+#include "host/image_plugins.h"
+#include "platform/files.h"
+#include "platform/process.h"
+#include "test_chart.h"
+
+namespace {
+
+using namespace vistel;
+
+constexpr const char* usage =
+    "usage: pixconv FILE stdout        writes FILE as a frame stream to standard output\n"
+    "       pixconv [-t KEY] FILE      writes the frame stream on standard input to FILE\n"
+    "       pixconv                    writes a test picture as a frame stream\n"
+    "       pixconv --formats          lists the types: key, name, extensions, abilities\n"
+    "       pixconv --help             this text\n";
+
+constexpr const char* details =
+    "\n"
+    "What FILE is told by its first bytes when it is read; when it is written, by KEY (the first\n"
+    "column of --formats) or by its extension. A name without extension, or with a number for "
+    "one,\n"
+    "is a frame file. Of a file with several pictures the first is read.\n"
+    "\n"
+    "Channels of 16 bits stay as wide; a type that holds only 8 takes the nearest value. Floating\n"
+    "point colour is taken as linear light: clamped to 0..1 and put through the sRGB curve to 8\n"
+    "bits, and the other way when such a file is written; what is no number becomes 0. Masks are\n"
+    "linear, and kept as they are stored: colour is never multiplied or divided by them. Depth is\n"
+    "kept by frame files and OpenEXR. Logarithmic film data stays as it is stored.\n"
+    "\n"
+    "Exit status 0, or 1 with a line on standard error.\n";
+
+int usageError() {
+    std::fputs(usage, stderr);
+    return 1;
+}
+
+int help() {
+    std::fputs(usage, stdout);
+    std::fputs(details, stdout);
+    return 0;
+}
+
+int listFormats() {
+    int key = 0, name = 0, extensions = 0;
+    const auto widen = [](int& column, const char* text) {
+        column = std::max(column, static_cast<int>(std::strlen(text)));
+    };
+    for (const ImageType& type : allImageTypes()) {
+        widen(key, type.key);
+        widen(name, type.name);
+        widen(extensions, type.extensions);
+    }
+    for (const ImageType& type : allImageTypes())
+        std::printf("%-*s  %-*s  %-*s  %-4s  %-5s%s\n", key, type.key, name, type.name, extensions,
+                    type.extensions, type.reads ? "read" : "", type.writes ? "write" : "",
+                    type.multiFrame ? "  multi-frame" : "");
+    return 0;
+}
+
+int finish(const Failure& failure, const std::string& file) {
+    if (!failure) return 0;
+    if (!failure->empty())
+        std::fprintf(stderr, "pixconv: %s: %s\n", file.c_str(), failure->c_str());
+    return 1;
+}
+
+int writeChart() {
+    Picture chart;
+    Failure failure = makeTestChart(chart);
+    if (!failure) failure = writeFrame(chart, stdout);
+    return finish(failure, "test picture");
+}
+
+// The words "[-t KEY] FILE"; the key may also be attached, and "--" ends the options.
+struct Target {
+    std::string key, file;
+};
+std::optional<Target> parseTarget(const std::vector<std::string>& words) {
+    Target target;
+    size_t at = 0;
+    bool options = true;
+    bool named = false;
+    for (; at < words.size(); ++at) {
+        const std::string& word = words[at];
+        if (options && word == "--") {
+            options = false;
+        } else if (options && word == "-t") {
+            if (++at == words.size()) return {};
+            target.key = words[at];
+        } else if (options && word.rfind("-t", 0) == 0) {
+            target.key = word.substr(2);
+        } else if ((options && word.rfind("-", 0) == 0) || named) {
+            return {};
+        } else {
+            target.file = word;
+            named = true;
+        }
+    }
+    if (!named || target.file.empty()) return {};
+    return target;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const std::vector<std::string> words(argv + 1, argv + argc);
+    platform::setBinaryFileMode();
+    platform::ignoreClosedReaders();
+    if (words.empty()) return writeChart();
+    if (words.size() == 1 && words[0] == "--help") return help();
+    if (words.size() == 1 && words[0] == "--formats") return listFormats();
+    if (words.size() == 2 && words[1] == "stdout" && words[0] != "-t") {
+        return finish(toFrame(words[0], stdout), words[0]);
+    }
+    const std::optional<Target> target = parseTarget(words);
+    if (!target) return usageError();
+    return finish(fromFrame(stdin, target->file, target->key), target->file);
+}

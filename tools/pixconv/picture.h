@@ -1,0 +1,93 @@
+// A picture on its way from one file type to another: what the frame format can carry, in memory.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <limits>
+#include <new>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace vistel {
+
+// Why something could not be done, in words for the user, without the file's name; none: done.
+using Failure = std::optional<std::string>;
+
+// Whether the samples are light (0 to 1, linear) or what the frame format holds.
+float encodedFromLinear(float linear);   // the sRGB curve; below 0 and not a number: 0, above 1: 1
+float linearFromEncoded(float encoded);  // its inverse over 0 to 1
+
+// The nearest byte to 255 times encodedFromLinear, from a table.
+uint8_t byteFromLinear(float linear);
+// The nearest byte to 255 times the value itself (a mask); below 0 and not a number: 0.
+uint8_t byteFromMask(float value);
+// Between the two widths of a sample: 0 is 0 and all ones are all ones; to 8 bits the nearest.
+inline uint16_t wordFromByte(uint8_t value) { return static_cast<uint16_t>(value * 257); }
+inline uint8_t byteFromWord(uint16_t value) {
+    return static_cast<uint8_t>((uint32_t{value} * 255 + 32767) / 65535);
+}
+
+// Memory that is zero without having been written: a header that promises a large picture costs
+// nothing until its pixels come.
+template <class Sample>
+struct ZeroedMemory {
+    using value_type = Sample;
+    ZeroedMemory() = default;
+    template <class Other>
+    ZeroedMemory(const ZeroedMemory<Other>&) {}
+    Sample* allocate(size_t n) {
+        if (n > std::numeric_limits<size_t>::max() / sizeof(Sample)) throw std::bad_alloc();
+        void* block = std::calloc(n, sizeof(Sample));
+        if (!block) throw std::bad_alloc();
+        return static_cast<Sample*>(block);
+    }
+    void deallocate(Sample* block, size_t) { std::free(block); }
+    void construct(Sample*) {}  // zero already
+    template <class Value>
+    void construct(Sample* place, const Value& value) {
+        *place = value;
+    }
+    template <class Other>
+    bool operator==(const ZeroedMemory<Other>&) const {
+        return true;
+    }
+};
+// Is only ever sized once, from empty.
+template <class Sample>
+using Samples = std::vector<Sample, ZeroedMemory<Sample>>;
+
+// Pixels are red, green, blue, mask, four samples each; rows from the top one down. A grey picture
+// has equal red, green and blue; one without mask has a mask of all ones (255 or 65535).
+struct Picture {
+    uint32_t width = 0, height = 0;
+    bool wide = false;   // samples of 16 bits (0 to 65535) in `wideSamples`; else 8 in `samples`
+    bool colour = true;  // false: grey
+    bool mask = false;
+    Samples<uint8_t> samples;
+    Samples<uint16_t> wideSamples;
+    Samples<float> z;  // depth, one for each pixel; empty: none
+
+    // Sets size and sample width and takes the memory, all zero. Fails for a side of 0 or above
+    // 65535 (no frame can have it), for more than mostPictureBytes, and without memory.
+    [[nodiscard]] Failure allocate(uint32_t newWidth, uint32_t newHeight, bool isWide);
+    [[nodiscard]] Failure allocateZ();
+
+    size_t rowSamples() const { return size_t{width} * 4; }
+    uint8_t* row(uint32_t y) { return samples.data() + y * rowSamples(); }
+    const uint8_t* row(uint32_t y) const { return samples.data() + y * rowSamples(); }
+    uint16_t* wideRow(uint32_t y) { return wideSamples.data() + y * rowSamples(); }
+    const uint16_t* wideRow(uint32_t y) const { return wideSamples.data() + y * rowSamples(); }
+    float* zRow(uint32_t y) { return z.data() + y * size_t{width}; }
+    const float* zRow(uint32_t y) const { return z.data() + y * size_t{width}; }
+
+    // A row in 8 bits, for types that hold no more: the row itself or, of a wide picture, a copy in
+    // `room`.
+    const uint8_t* byteRow(uint32_t y, std::vector<uint8_t>& room) const;
+};
+
+// What a picture may take, colour and depth together: 1 GB.
+inline constexpr uint64_t mostPictureBytes = uint64_t{1} << 30;
+
+}  // namespace vistel

@@ -1,0 +1,66 @@
+// rasconv: the converter that the viewer calls for raster files of the older kinds.
+//
+//     rasconv -s -B FILE stdout
+//
+// How those files are laid out is not known here: it says so, in the form in which a converter's
+// failures are shown.
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include "iff/file_kind.h"
+#include "platform/files.h"
+
+namespace {
+
+constexpr const char* usage =
+    "usage: rasconv -s -B FILE stdout\n"
+    "\n"
+    "Is called for raster files of the older kinds (1, 2, 3 and 8), which no frame stream can be\n"
+    "made of here; it tells the kind of FILE and ends with status 1.\n"
+    "  -s -B    accepted, without effect\n"
+    "  --help   this text\n";
+
+std::string refusal(const std::string& file) {
+    using namespace vistel;
+    errno = 0;
+    const platform::FilePtr stream(platform::openFile(file, "r"));
+    if (!stream) return std::strerror(errno);
+    const int kind = probeStream(stream.get(), false);
+    switch (kind) {
+        case fileKindRaster1:
+        case fileKindRaster2:
+        case fileKindRaster3:
+        case fileKindOldRaster:
+            return "a raster of kind " + std::to_string(kind) + " cannot be read";
+        case fileKindUnreadable:
+            return "the file is too short for a raster of a known kind";
+        default:
+            return "not a raster of kind 1, 2, 3 or 8";
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    std::string file;
+    int words = 0;
+    for (int i = 1; i < argc; ++i) {
+        const std::string word = argv[i];
+        if (word == "--help") {
+            std::fputs(usage, stdout);
+            return 0;
+        }
+        if (word == "-s" || word == "-B") continue;
+        if (words++ == 0) file = word;
+        if (words > 2 || (words == 2 && word != "stdout")) words = 3;
+    }
+    if (words != 1 && words != 2) {
+        std::fputs(usage, stderr);
+        return 1;
+    }
+    std::fprintf(stderr, "rasconv: %s: %s\n", file.c_str(), refusal(file).c_str());
+    return 1;
+}
