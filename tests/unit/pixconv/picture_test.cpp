@@ -16,9 +16,9 @@ TEST(Picture, LightBecomesTheNearestByteOfTheCurve) {
     };
     constexpr float nothing = std::numeric_limits<float>::quiet_NaN();
     constexpr float endless = std::numeric_limits<float>::infinity();
-    const Row rows[] = {{0, 0},        {1, 255},       {0.5f, 188}, {0.18f, 118}, {0.0031308f, 10},
-                        {-0.5f, 0},    {-0.0f, 0},     {7, 255},    {nothing, 0}, {endless, 255},
-                        {-endless, 0}, {1e-30f, 0}};
+    const Row rows[] = {{0, 0},           {1, 255},       {0.5f, 188},   {0.18f, 118},
+                        {0.0031308f, 10}, {-0.5f, 0},     {-0.0f, 0},    {7, 255},
+                        {nothing, 0},     {endless, 255}, {-endless, 0}, {1e-30f, 0}};
     for (const Row& row : rows) EXPECT_EQ(byteFromLinear(row.linear), row.byte) << row.linear;
 }
 
@@ -46,8 +46,7 @@ TEST(Picture, AMaskIsLinear) {
 }
 
 TEST(Picture, EveryByteSurvivesTheWayTo16BitsAndBack) {
-    for (int i = 0; i < 256; ++i)
-        EXPECT_EQ(byteFromWord(wordFromByte(static_cast<uint8_t>(i))), i);
+    for (int i = 0; i < 256; ++i) EXPECT_EQ(byteFromWord(wordFromByte(static_cast<uint8_t>(i))), i);
     EXPECT_EQ(byteFromWord(128), 0);
     EXPECT_EQ(byteFromWord(129), 1);
     EXPECT_EQ(byteFromWord(65535), 255);
@@ -58,12 +57,12 @@ TEST(Picture, SizesThatNoFrameCanHaveAreRefused) {
         uint32_t width, height;
         bool wide, accepted;
     };
-    const Row rows[] = {{0, 1, false, false},          {1, 0, false, false},
-                        {65536, 1, false, false},      {1, 65536, true, false},
-                        {65535, 1, true, true},        {1, 65535, false, true},
-                        {65535, 65535, false, false},  {16384, 16384, false, true},
-                        {16385, 16384, false, false},  {16384, 8192, true, true},
-                        {16384, 8193, true, false},    {0xFFFFFFFF, 0xFFFFFFFF, true, false}};
+    const Row rows[] = {{0, 1, false, false},         {1, 0, false, false},
+                        {65536, 1, false, false},     {1, 65536, true, false},
+                        {65535, 1, true, true},       {1, 65535, false, true},
+                        {65535, 65535, false, false}, {16384, 16384, false, true},
+                        {16385, 16384, false, false}, {16384, 8192, true, true},
+                        {16384, 8193, true, false},   {0xFFFFFFFF, 0xFFFFFFFF, true, false}};
     for (const Row& row : rows) {
         Picture picture;
         EXPECT_EQ(!picture.allocate(row.width, row.height, row.wide), row.accepted)
