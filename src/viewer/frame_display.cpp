@@ -62,6 +62,10 @@ bool reload() {
     int result = iffOk;
     if (FrameStore* frame = readCurrentFrame(result))
         return show(*frame, SourceMark::disk, Refit::fitWindow);
+    if (result == iffAborted) {  // a key did not want to wait
+        restoreFrontImage();
+        return false;
+    }
     showMessageBand(messageText("s_VistelStrings.rVTFileRemoved"));
     viewerSession().bandShown = true;
     return false;
