@@ -7,6 +7,7 @@ import subprocess
 import tempfile
 import time
 import uuid
+from dataclasses import dataclass
 from pathlib import Path
 
 import view
@@ -69,6 +70,16 @@ def compile_helper(compiler, name, target):
     return target
 
 
+@dataclass
+class Finished:
+    """A console program that has ended."""
+
+    status: int
+    output: bytes
+    messages: str
+    seconds: float
+
+
 class System:
     """One of the two systems, with its display. Made once per test session."""
 
@@ -94,6 +105,26 @@ class System:
     def forget_settings(self, folder):
         """The next program starts as for a new user; `folder` is empty and holds its files."""
 
+    def run_tool(self, name, *arguments, stdin=None, folder=None, timeout=PATIENCE):
+        """Runs a console program of ours to its end. The output goes through files: what a first
+        Windows program brings along would hold a pipe open."""
+        with tempfile.TemporaryFile() as out, tempfile.TemporaryFile() as err:
+            started = time.monotonic()
+            done = subprocess.run(
+                [*self.command(name), *map(str, arguments)],
+                cwd=folder,
+                env=self.environment(Path(tempfile.gettempdir()), f"{self.marker}-tool"),
+                stdin=stdin or subprocess.DEVNULL,
+                stdout=out,
+                stderr=err,
+                timeout=timeout,
+                check=False,
+            )
+            seconds = time.monotonic() - started
+            out.seek(0), err.seek(0)
+            text = err.read().decode("utf-8", "replace").replace("\r\n", "\n")
+            return Finished(done.returncode, out.read(), text, seconds)
+
 
 class Linux(System):
     name = "linux"
@@ -102,8 +133,8 @@ class Linux(System):
     def binary(self):
         return BUILD / "linux" / "bin" / "vistel"
 
-    def command(self):
-        return [str(self.binary)]
+    def command(self, name="vistel"):
+        return [str(self.binary.with_name(name))]
 
     def emit_command(self):
         """A command of our own that writes a file to its output, for "pipe:"."""
@@ -153,8 +184,8 @@ class Wine(System):
     def loader():
         return shutil.which("wine64") or "/usr/lib/wine/wine64"
 
-    def command(self):
-        return [self.loader(), str(self.binary)]
+    def command(self, name="vistel"):
+        return [self.loader(), str(self.binary.with_name(f"{name}.exe"))]
 
     def emit_command(self):
         compiler = ["x86_64-w64-mingw32-gcc-posix", "-static"]

@@ -1,0 +1,207 @@
+"""The converter on files of other people's programs: what it makes of them is compared with what
+another library reads there."""
+
+import subprocess
+import warnings
+from pathlib import Path
+
+import numpy as np
+import pytest
+from PIL import Image
+
+import framefile
+import framereader
+from program import ROOT
+
+# Extension, and how far a sample may lie off: files that are packed with loss are unpacked a little
+# differently by each library.
+TYPES = {".png": 0, ".bmp": 0, ".gif": 0, ".tga": 0, ".ppm": 0, ".pnm": 0, ".pgm": 0,
+         ".tif": 0, ".tiff": 0, ".webp": 3, ".jpg": 12, ".jpeg": 12}
+
+
+@pytest.fixture(scope="session")
+def real_pictures():
+    folder = subprocess.run(
+        [ROOT / "scripts" / "real_pictures"], capture_output=True, text=True, check=True
+    ).stdout.strip()
+    files = sorted(f for f in Path(folder).rglob("*") if f.suffix.lower() in TYPES and f.is_file())
+    assert len(files) > 300
+    return files
+
+
+def as_others_read_it(path):
+    """(height, width, 4) bytes, or None where the other library gives up or gives less."""
+    try:
+        with warnings.catch_warnings():
+            warnings.simplefilter("ignore")
+            image = Image.open(path)
+            image.load()
+            if image.mode in ("I;16", "I;16B", "I"):  # 16 bits of grey: the upper half counts
+                grey = (np.asarray(image).astype(np.uint32) >> 8).astype(np.uint8)
+                return np.dstack([grey] * 3 + [np.full_like(grey, 255)])
+            return np.asarray(image.convert("RGBA"))
+    except Exception:
+        return None
+
+
+def bytes_of(plane):
+    return (plane >> 8).astype(np.uint8) if plane.dtype == np.uint16 else plane
+
+
+def rgba(frame):
+    colour = bytes_of(frame.colour)
+    mask = np.full(colour.shape[:2], 255, np.uint8) if frame.mask is None else bytes_of(frame.mask)
+    return np.dstack([colour, mask])
+
+
+def difference(ours, theirs):
+    """The largest one; what nothing is seen of has no colour to compare."""
+    if ours.shape != theirs.shape:
+        return f"{ours.shape} instead of {theirs.shape}"
+    seen = (theirs[..., 3:] > 0).astype(int)
+    apart = np.abs(ours.astype(int) - theirs.astype(int))
+    return int(max(apart[..., 3].max(), (apart[..., :3] * seen).max()))
+
+
+def is_broken(path):
+    """Files that were made to be refused."""
+    return any(folder in ("fail", "randomly-modified") for folder in path.parts)
+
+
+# What the other library sees differently. Outside the first image of an animation, and where it has
+# no pixels, it paints a background or makes the canvas larger; the suite's own notes say what we do.
+# Colours of 5 bits are widened by it without rounding.
+OTHERWISE = {
+    "image-outside-bg.gif", "image-overlap-bg.gif", "image-inside-bg.gif", "missing-pixels.gif",
+    "dispose-restore-background.gif", "high-color.gif", "images-combine.gif", "invalid-colors.gif",
+}
+
+
+def tolerance(path):
+    return 1 if "16bpp" in path.name else TYPES[path.suffix.lower()]
+
+
+def known_types(system):
+    """The extensions that the converter lists."""
+    listed = system.run_tool("pixconv", "--formats")
+    assert listed.status == 0
+    return set(listed.output.decode().split())
+
+
+def test_real_pictures_become_what_other_libraries_read(system, real_pictures):
+    types = known_types(system)
+    wrong, compared = [], 0
+    for path in real_pictures:
+        if path.suffix.lower().lstrip(".") not in types:
+            continue
+        known_otherwise = is_broken(path) or path.name in OTHERWISE
+        theirs = None if known_otherwise else as_others_read_it(path)
+        done = system.run_tool("pixconv", path, "stdout")
+        if done.status != 0:
+            if not done.messages.startswith("pixconv: ") or str(path.name) not in done.messages:
+                wrong.append(f"{path}: status {done.status}, {done.messages!r}")
+            elif theirs is not None:
+                wrong.append(f"{path}: others read it: {done.messages!r}")
+            continue
+        if theirs is None:
+            continue
+        ours = rgba(framereader.read(done.output))
+        compared += 1
+        apart = difference(ours, theirs)
+        if isinstance(apart, str) or apart > tolerance(path):
+            wrong.append(f"{path}: {apart}")
+    assert not wrong, "\n".join(wrong)
+    assert compared > 250
+
+
+# --- round trips ----------------------------------------------------------------------------------
+
+
+def square_picture(channels=4):
+    return framefile.blocky(301, 203, seed=7, channels=channels)
+
+
+@pytest.mark.parametrize("extension", ["png", "tif"])
+def test_a_picture_survives_the_way_to_a_frame_and_back(system, tmp_path, extension):
+    if extension not in known_types(system):
+        pytest.skip(f"this build has no {extension}")
+    pixels = square_picture()
+    source, frame, target = (tmp_path / f"bild ä {i}.{extension}" for i in ("1", "frame", "2"))
+    Image.fromarray(pixels, "RGBA").save(source)
+    done = system.run_tool("pixconv", source, "stdout")
+    assert (done.status, done.messages) == (0, "")
+    frame.write_bytes(done.output)
+    with frame.open("rb") as stream:
+        back = system.run_tool("pixconv", target, stdin=stream)
+    assert (back.status, back.messages) == (0, "")
+    assert (np.asarray(Image.open(target)) == pixels).all()
+    assert (rgba(framereader.read(done.output)) == pixels).all()
+
+
+def test_sixteen_bits_survive(system, tmp_path):
+    grey = framefile.noise(64, 48, channels=1, dtype=np.uint16)
+    source, target = tmp_path / "a.png", tmp_path / "b.png"
+    Image.fromarray(grey).save(source)
+    frame = tmp_path / "frame"
+    frame.write_bytes(system.run_tool("pixconv", source, "stdout").output)
+    assert (framereader.read(frame.read_bytes()).colour[..., 0] == grey).all()
+    with frame.open("rb") as stream:
+        assert system.run_tool("pixconv", "-t", "png", target, stdin=stream).status == 0
+    assert (np.asarray(Image.open(target)).astype(np.uint16) == grey).all()
+
+
+# --- in the viewer --------------------------------------------------------------------------------
+
+
+def test_numbered_pictures_of_another_type_play(system, start, folder, real_pictures):
+    frames = [p for p in real_pictures if p.parent.name == "glow" and "throbber-" in p.name]
+    assert len(frames) == 20
+    for path in frames:
+        (folder / path.name).write_bytes(path.read_bytes())
+    program = start("-n", 0, 19, 1, "throbber-@@.png")
+    program.window()
+    program.key("space", "Control_L+Left", "a")  # these are all mask
+    for path in (frames[0], frames[1], frames[2]):
+        mask = np.asarray(Image.open(path).convert("RGBA"))[..., 3]
+        program.find(np.dstack([mask] * 3))
+        program.key("Right")
+    assert program.close() == 0
+    assert program.stderr() == ""
+
+
+def test_a_picture_of_another_type_opens_under_any_name(system, start, folder):
+    pixels = square_picture(3)
+    place = folder / "Ordner mit Leerzeichen" / "Größe"
+    place.mkdir(parents=True)
+    Image.fromarray(pixels).save(place / "übung 1 (a&b).png")
+    program = start("Ordner mit Leerzeichen/Größe/übung 1 (a&b).png")
+    program.find(pixels)
+    assert program.close() == 0
+    assert program.stderr() == ""
+
+
+def test_test_mode_shows_the_chart_of_the_converter(system, start):
+    chart = framereader.read(system.run_tool("pixconv").output).colour
+    program = start("-t")
+    program.find(chart)
+    assert program.close() == 0
+
+
+def test_a_cut_picture_is_named_and_the_next_one_shown(system, start, folder):
+    pixels = square_picture(3)
+    Image.fromarray(pixels).save(folder / "good.png")
+    whole = (folder / "good.png").read_bytes()
+    (folder / "cut.png").write_bytes(whole[: len(whole) // 2])
+    (folder / "words.txt").write_text("no picture at all\n")
+    program = start("cut.png", "words.txt", "good.png")
+    program.find(pixels)
+    assert "cut.png" in program.stderr() and "words.txt" in program.stderr()
+    assert program.close() == 0
+
+
+def test_older_kinds_are_refused_by_name(system, start, folder):
+    (folder / "old.ras").write_bytes(b"\x87\xcf\x03\x2b" + b"\x01\0\0\0" + bytes(64))
+    program = start("old.ras")
+    program.wait_for_exit()
+    assert "old.ras" in program.stderr()
+    assert "rasconv: " in program.stderr()
