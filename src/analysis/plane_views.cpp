@@ -1,8 +1,8 @@
 #include "analysis/plane_views.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
-#include <vector>
 
 #include "analysis/view_kernels.h"
 
@@ -30,16 +30,27 @@ Range wholeRange(const float* z, size_t pixels) {
     return range;
 }
 
-Range percentileRange(const float* z, size_t pixels) {
-    std::vector<float> finite;
-    finite.reserve(pixels);
-    std::copy_if(z, z + pixels, std::back_inserter(finite),
-                 [](float v) { return std::isfinite(v); });
-    if (finite.empty()) return {};
+constexpr uint32_t signBit = 0x80000000;
+
+// Words in the order of the numbers that they stand for.
+uint32_t orderedWord(float number) {
+    const auto bits = std::bit_cast<uint32_t>(number);
+    return bits & signBit ? ~bits : bits | signBit;
+}
+double numberOf(uint32_t word) {
+    return double{std::bit_cast<float>(word & signBit ? word & ~signBit : ~word)};
+}
+
+// `scratch` has room for a word for each sample.
+Range percentileRange(const float* z, size_t pixels, uint32_t* scratch) {
+    uint32_t* end = scratch;
+    for (size_t i = 0; i < pixels; ++i)
+        if (std::isfinite(z[i])) *end++ = orderedWord(z[i]);
+    if (end == scratch) return {};
     const auto at = [&](size_t percent) {
-        const auto place = finite.begin() + (finite.size() - 1) * percent / 100;
-        std::nth_element(finite.begin(), place, finite.end());
-        return double{*place};
+        uint32_t* place = scratch + static_cast<size_t>(end - scratch - 1) * percent / 100;
+        std::nth_element(scratch, place, end);
+        return numberOf(*place);
     };
     const double low = at(2);
     return {low, at(98)};
@@ -60,8 +71,9 @@ void buildLuminanceView(const uint32_t* stored, size_t pixels, uint32_t* view) {
 }
 
 void buildZView(const float* z, size_t pixels, ZScale scale, uint32_t* view) {
+    // The samples are sorted where the view will be: showing frame after frame allocates nothing.
     const Range range =
-        scale == ZScale::wholeRange ? wholeRange(z, pixels) : percentileRange(z, pixels);
+        scale == ZScale::wholeRange ? wholeRange(z, pixels) : percentileRange(z, pixels, view);
     const double span = range.high - range.low;
     for (size_t i = 0; i < pixels; ++i) {
         if (!std::isfinite(z[i])) {

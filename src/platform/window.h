@@ -15,6 +15,7 @@ struct PixelRect {
     int left = 0, top = 0, right = 0, bottom = 0;
     int width() const { return right - left; }
     int height() const { return bottom - top; }
+    bool operator==(const PixelRect&) const = default;
 };
 
 // Where the window's messages go. All members must be set; called on the window's own thread, from

@@ -64,12 +64,21 @@ void placeAround(const PictureLayout& layout) {
     if (viewerState.noWinBorder) clearPreferredPosition();
 }
 
+platform::PixelRect clientOnScreen() {
+    int left, top, width, height;
+    platform::clientScreenPosition(left, top);
+    platform::clientArea(width, height);
+    return {left, top, left + width, top + height};
+}
+
 void fitWindow(const FrameStore& frame) {
+    const platform::PixelRect before = clientOnScreen();
     PictureLayout& layout = viewerSession().layout;
     layOutPicture(frame.width, frame.height);
     placeAround(layout);
     if (viewerState.windowId < 1) openWindowOrExit(windowTitle());
     applyPendingPlacement();
+    if (clientOnScreen() != before) viewerSession().cursorKnown = false;
     if (!platform::surfaceExists() && !createDrawing()) saveSettingsAndExit(1);
 }
 

@@ -73,7 +73,8 @@ void drawProfiles(const uint32_t* heights) {
     static std::vector<ProfilePoint> points;  // kept: nothing is allocated while playing
     points.resize(width);
     const auto window = [&](float pixel, int margin, float pan) {
-        return margin + static_cast<int>((pixel - std::floor(pan)) * float(layout.zoom));
+        return margin +
+               static_cast<int>(std::floor((pixel - std::floor(pan)) * float(layout.zoom)));
     };
     const auto penAt = [&](const ProfilePoint& point, void (*go)(int, int)) {
         go(window(point.x, layout.marginX, layout.panX),
@@ -106,8 +107,12 @@ void drawPicture(int width, int height) {
                                        std::min(layout.width - column, needed(layout.visibleWidth)),
                                        std::min(layout.height - row, needed(layout.visibleHeight))};
     platform::setScissor(layout.marginX, layout.marginY, layout.visibleWidth, layout.visibleHeight);
-    if (source.pixels)  // null without memory for the view
+    if (source.pixels) {
         platform::drawPixels(layout.marginX, layout.marginY, source, layout.zoom);
+    } else {  // without memory for the view
+        setColourPacked(bandColour);
+        clearDrawing();
+    }
     if (const uint32_t* heights = reliefHeights()) drawProfiles(heights);
     platform::setScissor(0, 0, width, height);
 }

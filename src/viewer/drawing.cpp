@@ -9,7 +9,7 @@ namespace vistel {
 namespace {
 
 constexpr int bandRows = 20;
-constexpr int bandTextX = 6;
+constexpr int bandTextX = 6;  // from the band's left edge
 constexpr int bandTextY = 6;
 
 // Shows what was drawn over or instead of the picture.
@@ -119,11 +119,17 @@ void showOverlay(const std::function<void()>& draw) {
 }
 
 void showMessageBand(const std::string& text) {
+    int width, height;
+    clientSize(width, height);
+    showMessageBand(text, 0, width);
+}
+
+void showMessageBand(const std::string& text, int left, int columns) {
     showOverlay([&] {
         setColourIndex(2);
-        fillRectangle(0, 0, windowContext().savedWidth - 1, bandRows - 1);
+        fillRectangle(left, 0, left + columns - 1, bandRows - 1);
         setColourIndex(3);
-        drawText(bandTextX, bandTextY, text);
+        drawText(left + bandTextX, bandTextY, text);
     });
 }
 

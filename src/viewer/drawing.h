@@ -44,8 +44,10 @@ void saveFrontImage();
 void restoreFrontImage();
 // Shows what `draw` draws over the kept picture, until it is restored.
 void showOverlay(const std::function<void()>& draw);
-// Shows a black band of 20 rows with white text at the foot of the kept picture.
+// Shows a black band of 20 rows with white text at the foot of the kept picture: as wide as the
+// window, or so many columns from `left` on.
 void showMessageBand(const std::string& text);
+void showMessageBand(const std::string& text, int left, int columns);
 
 // Presents what was drawn; the kept picture is then out of date.
 void swapDrawing();

@@ -43,12 +43,6 @@ void FrameSlots::drop(int32_t frame) {
     slots_.erase(slot);
 }
 
-void FrameSlots::dropAllBut(int32_t frame) {
-    std::erase_if(slots_, [&](const auto& slot) { return slot.first != frame; });
-    const FrameStore* kept = find(frame);
-    bytes_ = kept ? kept->memoryBytes() : 0;
-}
-
 void FrameSlots::clear() {
     slots_.clear();
     bytes_ = 0;

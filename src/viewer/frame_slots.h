@@ -27,8 +27,15 @@ class FrameSlots {
     FrameStore& keep(int32_t frame, FrameStore&& store);
     // Empties the frame's slot.
     void drop(int32_t frame);
-    // Empties every slot but this frame's.
-    void dropAllBut(int32_t frame);
+    // Empties every slot whose planes are unwanted.
+    template <class Predicate>
+    void dropWhere(Predicate unwanted) {
+        std::erase_if(slots_, [&](const auto& slot) {
+            const bool dropped = unwanted(slot.second);
+            if (dropped) bytes_ -= slot.second.memoryBytes();
+            return dropped;
+        });
+    }
     size_t limit() const { return limit_; }  // bytes of all planes together
     void setLimit(size_t bytes) { limit_ = bytes; }
     size_t count() const { return slots_.size(); }

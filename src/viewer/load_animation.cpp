@@ -171,6 +171,7 @@ bool keepLoading() {
         return escape || event.code == EV_REDRAW || (loading && (move || event.code == EV_TIMER));
     });
     if (redraw) redrawPicture();
+    if (windowContext().quit) viewerState.quitRequested = 1;
     return !stopped && !windowContext().quit && !keyWaitsTooLong();
 }
 

@@ -29,15 +29,19 @@ void enterFullScreen(int) {
     refitWindow();
 }
 
-// Frames that were fitted to the screen by their reader, or now are to be, are read again.
+// Frames that were fitted to the screen by their reader, or now are to be, are read again when they
+// are shown; the one on screen stays until it has been.
 void readAgainAtNewFit() {
     ViewerSession& session = viewerSession();
     if (!session.shown) return;
-    const ImageHeader& header = session.shown->header;
-    const DisplaySize size = displaySize(header.width, header.height, currentDisplayFit());
-    if (static_cast<int>(size.shrink) == session.shown->shrink) return refitWindow();
-    session.slots.dropAllBut(viewerState.currentFrame);
-    postKey('U');
+    const DisplayFit fit = currentDisplayFit();
+    const auto fits = [&](const FrameStore& frame) {
+        const DisplaySize size = displaySize(frame.header.width, frame.header.height, fit);
+        return static_cast<int>(size.shrink) == frame.shrink;
+    };
+    session.slots.dropWhere(
+        [&](const FrameStore& frame) { return &frame != session.shown && !fits(frame); });
+    fits(*session.shown) ? refitWindow() : postKey('U');
 }
 
 void toggleFullResolution(int) {

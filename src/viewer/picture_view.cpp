@@ -66,10 +66,10 @@ float reliefSlope() {
     return session.reliefInverted ? -session.reliefDepth : session.reliefDepth;
 }
 
+// The heights alone without memory for their relief.
 const uint32_t* reliefPicture(const FrameStore& frame) {
     const size_t pixels = pixelCount(frame);
     const uint32_t* heights = greyView(frame, heightsMode());
-    views.heights = heights;
     if (!heights || !views.relief.grow(pixels)) return heights;
     if (views.shade.size() < pixels) views.shade.resize(pixels);
     views.shader.shade(heights, static_cast<size_t>(frame.width), static_cast<size_t>(frame.height),
@@ -78,6 +78,7 @@ const uint32_t* reliefPicture(const FrameStore& frame) {
     const uint32_t* colour = colours ? frame.colour.data() : nullptr;
     buildReliefView(views.shade.data(), colour, viewerSession().reliefAmount, pixels,
                     views.relief.pixels());
+    views.heights = heights;
     return views.relief.pixels();
 }
 
@@ -150,7 +151,8 @@ void showNewFrame() {
 
 bool chooseView(ChannelMode mode) {
     if (const char* message = missingFor(mode)) {
-        showMessageBand(messageText(message));
+        const PictureLayout& layout = viewerSession().layout;
+        showMessageBand(messageText(message), layout.marginX, layout.visibleWidth);
         viewerSession().bandShown = true;
         return false;
     }

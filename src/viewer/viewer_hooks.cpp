@@ -28,6 +28,10 @@ void presentFirstFrame() {
 
 // A picture of the current source arrived: shows it, reads what belongs to it, runs the loop.
 int frameLoaded(FrameStore& frame) {
+    if (windowContext().quit) {  // the window went while it was read
+        viewerState.quitRequested = 1;
+        return iffParsingComplete;
+    }
     releaseFrames();
     beginDisplay(keepFrame(viewerState.currentFrame, std::move(frame)));
     presentFirstFrame();

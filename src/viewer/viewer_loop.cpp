@@ -83,8 +83,10 @@ bool laterMoveQueued() {
     });
 }
 
-// A button may be pressed where no move led to: where the window opened under the cursor.
+// The cursor may be where no move led to: where the window opened under it. Where one did, the
+// cursor may have left the place by now.
 void findCursor() {
+    if (viewerSession().cursorKnown) return;
     const auto moved = [](const InputEvent& event) {
         return event.code == EV_MOUSEX || event.code == EV_MOUSEY;
     };
@@ -127,7 +129,10 @@ bool dispatch(const KeyPress& press) {
             return mouseMoved(press);
     }
     viewerSession().modifiers.update({press.code, press.value});
-    if (isButton(press.code) && press.value) findCursor();
+    if (isButton(press.code) && press.value) {
+        pumpEvents();  // moves that followed tell that the cursor is elsewhere by now
+        findCursor();
+    }
     if (!press.value && !findBinding(press)) return otherReleased(press);
     return runKey(press);
 }
@@ -187,6 +192,7 @@ void startLoop() {
     setViewerTitle(windowTitle());
     session.startTick = platform::tickMilliseconds();
     playbackClock().reset();
+    findCursor();
     platform::setScissorTest(true);
 }
 

@@ -98,6 +98,7 @@ struct ViewerSession {
     WindowView beforeFullScreen;
     Modifiers modifiers;
     int cursorX = 0, cursorY = 0;  // last seen, client pixels from the lower left
+    bool cursorKnown = false;      // a move led there since the window took its place
     FpsMeter fps;
     SourceMark mark = SourceMark::memory;
     bool jumpToEnds = false;     // the next step goes to the range's start or end
@@ -113,6 +114,7 @@ struct ViewerSession {
     // mouse, a place is negative.
     void noteCursor(const InputEvent& event) {
         (event.code == EV_MOUSEX ? cursorX : cursorY) = static_cast<int16_t>(event.value);
+        cursorKnown = true;
     }
 };
 

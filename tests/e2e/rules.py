@@ -197,9 +197,8 @@ class Layout:
 
     def clamp(self):
         for axis in (0, 1):
-            most = np.float32(self.size[axis]) - np.float32(self.visible[axis] + 1) / np.float32(
-                self.zoom
-            )
+            shown = -(-self.visible[axis] // self.zoom)  # the last of them perhaps in part
+            most = np.float32(self.size[axis] - shown)
             self.pan[axis] = max(np.float32(0), min(self.pan[axis], most))
 
     def corner(self):

@@ -96,16 +96,23 @@ class Scene:
 
     # --- message band -----------------------------------------------------------------------------
 
-    def band(self):
-        """The text of the message band as a bitmap, None when there is no band."""
+    def message_rows(self):
+        """The rows of the window in which a message band lies."""
         left, top, right, bottom = self.client()
-        rows = self.desktop.packed()[bottom - MESSAGE_ROWS : bottom, left:right]
+        return self.desktop.packed()[bottom - MESSAGE_ROWS : bottom, left:right]
+
+    def band(self):
+        """The text of the message band as a bitmap, None when there is no band. The band is as wide
+        as the window or as the picture; its text may be longer."""
+        rows = self.message_rows()
         red, green, blue = rows >> 16, rows >> 8 & 255, rows & 255
         if not ((red == green) & (green == blue)).all():
             return None
-        black = (rows == 0).mean()
+        left = self.place.left
+        begins = any((rows[:, x : x + 5] == 0).all() for x in (0, left))  # before the text
+        above_text = rows[0, left : left + self.width]
         ink = rows > 0x808080
-        if black < 0.5 or not ink.any() or not (rows[:, :5] == 0).all():
+        if not begins or above_text.any() or not ink.any():
             return None
         return ink.tobytes()
 

@@ -1,5 +1,7 @@
 """Zoom, pan and scrubbing: which image pixels are seen, to the pixel; windows of every kind."""
 
+import time
+
 import numpy as np
 import pytest
 
@@ -171,6 +173,37 @@ def test_the_left_button_drags_an_image(start, folder):
     drag(moved, [(9, 6)], "Shift_L")
 
 
+def test_a_drag_begins_where_the_cursor_was_before_there_was_a_window(system, start, folder):
+    x, y = WIDTH // 2 + 13, HEIGHT // 2 - 7
+    system.desktop.move_pointer(x, y)
+    moved = show(start, folder, 400, 300)
+    moved.zoom(1)
+    system.desktop.button(1, True)
+    time.sleep(0.2)  # seen before the first move
+    system.desktop.move_pointer(x - 20, y - 8)
+    moved.layout.move(np.float32(20) / 2, np.float32(-8) / 2)
+    moved.expect()
+    system.desktop.button(1, False)
+    moved.move("KP_4", 1, 0)
+
+
+def test_a_drag_ends_where_the_button_was_released(start, folder):
+    moved = show(start, folder, 240, 180)
+    moved.zoom(1)
+    desktop, (x, y) = moved.scene.desktop, moved.scene.at(120, 90)
+    for _ in range(5):
+        desktop.move_pointer(x, y)
+        desktop.button(1, True)
+        for across in (4, 9, 16):
+            desktop.move_pointer(x - across, y)
+        desktop.button(1, False)
+        for across in (40, -60, 5):  # with no button held
+            desktop.move_pointer(x + across, y + across)
+        moved.layout.move(np.float32(16) / 2, 0)
+        moved.expect()
+    moved.move("KP_6", -1, 0)
+
+
 FRAMES = 40  # 8 window pixels of travel for a frame: (64 - 8 + 2 * 128) / 39
 
 
@@ -198,6 +231,21 @@ def test_the_left_button_scrubs_through_an_animation(play):
         desktop.move_pointer(x + travel, y)
         player.wait_for(frame)
     desktop.button(1, False)
+
+
+def test_a_scrub_ends_where_the_button_was_released(play):
+    player = play(last=FRAMES)
+    desktop, x, y = player.desktop, player.x + 20, player.y + 20
+    for frame in (4, 7, 10, 13):
+        desktop.move_pointer(x, y)
+        desktop.button(1, True)
+        for travel in (3, 16, 24):  # three frames
+            desktop.move_pointer(x + travel, y)
+        desktop.button(1, False)
+        for travel in (-40, 200, 80):
+            desktop.move_pointer(x + travel, y)
+        player.wait_for(frame)
+        assert player.settled() == frame
 
 
 def test_a_few_frames_are_scrubbed_by_20_pixels_each(play):

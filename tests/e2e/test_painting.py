@@ -83,19 +83,21 @@ def test_in_the_view_of_a_channel_that_channel_is_painted(canvas):
     canvas.key("m", rules.grey(stored[..., 3]))
 
 
+# Bytes that are filled, and one that is emptied under its complement.
 CHOICES = {
-    "F1": [0], "F2": [1], "F3": [2], "F4": [0, 1, 2],
-    "Shift_L+F1": [1, 2], "Shift_L+F2": [0, 2], "Shift_L+F3": [0, 1],
+    "F1": ([0], []), "F2": ([1], []), "F3": ([2], []), "F4": ([0, 1, 2], []),
+    "Shift_L+F1": ([1, 2], [0]), "Shift_L+F2": ([0, 2], [1]), "Shift_L+F3": ([0, 1], [2]),
 }
 
 
 def test_elsewhere_the_control_channel_is_painted(canvas):
     stored = canvas.stored
-    for number, (key, channels) in enumerate(CHOICES.items()):
+    for number, (key, (filled, emptied)) in enumerate(CHOICES.items()):
         canvas.program.key(key)
         ends = (8, 5 + 3 * number), (40 + number, 5 + 3 * number)
         stroke(canvas, ends)
-        paint(stored, line(*ends), channels)
+        paint(stored, line(*ends), filled)
+        paint(stored, line(*ends), emptied, EMPTY)
         canvas.expect(stored[..., :3])
     canvas.key("m", rules.grey(stored[..., 3]))
     canvas.key("l", rules.grey(rules.luminance(stored)))

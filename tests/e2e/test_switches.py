@@ -4,7 +4,7 @@ import pytest
 
 import rules
 from desktop import wait_until
-from framefile import Animation, Picture, noise, stored_pixels, write
+from framefile import Animation, Picture, noise, on_screen, stored_pixels, write
 from program import Player
 from scene import Scene
 
@@ -68,6 +68,54 @@ def test_the_keypad_changes_the_frame_rate(start, folder, strokes, rate):
     player.pause()
     player.program.key(*strokes, "space")
     assert player.seconds_per_round() == pytest.approx(1.0, abs=0.12)
+
+
+def test_without_double_buffering_labels_and_messages_leave_nothing_behind(start, folder):
+    picture = Picture(colour=noise(101, 75))
+    write(folder / "one", picture)
+    scene = Scene(start("one"), stored_pixels(picture))
+    scene.program.key("f")
+    for stroke in ("F1", "Shift_L+F2"):
+        scene.program.key(stroke)
+        wait_until(lambda: scene.label()[0], what=f"a label after {stroke}")
+        scene.program.key("F4")
+        wait_until(lambda: not scene.label()[0], what="no label")
+        scene.expect(picture.colour)
+        assert scene.margin_is_clear()
+    scene.held("m")
+    scene.expect(picture.colour)
+    assert scene.margin_is_clear()
+    scene.program.key("f")
+    scene.key("r", rules.grey(rules.plane(scene.stored, 3)))
+    assert scene.margin_is_clear()
+
+
+def test_the_files_of_a_sequence_follow_each_other_until_the_window_is_closed(start, folder):
+    sizes = [(101, 75), (160, 90)]
+    pictures = [Picture(colour=noise(*size, seed=n)) for n, size in enumerate(sizes)]
+    for name, picture in zip("ab", pictures):
+        write(folder / name, picture)
+    program = start("-S", "a", "b")
+    window = program.window().id
+    for _ in range(4):
+        for picture in pictures:
+            program.find_part(on_screen(picture))
+            assert [shown.id for shown, _ in program.desktop.windows()] == [window]
+    assert program.close() == 0
+    assert console(program) == []
+
+
+def test_animations_of_a_sequence_follow_each_other(start, folder):
+    shots = Animation(first=1, last=3).write(folder)
+    clips = Animation(first=7, last=12, width=128, height=96).write(folder, "clip.{}")
+    picture = Picture(colour=noise(101, 75))
+    write(folder / "one", picture)
+    program = start("-S", "-r", "4", "shot.", "one", "clip.")
+    for _ in range(3):
+        program.find_part(on_screen(shots.picture(1)), 20)
+        program.find_part(on_screen(picture), 20)
+        program.find_part(on_screen(clips.picture(7)), 20)
+    assert program.close() == 0
 
 
 def test_escape_means_nothing_in_a_window(play):

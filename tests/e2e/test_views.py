@@ -4,6 +4,7 @@ import numpy as np
 import pytest
 
 import rules
+import view
 from desktop import wait_until
 from framefile import Picture, Style, blocky, noise, stored_pixels, write
 from rules import Layout
@@ -117,6 +118,14 @@ def test_missing_planes_are_told_in_a_band_while_the_key_is_held(show):
         scene.expect(colours)
         assert scene.margin_is_clear()
     assert texts[0] != texts[1]
+    # It is as wide as the picture.
+    scene.desktop.press("m")
+    scene.wait_for_band()
+    rows, left = scene.message_rows(), scene.place.left
+    scene.desktop.release("m")
+    assert not rows[0, left : left + WIDTH].any() and not rows[:, left : left + 5].any()
+    assert (rows[:, :left] == view.BAND).all() and (rows[0, left + WIDTH :] == view.BAND).all()
+    wait_until(lambda: scene.band() is None, what="the end of the message")
     # The band lies on the view that is on the screen.
     red = rules.grey(rules.plane(scene.stored, 3))
     scene.key("r", red)
@@ -222,6 +231,27 @@ def test_profile_lines_have_the_colour_of_the_view(show):
         assert (line() | ~wrong).all(), "what is no line is the relief"
         assert wrong.any(axis=0).all(), "each column has a line"
         scene.key("n", plain)
+
+
+def with_row(picture, row, colour):
+    changed = picture.copy()
+    changed[row] = colour
+    return changed
+
+
+def test_profile_lines_stand_on_their_rows_and_rise_with_their_heights(show):
+    # Each eighth row is of one height, so its line is level.
+    colour = np.zeros((HEIGHT, WIDTH, 3), np.uint8)
+    colour[:, :, 0] = (np.arange(HEIGHT) // 8 % 4 * 51)[:, None]
+    scene = show(Picture(colour=colour))
+    heights = rules.plane(scene.stored, 3)
+    shown = rules.grey(rules.shade(heights, -0.1))
+    scene.key("r", rules.grey(heights))
+    for row in range(0, HEIGHT, 8):
+        line = row + int(heights[row, 0] * 32 / 255)
+        if line < HEIGHT:
+            shown = shown.of(lambda rows: with_row(rows, line, PROFILE["r"]))
+    scene.key("Shift_L+n", shown)
 
 
 # --- outlines of the tiles ------------------------------------------------------------------------

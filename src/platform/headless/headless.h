@@ -25,8 +25,16 @@ void press(int code);    // key down
 void release(int code);  // key up
 void type(int code);     // down and up
 void moveMouse(int x, int y);
+void moveMouseUnseen(int x, int y);  // the events have not arrived yet
+// The user picks a command of the menu.
+void choose(int command);
+// The window was covered and is to be seen again.
+void uncover();
 // The user closes the window.
 void close();
+// From now on a swap exchanges the two buffers: what is drawn next lies on garbage.
+void exchangeBuffers();
+constexpr uint32_t garbage = 0xFF5A3CC5;
 // Called when the program waits and the script is at its end; closes the window by default, so
 // that no test can hang.
 void whenIdle(std::function<void()> action);
@@ -40,9 +48,15 @@ struct Image {
 // The picture that the last swap or flush made visible.
 const Image& visibleImage();
 int presents();  // pictures made visible since reset
+// Called whenever a picture has become visible, from inside the swap or flush.
+void whenPresented(std::function<void()> action);
 const std::string& title();
 const std::vector<std::string>& titles();  // every title ever set
 PixelRect windowRect();
+int windowsOpened();  // since reset
+bool windowHasBorder();
+unsigned timerPeriod();  // milliseconds; 0: no timer was started
+int readBacks();         // of drawn pixels, since reset
 bool windowOpen();
 const std::vector<std::string>& messageBoxes();
 bool menuChecked(int command);

@@ -50,7 +50,9 @@ struct MemorySurface {
     Box scissor;
     uint32_t colour = 0xFF000000;
     headless::Image drawn, visible;
-    int presents = 0;
+    bool exchange = false;  // a swap leaves garbage to draw on
+    int presents = 0, readBacks = 0;
+    std::function<void()> presented;
     TextRecord drawnTexts, visibleTexts;
 };
 MemorySurface surface;
@@ -77,6 +79,7 @@ void present() {
     std::swap(surface.visibleTexts, surface.drawnTexts);
     surface.drawnTexts.clear();
     ++surface.presents;
+    if (surface.presented) surface.presented();
 }
 
 constexpr int textRows = 8;
@@ -97,7 +100,10 @@ bool createSurface() {
 void destroySurface() { surface.exists = false; }
 bool surfaceExists() { return surface.exists; }
 int screenColourBits() { return 24; }
-void setDoubleBuffered(bool on) { surface.doubleBuffered = on; }
+void setDoubleBuffered(bool on) {
+    surface.doubleBuffered = on;
+    if (!on && surface.exchange) surface.drawn = surface.visible;
+}
 void setDithering(bool on) { surface.dithering = on; }
 void setViewport(int, int) {}
 void setProjection(int, int) {}
@@ -139,6 +145,7 @@ void drawText(FontHandle* font, int x, int y, std::string_view text) {
 }
 
 void readPixels(int x, int y, int width, int height, uint32_t* pixels) {
+    ++surface.readBacks;
     for (int r = 0; r < height; ++r) {
         for (int c = 0; c < width; ++c) *pixels++ = surface.drawn.at(x + c, y + r);
     }
@@ -147,7 +154,11 @@ void readPixels(int x, int y, int width, int height, uint32_t* pixels) {
 void flushSurface() {
     if (!surface.doubleBuffered) present();
 }
-void swapBuffers() { present(); }
+void swapBuffers() {
+    present();
+    if (surface.exchange && surface.doubleBuffered)
+        std::fill(surface.drawn.pixels.begin(), surface.drawn.pixels.end(), headless::garbage);
+}
 
 FontHandle* createFont(const FontRequest&) {
     static FontHandle font;
@@ -164,6 +175,9 @@ namespace headless {
 
 const Image& visibleImage() { return surface.visible; }
 int presents() { return surface.presents; }
+void whenPresented(std::function<void()> action) { surface.presented = std::move(action); }
+int readBacks() { return surface.readBacks; }
+void exchangeBuffers() { surface.exchange = true; }
 const std::vector<DrawnText>& visibleTexts() { return surface.visibleTexts.texts(); }
 bool dithering() { return surface.dithering; }
 bool doubleBuffered() { return surface.doubleBuffered; }

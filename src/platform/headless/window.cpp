@@ -19,6 +19,9 @@ struct Desktop {
     bool refuse = false;
     WindowSink sink{};
     PixelRect client;
+    bool border = true;
+    int opened = 0;
+    unsigned timerPeriod = 0;
     std::vector<std::string> titles;
     std::vector<std::string> boxes;
     std::deque<std::function<void()>> steps;
@@ -43,6 +46,7 @@ bool openWindow(const WindowRequest& request, const WindowSink& sink) {
         return false;
     }
     desktop.open = true;
+    ++desktop.opened;
     desktop.quitSeen = false;
     desktop.sink = sink;
     desktop.titles.push_back(request.title);
@@ -52,8 +56,9 @@ bool openWindow(const WindowRequest& request, const WindowSink& sink) {
 
 bool windowExists() { return desktop.open; }
 
-void placeWindow(const PixelRect& client, bool) {
+void placeWindow(const PixelRect& client, bool border) {
     desktop.client = client;
+    desktop.border = border;
     if (client.width() < 320) desktop.client.right = client.left + 320;
     sendResize();
 }
@@ -78,7 +83,7 @@ void clientScreenPosition(int& x, int& y) {
 ScreenSize screenSize() { return {1280, 1024}; }
 PixelRect workArea() { return {0, 0, 1280, 1024}; }
 void setCursor(bool) {}
-void startTimer(unsigned) {}
+void startTimer(unsigned milliseconds) { desktop.timerPeriod = milliseconds; }
 
 bool pumpMessages() {
     if (!desktop.steps.empty()) {
@@ -150,12 +155,24 @@ void type(int code) {
     press(code);
     release(code);
 }
-void moveMouse(int x, int y) {
+void moveMouseUnseen(int x, int y) {
     desktop.mouseX = x;
     desktop.mouseY = y;
+}
+void moveMouse(int x, int y) {
+    moveMouseUnseen(x, y);
     if (!desktop.open) return;
     desktop.sink.postEvent(EV_MOUSEX, static_cast<uint16_t>(x - desktop.client.left));
     desktop.sink.postEvent(EV_MOUSEY, static_cast<uint16_t>(desktop.client.bottom - y));
+}
+void choose(int command) {
+    if (!desktop.open) return;
+    desktop.sink.commandStarts();
+    desktop.sink.command(command);
+    desktop.sink.commandEnds();
+}
+void uncover() {
+    if (desktop.open) desktop.sink.paint();
 }
 void close() { closeWindow(); }
 void whenIdle(std::function<void()> action) { desktop.idle = std::move(action); }
@@ -166,6 +183,9 @@ const std::string& title() {
 }
 const std::vector<std::string>& titles() { return desktop.titles; }
 PixelRect windowRect() { return desktop.client; }
+int windowsOpened() { return desktop.opened; }
+bool windowHasBorder() { return desktop.border; }
+unsigned timerPeriod() { return desktop.timerPeriod; }
 bool windowOpen() { return desktop.open; }
 const std::vector<std::string>& messageBoxes() { return desktop.boxes; }
 bool menuChecked(int command) { return desktop.checked.count(command) != 0; }

@@ -145,4 +145,17 @@ TEST(PlaneViews, PercentilesLeaveAnOutlierOut) {
     EXPECT_EQ(percentiles[100], 0);
 }
 
+TEST(PlaneViews, PercentilesOrderNegativeSamplesAndLeaveThoseThatAreNotFiniteOut) {
+    // -50 to 49 in no order, and outliers on both sides.
+    std::vector<float> z = {-1e30f, 1e30f, -0.0f, INFINITY, -INFINITY, NAN};
+    for (int i = 0; i < 100; ++i) z.push_back(float(i * 37 % 100 - 50));
+    // Of 103 finite samples the 2nd percentile is place 2, the 98th place 99.
+    const double low = -49, high = 47;  // 0 is there twice
+    const std::vector<int> percentiles = greys(z, ZScale::percentiles);
+    for (size_t i = 0; i < z.size(); ++i) {
+        const double nearness = std::clamp((high - double{z[i]}) / (high - low), 0.0, 1.0);
+        EXPECT_EQ(percentiles[i], std::isfinite(z[i]) ? int(nearness * 255 + 0.5) : 0) << z[i];
+    }
+}
+
 }  // namespace vistel

@@ -51,6 +51,60 @@ TEST_F(DisplaySetupTest, TheWindowHoldsPictureAndMargins) {
     EXPECT_EQ(headless::title(), "VisTel: shot");
 }
 
+TEST_F(DisplaySetupTest, OnlyAWindowThatIsMeantToHasABorder) {
+    showAnimation(1, 1, 1, 640, 360);
+    EXPECT_TRUE(headless::windowHasBorder());
+    viewerState.fullScreen = 1;
+    setUpDisplay(*viewerSession().shown, Refit::fitWindow);
+    EXPECT_FALSE(headless::windowHasBorder());
+    viewerState.fullScreen = 0;
+    setUpDisplay(*viewerSession().shown, Refit::fitWindow);
+    EXPECT_TRUE(headless::windowHasBorder());
+    viewerState.noWinBorder = 1;
+    setUpDisplay(*viewerSession().shown, Refit::fitWindow);
+    EXPECT_FALSE(headless::windowHasBorder());
+    EXPECT_EQ(headless::windowRect().width(), 640);
+}
+
+TEST_F(DisplaySetupTest, TheTitleIsSetForAFrameThatIsSteppedToAndNotWhilePlaying) {
+    showAnimation(1, 3);
+    size_t titles = headless::titles().size();
+    const auto setAgain = [&] {
+        return std::exchange(titles, headless::titles().size()) != titles;
+    };
+    const auto show = [](int frame) {
+        viewerState.currentFrame = frame;
+        showCurrentFrame(FrameRead::ifNeeded);
+    };
+    show(2);
+    EXPECT_TRUE(setAgain());
+    for (const PlayMode mode : {PlayMode::forward, PlayMode::backward}) {
+        viewerState.playMode = mode;
+        viewerState.paused = 0;
+        for (const int frame : {3, 1, 2}) show(frame);
+        EXPECT_FALSE(setAgain());
+        viewerState.paused = 1;
+        show(3);
+        EXPECT_TRUE(setAgain());
+    }
+    EXPECT_EQ(headless::title(), "VisTel: shot");
+}
+
+TEST_F(DisplaySetupTest, PlayingInTheLoopSetsNoTitle) {
+    showAnimation(1, 5);
+    size_t atStart = 0;
+    int presents = 0;
+    for (int i = 0; i < 500; ++i)
+        headless::script([&] {
+            if (atStart == 0) atStart = headless::titles().size();
+            presents = headless::presents();
+        });
+    headless::script([] { postEvent(EV_QUIT, 1); });
+    runViewerLoop();
+    EXPECT_GT(presents, 9);
+    EXPECT_EQ(headless::titles().size(), atStart);
+}
+
 TEST_F(DisplaySetupTest, FullResolutionShowsTheMiddleOfALargePicture) {
     viewerState.noRescale = 1;
     showAnimation(1, 1, 1, 2000, 300);

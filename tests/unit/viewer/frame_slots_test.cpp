@@ -1,11 +1,11 @@
 #include "viewer/frame_slots.h"
 
 #include <chrono>
-#include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
-#include "sequence/sequence_fixture.h"
+#include "viewer/frame_folder.h"
 #include "viewer/load_animation.h"
 #include "viewer/stepping.h"
 #include "viewer_fixture.h"
@@ -66,30 +66,12 @@ class MemoryLimitTest : public ViewerTest {
  protected:
     void SetUp() override {
         ViewerTest::SetUp();
-        before_ = fs::current_path();
-        folder_ =
-            fs::temp_directory_path() / ("vistel_viewer_" + std::to_string(std::random_device{}()));
-        fs::create_directories(folder_);
-        fs::current_path(folder_);
-        for (int number = 1; number <= 6; ++number)
-            std::ofstream("shot." + std::to_string(number), std::ios::binary)
-                << imageForm(number * 10);
-        viewerState.fileName = "shot";
-        viewerState.startDirectory = platform::currentDirectory();
-        viewerState.searchDirs[0] = "";
-        viewerState.sourceOpened = 1;
-        viewerState.animation = 1;
-        viewerState.firstFrame = viewerState.playFirst = viewerState.currentFrame = 1;
-        viewerState.lastFrame = viewerState.playLast = 6;
-        viewerState.frameStep = 1;
-        setCurrentSource("shot");
+        folder_.emplace();
+        FrameFolder::animation("shot", 1, 6);
     }
     void TearDown() override {
         clearViewerSession();
-        setCurrentSource("");
-        fs::current_path(before_);
-        std::error_code ignored;
-        fs::remove_all(folder_, ignored);
+        folder_.reset();
     }
     // Loads the animation with room for so many frames. What it said on standard error.
     static std::string load(int frames) {
@@ -119,7 +101,7 @@ class MemoryLimitTest : public ViewerTest {
         return shown;
     }
 
-    fs::path folder_, before_;
+    std::optional<FrameFolder> folder_;
 };
 
 TEST_F(MemoryLimitTest, FramesBeyondTheLimitAreReadWhenTheyAreShown) {
@@ -190,12 +172,45 @@ TEST_F(MemoryLimitTest, AFrameThatHasGrownLeavesItsSlot) {
 TEST_F(MemoryLimitTest, AReloadReadsTheFileAgainAndKeepsTheView) {
     load(6);
     key('R');
-    std::ofstream("shot.1", std::ios::binary) << imageForm(200);
+    FrameFolder::write("shot.1", 200);
     EXPECT_TRUE(key('U'));
     EXPECT_EQ(viewerSession().mark, SourceMark::disk);
     EXPECT_EQ(viewerSession().mode, ChannelMode::red);
     EXPECT_EQ(viewerSession().slots.find(1), viewerSession().shown);
     expectPicture([](int, int) { return 200 * 0x010101u; });
+}
+
+TEST_F(MemoryLimitTest, AReloadByKeySaysSoExceptWhileScrubbing) {
+    load(6);
+    windowContext().drawPass = drawPass;
+    static std::vector<std::string> texts;  // on screen while the file is read
+    loaderHooks.keepGoing = [] {
+        const auto& shown = headless::visibleTexts();
+        texts.push_back(shown.empty() ? "" : shown.back().text);
+        return true;
+    };
+    redraw();
+    const auto readBy = [](int code) {
+        texts.clear();
+        key(code);
+        return std::exchange(texts, {});
+    };
+    const std::string reloading = "Reloading the image ...";
+    auto seen = readBy('U');
+    ASSERT_FALSE(seen.empty());
+    for (const std::string& text : seen) EXPECT_EQ(text, reloading);
+    redraw();
+    viewerSession().dragging.scrub = true;
+    seen = readBy('U');
+    ASSERT_FALSE(seen.empty());
+    for (const std::string& text : seen) EXPECT_NE(text, reloading);
+    viewerSession().dragging.scrub = false;
+    viewerSession().slots.drop(2);
+    seen = readBy(keyRightArrow);  // read because it is not in memory
+    ASSERT_FALSE(seen.empty());
+    EXPECT_EQ(viewerState.currentFrame, 2);
+    for (const std::string& text : seen) EXPECT_NE(text, reloading);
+    loaderHooks = LoaderHooks{};
 }
 
 TEST_F(MemoryLimitTest, PaintIsGoneAfterAReload) {

@@ -79,12 +79,9 @@ TEST_F(PanCommandsTest, PanIsClampedWhenThePictureIsDrawn) {
         float x, y, expectedX, expectedY;
     };
     const Row rows[] = {
-        {1, 7, 7, 0, 0},
-        {1, -7, -7, 0, 0},
-        {2, -1, -1, 0, 0},
-        {2, 1000, 1000, 200, 150},
-        {2, 100, 50, 100, 50},
-        {3, 1000, 1000, 400 - 134, 200},  // a third of the last column shows
+        {1, 7, 7, 0, 0},       {1, -7, -7, 0, 0},
+        {2, -1, -1, 0, 0},     {2, 1000, 1000, 200, 150},
+        {2, 100, 50, 100, 50}, {3, 1000, 1000, 400 - 134, 200},  // a third of the last column shows
         {8, 1000, 0, 350, 0},
     };
     showImage(testFrame(1, 400, 300));

@@ -1,45 +1,26 @@
-// While frames are played from memory nothing is allocated and no file is touched. This program's
-// operator new counts.
-#include <atomic>
-#include <cstdlib>
-#include <new>
+// While frames are played from memory nothing is allocated, no file is touched and nothing is read
+// back from the driver.
+#include <optional>
 
 #include "platform/clock.h"
+#include "platform/files.h"
+#include "viewer/counted_calls.h"
 #include "viewer/picture_view.h"
 #include "viewer_fixture.h"
-
-namespace {
-
-std::atomic<size_t> allocations;
-
-void* countedMemory(std::size_t bytes) {
-    ++allocations;
-    return std::malloc(bytes ? bytes : 1);
-}
-
-}  // namespace
-
-void* operator new(std::size_t bytes) {
-    if (void* memory = countedMemory(bytes)) return memory;
-    throw std::bad_alloc();
-}
-void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept {
-    return countedMemory(bytes);
-}
-void* operator new[](std::size_t bytes) { return operator new(bytes); }
-void* operator new[](std::size_t bytes, const std::nothrow_t& tag) noexcept {
-    return operator new(bytes, tag);
-}
-// g++ 12 takes std::free here for the wrong partner of the operators above: it looks through them.
-[[gnu::noinline]] static void freeCounted(void* memory) { std::free(memory); }
-void operator delete(void* memory) noexcept { freeCounted(memory); }
-void operator delete(void* memory, std::size_t) noexcept { freeCounted(memory); }
-void operator delete[](void* memory) noexcept { freeCounted(memory); }
-void operator delete[](void* memory, std::size_t) noexcept { freeCounted(memory); }
 
 namespace vistel {
 
 namespace headless = platform::headless;
+
+namespace {
+
+struct Counts {
+    size_t allocations = test::allocations();
+    size_t fileAccesses = test::fileAccesses();
+    int readBacks = headless::readBacks();
+};
+
+}  // namespace
 
 class PlayedFramesTest : public ViewerTest {
  protected:
@@ -57,24 +38,23 @@ class PlayedFramesTest : public ViewerTest {
         headless::setMicroseconds(5'000'000);
     }
 
-    // Plays with the keys pressed first; counts what is allocated while 200 frames are shown, after
+    // Plays with the keys pressed first; counts what is asked for while 200 frames are shown, after
     // a first round.
-    void expectNoAllocations(const char* name, const std::function<void()>& pressKeys) {
+    void expectNothingAskedFor(const char* name, const std::function<void()>& pressKeys) {
         constexpr int warmUp = 2 * frames + 5, counted = 200;
         int first = 0;
-        size_t before = 0;
+        std::optional<Counts> before, after;
         int shownFrames = 0, views = 0;
-        size_t made = 0;
         const uint32_t* pixels = nullptr;
         const auto look = [&] {
             const int shown = headless::presents() - first;
             if (shown < warmUp) return;
-            if (before == 0) {
-                before = allocations;
+            if (!before) {
                 pixels = displayedPixels();
+                before.emplace();
             }
-            if (shown < warmUp + counted || shownFrames) return;
-            made = allocations - before;
+            if (shown < warmUp + counted || after) return;
+            after.emplace();
             shownFrames = shown - warmUp;
             views = pixels == displayedPixels();
         };
@@ -91,31 +71,52 @@ class PlayedFramesTest : public ViewerTest {
             postEvent(EV_QUIT, 1);
         });
         runViewerLoop();
+        ASSERT_TRUE(after) << name;
         EXPECT_GE(shownFrames, counted) << name;
-        EXPECT_EQ(made, 0u) << name;
+        EXPECT_EQ(after->allocations, before->allocations) << name;
+        EXPECT_EQ(after->fileAccesses, before->fileAccesses) << name;
+        EXPECT_EQ(after->readBacks, before->readBacks) << name;
         if (views == 0 && displayIsBuilt_) ADD_FAILURE() << name << ": another display buffer";
     }
     bool displayIsBuilt_ = true;  // not the stored pixels themselves
 };
 
-TEST_F(PlayedFramesTest, TheCounterCounts) {
-    const size_t before = allocations;
+TEST_F(PlayedFramesTest, TheCountersCount) {
+    const Counts before;
     ::operator delete(::operator new(5));
     ::operator delete[](::operator new[](5, std::nothrow));
-    EXPECT_EQ(allocations - before, 2u);
+    EXPECT_EQ(test::allocations() - before.allocations, 2u);
+    EXPECT_FALSE(platform::fileExists("no such file"));
+    EXPECT_FALSE(platform::isRegularFile("no such file"));
+    EXPECT_EQ(platform::openFile("no such file", "r"), nullptr);
+    EXPECT_TRUE(platform::listFolder("", "no such folder").empty());
+    EXPECT_EQ(test::fileAccesses() - before.fileAccesses, 4u);
+    windowContext().drawPass = drawPass;
+    saveFrontImage();
+    EXPECT_EQ(headless::readBacks() - before.readBacks, 1);
+}
+
+// The counters see the viewer's own calls: a reload looks for the file and shows a band.
+TEST_F(PlayedFramesTest, AReloadIsCounted) {
+    windowContext().drawPass = drawPass;
+    const Counts before;
+    showCurrentFrame(FrameRead::always);
+    EXPECT_GT(test::fileAccesses(), before.fileAccesses);
+    EXPECT_GT(test::allocations(), before.allocations);
+    EXPECT_GT(headless::readBacks(), before.readBacks);
 }
 
 TEST_F(PlayedFramesTest, ThePictureAllocatesNothing) {
     displayIsBuilt_ = false;
-    expectNoAllocations("picture", [] {});
+    expectNothingAskedFor("picture", [] {});
 }
 
 TEST_F(PlayedFramesTest, APlaneAndItsLabelAllocateNothing) {
-    expectNoAllocations("red", [] { key('R'); });
+    expectNothingAskedFor("red", [] { key('R'); });
 }
 
 TEST_F(PlayedFramesTest, TheLuminanceThroughTheLookUpTableAllocatesNothing) {
-    expectNoAllocations("luminance", [] {
+    expectNothingAskedFor("luminance", [] {
         key('L');
         key(characterKey(']'), shift);
         key(keyF1);
@@ -123,15 +124,19 @@ TEST_F(PlayedFramesTest, TheLuminanceThroughTheLookUpTableAllocatesNothing) {
 }
 
 TEST_F(PlayedFramesTest, TheNegativePictureAllocatesNothing) {
-    expectNoAllocations("negative", [] { key('X'); });
+    expectNothingAskedFor("negative", [] { key('X'); });
 }
 
 TEST_F(PlayedFramesTest, TheDepthAllocatesNothing) {
-    expectNoAllocations("depth", [] { key('Z'); });
+    expectNothingAskedFor("depth", [] { key('Z'); });
+}
+
+TEST_F(PlayedFramesTest, TheDepthWithoutItsOutliersAllocatesNothing) {
+    expectNothingAskedFor("depth, percentiles", [] { key('Z', shift); });
 }
 
 TEST_F(PlayedFramesTest, AReliefWithProfilesAllocatesNothing) {
-    expectNoAllocations("relief", [] {
+    expectNothingAskedFor("relief", [] {
         key('R');
         key('N', shift);
         key(keyPadMultiply, alt);
@@ -139,7 +144,7 @@ TEST_F(PlayedFramesTest, AReliefWithProfilesAllocatesNothing) {
 }
 
 TEST_F(PlayedFramesTest, PingPongSkippingAndANarrowedRangeAllocateNothing) {
-    expectNoAllocations("ping-pong", [] {
+    expectNothingAskedFor("ping-pong", [] {
         key('R');
         key('S');
         viewerState.frameSkip = 1;

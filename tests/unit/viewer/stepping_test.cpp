@@ -102,6 +102,42 @@ TEST_F(SteppingTest, AJumpGoesToTheEndsOfTheRangeEvenWhilePlaying) {
     EXPECT_EQ(viewerState.currentFrame, 3);
 }
 
+TEST_F(SteppingTest, EveryStepBackIsMarked) {
+    struct Row {
+        const char* name;
+        Direction direction;
+        int from;
+        bool played, pingPong, skip, marked;
+    };
+    const Row rows[] = {
+        {"back by key", Direction::backward, 5, false, false, false, true},
+        {"back by key over the start", Direction::backward, 1, false, false, false, true},
+        {"back by playing", Direction::backward, 5, true, false, false, true},
+        {"back by playing over the start", Direction::backward, 1, true, false, false, true},
+        {"back by playing with skipping", Direction::backward, 5, true, false, true, true},
+        {"reflected at the start", Direction::backward, 1, true, true, false, true},
+        {"forward by key", Direction::forward, 5, false, false, false, false},
+        {"forward by playing", Direction::forward, 5, true, false, false, false},
+        {"forward over the end", Direction::forward, 10, true, false, false, false},
+    };
+    for (const Row& row : rows) {
+        range(1, 10, 1, row.from);
+        viewerState.pingPong = row.pingPong;
+        viewerState.frameSkip = row.skip;
+        viewerState.playMode = PlayMode::stopped;
+        viewerSession().wentBackward = false;
+        row.played ? played(row.direction) : key(row.direction);
+        EXPECT_EQ(viewerSession().wentBackward, row.marked) << row.name;
+    }
+}
+
+TEST_F(SteppingTest, AStepThatIsIgnoredMarksNothing) {
+    range(1, 10, 1, 5);
+    viewerState.playMode = PlayMode::forward;
+    stepFrame({Direction::backward, false, false});
+    EXPECT_FALSE(viewerSession().wentBackward);
+}
+
 TEST_F(SteppingTest, FrameSkippingGoesOnUntilTheFrameIsDue) {
     range(1, 100, 1, 1);
     viewerState.frameRate = 25;

@@ -356,6 +356,70 @@ TEST_F(ViewerLoopTest, PanIsClampedToThePicture) {
     }
 }
 
+TEST_F(ViewerLoopTest, TheMarkOfAStepBackGoesWithThePassThatShowsIt) {
+    showAnimation(1, 9);
+    int idle = 0;
+    headless::script([] { headless::type(keySpace); });
+    headless::whenIdle([&] {
+        EXPECT_FALSE(viewerSession().wentBackward);
+        if (++idle == 1) return headless::type(keyLeftArrow);
+        headless::close();
+    });
+    bool marked = false;
+    const auto whilePresented = [&] { marked |= viewerSession().wentBackward; };
+    headless::whenPresented(whilePresented);
+    runViewerLoop();
+    EXPECT_TRUE(marked);
+}
+
+TEST_F(ViewerLoopTest, TheNextStepByKeyGoesToAnEndWhenThatIsAskedFor) {
+    showAnimation(1, 9);
+    viewerState.playFirst = 2;
+    viewerState.playLast = 8;
+    viewerState.currentFrame = 5;
+    viewerSession().jumpToEnds = true;
+    viewerState.playMode = PlayMode::forward;
+    runKey({.code = keyRightArrow, .synthetic = true, .modifiers = {}});  // playing goes on
+    EXPECT_EQ(viewerState.currentFrame, 6);
+    EXPECT_TRUE(viewerSession().jumpToEnds);
+    key(keyRightArrow);  // even while playing
+    EXPECT_EQ(viewerState.currentFrame, 8);
+    EXPECT_FALSE(viewerSession().jumpToEnds);
+    viewerState.playMode = PlayMode::stopped;
+    key(keyLeftArrow);
+    EXPECT_EQ(viewerState.currentFrame, 7);
+    viewerSession().jumpToEnds = true;
+    key(keyLeftArrow);
+    EXPECT_EQ(viewerState.currentFrame, 2);
+}
+
+TEST_F(ViewerLoopTest, AnAnimationRestsOnlyWhenItIsPaused) {
+    showAnimation(1, 9);
+    viewerState.frameRate = 25;
+    uint32_t before = 0, paused = 0;
+    int idle = 0;
+    atEachPump(400, [&] { viewerSession().restRequested = true; });
+    headless::script([&] {
+        before = platform::tickMilliseconds();
+        EXPECT_TRUE(viewerSession().restRequested);  // not while it plays
+        headless::type(keySpace);
+    });
+    headless::whenIdle([&] {
+        if (++idle == 1) {
+            paused = platform::tickMilliseconds();
+            return headless::moveMouse(3, 3);
+        }
+        EXPECT_FALSE(viewerSession().restRequested);
+        EXPECT_EQ(platform::tickMilliseconds(), paused);  // once
+        headless::close();
+    });
+    runViewerLoop();
+    EXPECT_EQ(idle, 2);
+    EXPECT_LT(before, 450u);  // a pump for each millisecond: no rest was made
+    EXPECT_GE(paused - before, 100u);
+    EXPECT_LE(paused - before, 141u);  // and the frame that was waited for
+}
+
 TEST_F(ViewerLoopTest, ARestIsATenthOfASecondOnce) {
     showAnimation(1, 1);
     viewerSession().restRequested = true;

@@ -60,6 +60,38 @@ TEST_F(WindowLayerTest, TheControlBarTakesItsRows) {
     EXPECT_EQ(event.value, 429 - 200);
 }
 
+TEST_F(WindowLayerTest, TheTimerHasThePeriodOfItsRate) {
+    EXPECT_EQ(headless::timerPeriod(), 0u);
+    ASSERT_TRUE(openViewerWindow("VisTel"));
+    EXPECT_EQ(headless::timerPeriod(), 1000u);
+    const std::pair<int, unsigned> rows[] = {{10, 100}, {3, 333}, {1, 1000}};
+    for (const auto& [rate, period] : rows) {
+        setTimerRate(rate);
+        EXPECT_EQ(headless::timerPeriod(), period);
+        setTimerRate(7);
+        setTimerRate(rate);
+        ASSERT_TRUE(openViewerWindow("again"));  // it is started anew, at the same rate
+        EXPECT_EQ(headless::timerPeriod(), period);
+    }
+}
+
+TEST_F(WindowLayerTest, ARateThatIsSetFirstIsThatOfTheWindow) {
+    setTimerRate(10);
+    EXPECT_EQ(headless::timerPeriod(), 0u);
+    ASSERT_TRUE(openViewerWindow("VisTel"));
+    EXPECT_EQ(headless::timerPeriod(), 100u);
+}
+
+TEST_F(WindowLayerTest, ThePlacementSaysWhetherThereIsABorder) {
+    ASSERT_TRUE(openViewerWindow("VisTel"));
+    EXPECT_TRUE(headless::windowHasBorder());
+    clearPreferredPosition();
+    applyPendingPlacement();
+    EXPECT_FALSE(headless::windowHasBorder());
+    ASSERT_TRUE(openViewerWindow("again"));
+    EXPECT_TRUE(headless::windowHasBorder());
+}
+
 TEST_F(WindowLayerTest, DeviceValuesOfSeveralCodesAtOnce) {
     ASSERT_TRUE(openViewerWindow("VisTel"));
     headless::press('A');
@@ -105,6 +137,37 @@ TEST_F(WindowLayerTest, ColourIndicesAreRedBlackWhite) {
         clearDrawing();
         swapDrawing();
         EXPECT_EQ(headless::visibleImage().at(5, 5), expected) << index;
+    }
+}
+
+TEST_F(WindowLayerTest, APixelRectangleTakesItsRowsAtTheRowLength) {
+    ASSERT_TRUE(openViewerWindow("VisTel"));
+    ASSERT_TRUE(createDrawing());
+    setDoubleBuffer(true);
+    uint32_t pixels[6 * 4];
+    for (uint32_t i = 0; i < 24; ++i) pixels[i] = 0xFF000000u | (i + 1);
+    struct Row {
+        int which, length;  // of the setter
+        uint32_t expected[2][3];
+    };
+    const Row rows[] = {
+        {1, 0, {{1, 2, 3}, {4, 5, 6}}},                                  // as wide as the rectangle
+        {1, 6, {{1, 2, 3}, {7, 8, 9}}}, {2, 0, {{1, 2, 3}, {7, 8, 9}}},  // nothing set
+        {1, 4, {{1, 2, 3}, {5, 6, 7}}}, {1, 0, {{1, 2, 3}, {4, 5, 6}}},
+    };
+    for (const Row& row : rows) {
+        setColourIndex(2);
+        clearDrawing();
+        setUnpackRowLength(row.which, row.length);
+        drawPixelRectangle(10, 20, 12, 21, pixels);
+        swapDrawing();
+        const headless::Image& image = headless::visibleImage();
+        for (int y = 0; y < 2; ++y)
+            for (int x = 0; x < 3; ++x)
+                EXPECT_EQ(image.at(10 + x, 20 + y), 0xFF000000u | row.expected[y][x])
+                    << row.length << ": " << x << "," << y;
+        for (const auto& [x, y] : {std::pair{9, 20}, {13, 20}, {10, 19}, {10, 22}})
+            EXPECT_EQ(image.at(x, y), 0xFF000000u);
     }
 }
 
