@@ -1,6 +1,7 @@
 #include "app/run.h"
 
 #include "app/session.h"
+#include "host/image_plugins.h"
 #include "platform/dialogs.h"
 #include "platform/files.h"
 #include "platform/menu.h"
@@ -21,6 +22,7 @@ bool standardInputIsConsole() { return platform::isCharacterDevice(standardInput
 
 StartUpServices joinedServices() {
     StartUpServices services;
+    services.loadPlugins = loadAllPXFPlugins;
     services.openSource = openImageSource;
     services.reopenSource = reopenSource;
     services.discover = discoverNumberedFiles;

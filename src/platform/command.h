@@ -7,24 +7,28 @@
 #include <optional>
 #include <string>
 
+#include "platform/process.h"
+
 namespace vistel::platform {
 
 // A command that was started and has not been collected yet.
 struct Command {
     FILE* stream = nullptr;  // our end of the pipe
-    intptr_t process = 0;    // what the system knows it by; 0: it does not, the command has ended
+    intptr_t process = 0;    // what the system knows it by; 0: it has ended; -1: not known
     bool reading = false;    // our end is the one that is read
 };
 
 // Starts the command; false when that is not possible. Safe on every thread, one call at a time.
-[[nodiscard]] bool startCommand(const std::string& text, bool reading, Command& command);
+[[nodiscard]] bool startCommand(const std::string& text, bool reading, CommandErrors errors,
+                                Command& command);
 
 // Closes our end, so that whoever writes into it is told, and whoever reads finds the end. Once per
 // command.
 void hangUp(Command& command);
 
 // The exit status (-1 when it did not end normally) of a command that ends within this time; with
-// it everything the system kept for the command is given back. Only after hangUp.
+// it everything the system kept for the command is given back. One that is not known is not waited
+// for (-1). Only after hangUp.
 std::optional<int> collect(Command& command, unsigned milliseconds);
 
 // Tells the command and whatever it started to end; `force` leaves them no choice.

@@ -1,5 +1,6 @@
 // The commands that were started and not collected yet. Nobody has to wait for one that takes its
-// time or never ends: it lingers without a pipe until it is seen to have ended.
+// time or never ends: it lingers without a pipe until it is seen to have ended. One that was
+// released is the user's and is never ended; one that was abandoned always is.
 #include <algorithm>
 #include <chrono>
 #include <list>
@@ -16,16 +17,19 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// Commands beyond so many that linger are ended, the oldest first.
-constexpr size_t mostLingering = 8;
+// When so many released commands linger, the next one has to wait for its turn.
+constexpr ptrdiff_t mostLingering = 8;
 // A command that was told to end and has not after this time is made to.
 constexpr std::chrono::seconds patience{1};
-// How long the end of the program waits for commands that are about to end by themselves.
+// How long the end of the program waits for commands that were told to end.
 constexpr std::chrono::milliseconds lastPatience{500};
+
+enum class Leaving { released, abandoned };
 
 struct Lingering {
     Command command;
-    std::optional<Clock::time_point> told;  // when it was told to end
+    Leaving leaving;
+    Clock::time_point since;
 };
 
 class Commands {
@@ -35,15 +39,17 @@ class Commands {
     Commands(const Commands&) = delete;
     Commands& operator=(const Commands&) = delete;
 
-    FILE* start(const std::string& text, bool reading);
+    FILE* start(const std::string& text, bool reading, CommandErrors errors);
     // The command behind a stream, which then is the caller's.
     std::optional<Command> take(FILE* stream);
+    // Whether no more released commands should linger.
+    bool full();
     // Takes a command that was hung up.
-    void linger(const Command& command, bool tell);
+    void linger(const Command& command, Leaving leaving);
 
  private:
     void collectEnded();
-    static void tell(Lingering& entry);
+    void endAbandoned();
 
     std::mutex mutex_;
     std::map<FILE*, Command> byStream_;
@@ -55,25 +61,21 @@ Commands& commands() {
     return all;
 }
 
-void Commands::tell(Lingering& entry) {
-    endWithDescendants(entry.command, false);
-    entry.told = Clock::now();
-}
-
 void Commands::collectEnded() {
     std::erase_if(lingering_,
                   [](Lingering& entry) { return collect(entry.command, 0).has_value(); });
     const Clock::time_point now = Clock::now();
-    for (Lingering& entry : lingering_)
-        if (entry.told && now - *entry.told > patience) endWithDescendants(entry.command, true);
+    for (const Lingering& entry : lingering_)
+        if (entry.leaving == Leaving::abandoned && now - entry.since > patience)
+            endWithDescendants(entry.command, true);
 }
 
-FILE* Commands::start(const std::string& text, bool reading) {
+FILE* Commands::start(const std::string& text, bool reading, CommandErrors errors) {
     const std::lock_guard lock(mutex_);
     collectEnded();
     std::map<FILE*, Command> started;
     Command& command = started[nullptr];  // whatever memory it takes is there before it runs
-    if (!startCommand(text, reading, command)) return nullptr;
+    if (!startCommand(text, reading, errors, command)) return nullptr;
     command.reading = reading;
     FILE* stream = command.stream;
     byStream_.erase(stream);  // of one that was closed as if it were a file
@@ -92,37 +94,49 @@ std::optional<Command> Commands::take(FILE* stream) {
     return command;
 }
 
-// Without memory for it a command ends when it likes, and is collected with the program.
-void Commands::linger(const Command& command, bool tellIt) try {
+bool Commands::full() {
     const std::lock_guard lock(mutex_);
-    lingering_.push_back({command, {}});
-    if (tellIt) tell(lingering_.back());
     collectEnded();
-    if (lingering_.size() <= mostLingering) return;
-    const auto oldest = std::find_if(lingering_.begin(), lingering_.end(),
-                                     [](const Lingering& entry) { return !entry.told; });
-    if (oldest != lingering_.end()) tell(*oldest);
+    return mostLingering <=
+           std::count_if(lingering_.begin(), lingering_.end(),
+                         [](const Lingering& entry) { return entry.leaving == Leaving::released; });
+}
+
+// Without memory for it a command ends when it likes, and is collected with the program.
+void Commands::linger(const Command& command, Leaving leaving) try {
+    const std::lock_guard lock(mutex_);
+    if (leaving == Leaving::abandoned) endWithDescendants(command, false);
+    lingering_.push_back({command, leaving, Clock::now()});
+    collectEnded();
 } catch (const std::bad_alloc&) {
 }
 
-// A command may still have to finish what it does after its picture. One that does not come to an
-// end is not left behind.
-Commands::~Commands() {
-    // Whoever was still to read them has gone. Their streams may be closed already.
+// None of the abandoned is left behind, and those whose reader has gone without a word are told to
+// end (their streams may be closed already). What was released goes on by itself.
+void Commands::endAbandoned() {
+    std::erase_if(lingering_,
+                  [](const Lingering& entry) { return entry.leaving == Leaving::released; });
     for (const auto& [stream, command] : byStream_)
         if (command.reading) endWithDescendants(command, false);
     const Clock::time_point end = Clock::now() + lastPatience;
-    while (!lingering_.empty() && Clock::now() < end) {
-        if (collect(lingering_.front().command, 1)) lingering_.pop_front();
+    for (Lingering& entry : lingering_) {
+        bool ended = collect(entry.command, 0).has_value();
+        while (!ended && Clock::now() < end) ended = collect(entry.command, 1).has_value();
+        if (!ended) endWithDescendants(entry.command, true);
     }
-    for (const Lingering& entry : lingering_)
-        endWithDescendants(entry.command, entry.told.has_value());
+}
+
+Commands::~Commands() {
+    try {
+        endAbandoned();
+    } catch (const std::bad_alloc&) {  // without memory nobody can be told
+    }
 }
 
 }  // namespace
 
-FILE* openPipe(const std::string& command, const char* mode) {
-    return commands().start(command, mode[0] == 'r');
+FILE* openPipe(const std::string& command, const char* mode, CommandErrors errors) {
+    return commands().start(command, mode[0] == 'r', errors);
 }
 
 int closePipe(FILE* pipe) {
@@ -136,23 +150,26 @@ int closePipe(FILE* pipe, const std::function<bool()>& goOn) {
     for (;;) {
         if (const std::optional<int> status = collect(*command, 1)) return *status;
         if (goOn()) continue;
-        commands().linger(*command, true);
+        commands().linger(*command, Leaving::abandoned);
         return -1;
     }
 }
 
-void releasePipe(FILE* pipe) {
+void releasePipe(FILE* pipe, const std::function<bool()>& goOn) {
     std::optional<Command> command = commands().take(pipe);
     if (!command) return;
     hangUp(*command);
-    if (!collect(*command, 0)) commands().linger(*command, false);
+    if (collect(*command, 0)) return;
+    while (goOn && commands().full() && goOn())
+        if (collect(*command, 1)) return;
+    commands().linger(*command, Leaving::released);
 }
 
 void abandonPipe(FILE* pipe) {
     std::optional<Command> command = commands().take(pipe);
     if (!command) return;
     hangUp(*command);
-    if (!collect(*command, 0)) commands().linger(*command, true);
+    if (!collect(*command, 0)) commands().linger(*command, Leaving::abandoned);
 }
 
 }  // namespace vistel::platform

@@ -8,21 +8,28 @@
 
 namespace vistel::platform {
 
+// What a command prints to standard error: it goes where ours goes, or nowhere.
+enum class CommandErrors { shown, dropped };
+
 // Starts a command through the command interpreter with a pipe to its standard output (mode "r") or
 // standard input (mode "w"), binary. Null with errno set when no interpreter could be started. Safe
 // on every thread. To be ended by one of the four functions below.
-[[nodiscard]] FILE* openPipe(const std::string& command, const char* mode);
+[[nodiscard]] FILE* openPipe(const std::string& command, const char* mode,
+                             CommandErrors errors = CommandErrors::shown);
 
 // Waits for the command and returns its exit status (-1 when it did not end normally).
 int closePipe(FILE* pipe);
 // The same, but `goOn` is asked about every millisecond; false abandons the command (-1).
 int closePipe(FILE* pipe, const std::function<bool()>& goOn);
 
-// Closes our end and does not wait: what the command still writes fails, what it still does it may
-// do. A few commands may linger so; those that do not end are ended before the program does.
-void releasePipe(FILE* pipe);
+// Closes our end: what the command still writes fails, what it still does it may do, even when the
+// program ends before it. Does not wait for it, unless so many linger already that one of them has
+// to end first: `goOn` then is asked about every millisecond, false ends that wait (none: never
+// waits).
+void releasePipe(FILE* pipe, const std::function<bool()>& goOn = {});
 
-// Closes our end and ends the command with everything it has started. Does not wait.
+// Closes our end and ends the command with everything it has started, with force when it has not
+// ended after some time or when the program ends. Does not wait.
 void abandonPipe(FILE* pipe);
 
 // The command that runs one program with one argument (and further words as they are) through the
@@ -30,6 +37,8 @@ void abandonPipe(FILE* pipe);
 // are taken literally.
 std::string quotedCommand(const std::string& program, const std::string& argument,
                           const std::string& furtherWords);
+// The same without any word.
+std::string quotedCommand(const std::string& program);
 // The same with words of ours (options) before the argument, as they are.
 std::string quotedCommand(const std::string& program, const std::string& leadingWords,
                           const std::string& argument, const std::string& furtherWords);

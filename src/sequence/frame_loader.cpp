@@ -11,6 +11,7 @@
 #include "iff/result_codes.h"
 #include "iff/with_memory.h"
 #include "platform/clock.h"
+#include "sequence/converted_files.h"
 #include "sequence/form_reader.h"
 #include "sequence/read_ahead.h"
 #include "sequence/source_choice.h"
@@ -59,9 +60,7 @@ int nothingOpened(const ChosenSource& source) {
                                                       : opened.complaint);
 }
 
-int noSuchForm() {
-    return failed(iffNotIff, formatMessage("s_VistelStrings.rVTNoImage", {lastFrame.name}));
-}
+int noSuchForm() { return failed(iffNotIff, messageText("s_VistelStrings.rVTNoImage")); }
 
 // A command that has closed its output has as good as ended.
 class LastMoments {
@@ -75,21 +74,44 @@ class LastMoments {
     uint32_t begin_ = platform::tickMilliseconds();
 };
 
-int readStream(ChosenSource& source, int number, FrameStore& frame) {
-    source.connect();
-    if (!source.file) return nothingOpened(source);
-    bool found = false;
+bool mayGoOn() { return keepGoing(nullptr); }
+
+int readOpened(ChosenSource& source, int number, FrameStore& frame, bool& found) {
     const int result = readForm(loadRequest(source.file), number, frame, found);
     int exitStatus = 0;
     if (result == iffAborted)
         source.abandon();
     else if (found || result != iffBrokenPipe)
-        source.release();
+        source.release(mayGoOn);
     else
         exitStatus = source.close(LastMoments());
     if (!found && result == iffBrokenPipe && exitStatus != 0) return noSuchForm();
     if (result != iffOk) return failed(result, errorText(result));
     return found ? iffOk : noSuchForm();
+}
+
+// A file that its converter cannot read is told of once and not converted again before it changes:
+// playing comes by it over and over.
+std::optional<FailedReading> knownFailure(const ChosenSource& source) {
+    if (source.opened.reader == SourceReader::direct || source.oneFile) return std::nullopt;
+    const auto stamp = platform::fileStamp(source.file);
+    return stamp ? convertedFiles().failure(source.opened.located, *stamp) : std::nullopt;
+}
+
+void rememberFailure(const ChosenSource& source, int code) {
+    const auto& stamp = source.opened.convertedAs;
+    if (!stamp || source.oneFile || code == iffAborted || code == iffNoMemory) return;
+    convertedFiles().remember(source.opened.located, *stamp, FailedReading{code, lastFrame.reason});
+}
+
+int readStream(ChosenSource& source, int number, FrameStore& frame) {
+    if (const auto failure = knownFailure(source)) return failed(failure->code, failure->reason);
+    source.connect();
+    if (!source.file) return nothingOpened(source);
+    bool found = false;
+    const int code = readOpened(source, number, frame, found);
+    if (!found) rememberFailure(source, code);
+    return code;
 }
 
 // --- read ahead ----------------------------------------------------------------------------------
@@ -130,8 +152,9 @@ ImageLoadRequest loadRequest(FILE* stream) {
     return request;
 }
 
-static int readAgain(FrameStore& frame) {
+static int readAgain(FrameStore& frame, Retry retry) {
     ChosenSource source = chooseSource(currentSource);
+    if (retry == Retry::asked) convertedFiles().forget(source.opened.located);
     lastFrame = {source.name, {}};
     if (!source.file) return nothingOpened(source);
     if (!source.oneFile) return readFrameFile(source, frame);
@@ -142,10 +165,10 @@ static int readAgain(FrameStore& frame) {
     return readStream(source, viewerState.currentFrame, frame);
 }
 
-int readFrameAgain(FrameStore& frame) {
+int readFrameAgain(FrameStore& frame, Retry retry) {
     const RereadMark mark;
     lastFrame.reason.clear();
-    const int code = withMemory([&] { return readAgain(frame); });
+    const int code = withMemory([&] { return readAgain(frame, retry); });
     if (code != iffNoMemory || !lastFrame.reason.empty()) return code;
     return withMemory([] { return failed(iffNoMemory, errorText(iffNoMemory)); });
 }
@@ -168,6 +191,9 @@ void FramesAhead::expect(std::span<const int> frames) try {
 Tstring lastFrameName() { return lastFrame.name; }
 Tstring lastFrameReason() { return lastFrame.reason; }
 
-void setCurrentSource(const Tstring& name) { currentSource = name; }
+void setCurrentSource(const Tstring& name) {
+    currentSource = name;
+    convertedFiles().forget();
+}
 
 }  // namespace vistel

@@ -25,10 +25,13 @@ struct LoaderHooks {
 };
 inline LoaderHooks loaderHooks;
 
+// Whether a file that its converter could not read is converted again although it has not changed.
+enum class Retry { never, asked };
+
 // Reads the frame viewerState.currentFrame of the current source again, without reports on success.
 // Returns 0 and fills `frame`, or the negative code (iffNotIff when there is no such frame).
 // `frame` then is unchanged, or holds the part of a damaged frame that could be read.
-[[nodiscard]] int readFrameAgain(FrameStore& frame);
+[[nodiscard]] int readFrameAgain(FrameStore& frame, Retry retry = Retry::never);
 
 // While one of these lives, frames that readFrameAgain is expected to be asked for are read ahead
 // by threads of the loader's own. At most one at a time.

@@ -8,7 +8,9 @@
 #include "host/messages.h"
 #include "iff/result_codes.h"
 #include "iff/with_memory.h"
+#include "platform/clock.h"
 #include "platform/files.h"
+#include "platform/window.h"
 #include "sequence/frame_loader.h"
 #include "sequence/frame_name.h"
 #include "sequence/frame_sequence.h"
@@ -25,7 +27,8 @@ int reportNothingOpened(const ChosenSource& source) {
     const OpenedSource& opened = source.opened;
     if (source.notFoundTold || viewerState.sourceOpened || viewerState.rereading) return iffNotIff;
     if (!opened.complaint.empty()) {
-        print(opened.complaint);
+        const Tstring file = opened.located.empty() ? Tstring() : opened.located + ": ";
+        print(file + opened.complaint);
         return iffNotIff;
     }
     const Tstring base = source.name.substr(baseNameStart(source.name));
@@ -90,9 +93,30 @@ bool holdsNoImage(const FullPass& pass, int result) {
 }
 
 // A command is named as the user wrote it.
-int reportNoImage(const FullPass& pass, const Tstring& name) {
-    print(formatMessage("s_VistelStrings.rVTNoImage", {namesCommand(name) ? name : pass.name}));
+const Tstring& shownName(const ChosenSource& source, const Tstring& name) {
+    return namesCommand(name) ? name : source.name;
+}
+
+int reportNoImage(const Tstring& name) {
+    print(name + ": " + messageText("s_VistelStrings.rVTNoImage"));
     return iffNotIff;
+}
+
+bool mayGoOn() { return !loaderHooks.keepGoing || loaderHooks.keepGoing(); }
+
+// Waits until a command has something to say. As long as there is no window a terminal tells what
+// is waited for. False when the user does not want to wait.
+bool awaitCommand(const ChosenSource& source, const Tstring& name) {
+    constexpr uint32_t patience = 2000;  // milliseconds
+    const uint32_t begin = platform::tickMilliseconds();
+    bool told = !platform::isTerminal(2);
+    while (platform::awaitBytes(source.file, 1) == 0) {
+        if (!mayGoOn()) return false;
+        if (told || platform::windowExists()) continue;
+        told = platform::tickMilliseconds() - begin >= patience;
+        if (told) print(formatMessage("s_VistelStrings.rVTWaiting", {name}));
+    }
+    return true;
 }
 
 }  // namespace
@@ -105,10 +129,12 @@ static int openSource(const Tstring& name) {
     if (!source.file) return reportNothingOpened(source);
     viewerState.sourceOpened = 1;
     FullPass pass{source.name, source.oneFile, isFile(source, name)};
-    const int result = readSource(source, pass);
+    const bool waited =
+        !source.opened.throughPipe() || awaitCommand(source, shownName(source, name));
+    const int result = waited ? readSource(source, pass) : int{iffAborted};
     // A command that the user stopped waiting for is ended; one that wrote its picture may go on.
-    result == iffAborted ? source.abandon() : source.release();
-    if (holdsNoImage(pass, result)) return reportNoImage(pass, name);
+    result == iffAborted ? source.abandon() : source.release(mayGoOn);
+    if (holdsNoImage(pass, result)) return reportNoImage(shownName(source, name));
     reportResult(pass, result);
     return result;
 }

@@ -10,6 +10,7 @@
 
 #include "iff/result_codes.h"
 #include "platform/process.h"
+#include "sequence/converted_files.h"
 #include "sequence/form_reader.h"
 #include "sequence/source_stream.h"
 
@@ -151,11 +152,34 @@ bool ReadAhead::readFrame(Job& job, FILE* stream) const {
     return readForm(request, 1, job.frame, found) == iffOk && found;
 }
 
+// One of the few conversions at once, waited for as long as the file is wanted.
+class ReadAhead::ConverterTurn {
+ public:
+    ConverterTurn(const ReadAhead& ahead, const Job& job) : count_(ahead.conversions_) {
+        while (!taken_ && ahead.isWanted(job)) {
+            int running = count_;
+            taken_ =
+                running < mostConversions && count_.compare_exchange_strong(running, running + 1);
+            if (!taken_) std::this_thread::sleep_for(waitPiece);
+        }
+    }
+    ~ConverterTurn() { count_ -= taken_; }
+    ConverterTurn(const ConverterTurn&) = delete;
+    ConverterTurn& operator=(const ConverterTurn&) = delete;
+    explicit operator bool() const { return taken_; }
+
+ private:
+    std::atomic<int>& count_;
+    bool taken_ = false;
+};
+
 // The frame that the file's converter brings, if that ends well.
 bool ReadAhead::convert(Job& job, SourceReader reader) const {
     const std::optional<std::string> program = converterProgram(reader);
-    if (!program) return false;
-    OpenedSource converted = openCommand(converterCommand(reader, *program, job.path));
+    const ConverterTurn turn(*this, job);
+    if (!program || !turn) return false;
+    OpenedSource converted =
+        openCommand(converterCommand(reader, *program, job.path), platform::CommandErrors::dropped);
     if (!converted.stream || !readFrame(job, converted.stream.file())) return false;
     return converted.stream.close([&] { return isWanted(job); }) == 0;
 }
@@ -170,6 +194,7 @@ bool ReadAhead::read(Job& job) const try {
     if (!stamp || stamp->size == 0 || platform::modifiedJustNow(*stamp)) return false;
     const SourceReader reader = readerOfFile(job.path, job.request.waitForWriter);
     const bool direct = reader == SourceReader::direct;
+    if (!direct && convertedFiles().failure(job.path, *stamp)) return false;
     if (!(direct ? readFrame(job, file.file()) : convert(job, reader))) return false;
     job.stamp = *stamp;
     return platform::fileStamp(file.file()) == stamp;

@@ -2,7 +2,8 @@
 // loader. Nothing else of the program sees them: a frame counts as read when it is taken, and only
 // what one reading at that moment would have brought as well is ever handed out. A file that cannot
 // be read to its end, or that has changed since, is left to whoever takes it. What needs a
-// converter is converted ahead, too.
+// converter is converted ahead, too, a few files at a time, and without a word: what the converter
+// has to say it says to whoever takes the frame.
 #pragma once
 
 #include <atomic>
@@ -61,6 +62,11 @@ class ReadAhead {
     };
     using Jobs = std::list<Job>;
 
+    // So many files are converted at once, however many threads there are: each takes a process
+    // and, in that, the memory for a picture.
+    static constexpr int mostConversions = 4;
+    class ConverterTurn;
+
     void work();
     Jobs::iterator nextQueued();
     bool isWanted(const Job& job) const { return !stopping_ && !job.dropped; }
@@ -73,6 +79,7 @@ class ReadAhead {
     std::mutex mutex_;
     std::condition_variable wanted_, finished_;
     Jobs jobs_;  // in the order in which they were wanted
+    mutable std::atomic<int> conversions_ = 0;
     std::atomic<bool> stopping_ = false;
     std::atomic<size_t> readSoFar_ = 0;
     size_t taken_ = 0;

@@ -255,9 +255,9 @@ int ChosenSource::close(const std::function<bool()>& goOn) {
     return opened.stream.close(goOn);
 }
 
-void ChosenSource::release() {
+void ChosenSource::release(const std::function<bool()>& goOn) {
     forgetOneFileStream(opened);
-    opened.stream.release();
+    opened.stream.release(goOn);
 }
 
 void ChosenSource::abandon() {

@@ -22,7 +22,7 @@ struct ChosenSource {
     void connect();
     // End what was opened for it (see SourceStream).
     int close(const std::function<bool()>& goOn);
-    void release();
+    void release(const std::function<bool()>& goOn = {});
     void abandon();
 };
 

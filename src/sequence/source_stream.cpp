@@ -7,6 +7,7 @@
 #include "iff/file_kind.h"
 #include "platform/files.h"
 #include "platform/process.h"
+#include "sequence/converted_files.h"
 #include "sequence/frame_sequence.h"
 
 namespace vistel {
@@ -15,6 +16,20 @@ namespace {
 
 constexpr const char* imageConverter = "pixconv";
 constexpr const char* olderConverter = "rasconv";
+
+// Every other kind is the image converter's.
+constexpr struct {
+    int kind;
+    SourceReader reader;
+} readers[] = {
+    {fileKindImage, SourceReader::direct},
+    {fileKindImageList, SourceReader::direct},
+    {fileKindContainer, SourceReader::direct},
+    {fileKindRaster1, SourceReader::olderConverter},
+    {fileKindRaster2, SourceReader::olderConverter},
+    {fileKindRaster3, SourceReader::olderConverter},
+    {fileKindOldRaster, SourceReader::olderConverter},
+};
 
 }  // namespace
 
@@ -34,10 +49,13 @@ int SourceStream::close(const std::function<bool()>& goOn) {
     return platform::closePipe(std::exchange(file_, nullptr), goOn);
 }
 
-void SourceStream::release() { end(platform::releasePipe); }
+void SourceStream::release(const std::function<bool()>& goOn) {
+    end([&](FILE* pipe) { platform::releasePipe(pipe, goOn); });
+}
+
 void SourceStream::abandon() { end(platform::abandonPipe); }
 
-void SourceStream::end(void (*endPipe)(FILE*)) {
+void SourceStream::end(const std::function<void(FILE*)>& endPipe) {
     FILE* file = std::exchange(file_, nullptr);
     if (!file) return;
     if (isPipe_)
@@ -47,19 +65,9 @@ void SourceStream::end(void (*endPipe)(FILE*)) {
 }
 
 SourceReader readerOfKind(int kind) {
-    switch (kind) {
-        case fileKindImage:
-        case fileKindImageList:
-        case fileKindContainer:
-            return SourceReader::direct;
-        case fileKindRaster1:
-        case fileKindRaster2:
-        case fileKindRaster3:
-        case fileKindOldRaster:
-            return SourceReader::olderConverter;
-        default:
-            return SourceReader::imageConverter;
-    }
+    for (const auto& entry : readers)
+        if (entry.kind == kind) return entry.reader;
+    return SourceReader::imageConverter;
 }
 
 const char* converterName(SourceReader reader) {
@@ -88,13 +96,18 @@ static void findConverter(OpenedSource& opened) {
         return;
     }
     opened.stream.release();
-    opened.complaint = formatMessage("s_VistelStrings.rVTConverterMissing",
-                                     {opened.located, converterName(opened.reader)});
+    opened.complaint =
+        formatMessage("s_VistelStrings.rVTConverterMissing", {converterName(opened.reader)});
 }
 
 void OpenedSource::connect() {
     if (reader == SourceReader::direct || !stream) return;
-    OpenedSource converted = openCommand(converterCommand(reader, program, located));
+    convertedAs = platform::fileStamp(stream.file());
+    const bool told = convertedAs && convertedFiles().contains(located, *convertedAs);
+    const auto errors = told ? platform::CommandErrors::dropped : platform::CommandErrors::shown;
+    OpenedSource converted = openCommand(converterCommand(reader, program, located), errors);
+    if (converted.stream && convertedAs && !told)
+        convertedFiles().remember(located, *convertedAs, std::nullopt);
     stream = std::move(converted.stream);
     systemError = converted.systemError;
     reader = SourceReader::direct;
@@ -113,7 +126,7 @@ OpenedSource openFrameFile(const Tstring& name, bool waitForWriter) {
     opened.located = located;
     if (status.size == 0 && !waitForWriter) {
         opened.stream.release();
-        opened.complaint = formatMessage("s_VistelStrings.rVTNoImage", {located});
+        opened.complaint = messageText("s_VistelStrings.rVTNoImage");
         return opened;
     }
     opened.reader = readerOfFile(located, waitForWriter);
@@ -121,9 +134,9 @@ OpenedSource openFrameFile(const Tstring& name, bool waitForWriter) {
     return opened;
 }
 
-OpenedSource openCommand(const std::string& command) {
+OpenedSource openCommand(const std::string& command, platform::CommandErrors errors) {
     OpenedSource opened;
-    opened.stream = SourceStream(platform::openPipe(command, "r"), true);
+    opened.stream = SourceStream(platform::openPipe(command, "r", errors), true);
     if (!opened.stream) opened.systemError = errno;
     return opened;
 }
@@ -134,7 +147,10 @@ OpenedSource openFrameCommand(const std::string& command, int frame) {
 }
 
 OpenedSource openTestOutput() {
-    return openCommand(platform::environmentVariable("VTTEST").value_or(imageConverter));
+    const std::string command = platform::environmentVariable("VTTEST").value_or("");
+    if (!command.empty()) return openCommand(command);
+    const std::optional<std::string> program = converterProgram(SourceReader::imageConverter);
+    return openCommand(program ? platform::quotedCommand(*program) : imageConverter);
 }
 
 OpenedSource openStandardInput() {

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "host/tstring.h"
+#include "platform/files.h"
 #include "platform/process.h"
 
 namespace vistel {
@@ -37,17 +38,17 @@ class SourceStream {
     FILE* file() const { return file_; }
     bool isPipe() const { return isPipe_; }
 
-    // One of the three ends it, the last two without waiting. The exit status of a command, waited
-    // for as long as `goOn` (asked every millisecond) wants, else -1; 0 for files and for nothing
-    // open.
+    // One of the three ends it. The exit status of a command, waited for as long as `goOn` (asked
+    // every millisecond) wants, else -1; 0 for files and for nothing open.
     int close(const std::function<bool()>& goOn);
-    // All that was wanted of it has been read: a command may still do what it does.
-    void release();
+    // All that was wanted of it has been read: a command may still do what it does. It is waited
+    // for only when too many do that already, and only with a `goOn`.
+    void release(const std::function<bool()>& goOn = {});
     // It is not wanted any more: a command is ended.
     void abandon();
 
  private:
-    void end(void (*endPipe)(FILE*));
+    void end(const std::function<void(FILE*)>& endPipe);
 
     FILE* file_ = nullptr;
     bool isPipe_ = false;
@@ -75,8 +76,10 @@ std::string converterCommand(SourceReader reader, const std::string& program,
 struct OpenedSource {
     SourceStream stream;
     int systemError = 0;  // errno when nothing could be opened
-    Tstring complaint;    // instead of it: a whole message that names the file
+    Tstring complaint;    // instead of it: a message, which does not name the located file
     Tstring located;      // path of the regular file that was found; empty for anything else
+    // Of the located file when its converter was started.
+    std::optional<platform::FileStamp> convertedAs;
     // A file that a converter must read first: the stream still is the file itself.
     SourceReader reader = SourceReader::direct;
     std::string program;  // of the converter
@@ -84,7 +87,7 @@ struct OpenedSource {
     // Whether what connect leaves behind is the output of a command.
     bool throughPipe() const { return stream.isPipe() || reader != SourceReader::direct; }
     // Starts the converter when one is needed: the stream becomes its output, or ends
-    // (systemError).
+    // (systemError). What it complains of is shown once for each file (ConvertedFiles).
     void connect();
 };
 
@@ -98,12 +101,14 @@ SourceReader readerOfFile(const std::string& located, bool waitForWriter);
 OpenedSource openFrameFile(const Tstring& name, bool waitForWriter);
 
 // The output of a command.
-OpenedSource openCommand(const std::string& command);
+OpenedSource openCommand(const std::string& command,
+                         platform::CommandErrors errors = platform::CommandErrors::shown);
 
 // A command of the user's, with the frame's number in the environment variable FRAME.
 OpenedSource openFrameCommand(const std::string& command, int frame);
 
-// The output of the command in the environment variable VTTEST, or of the image converter.
+// The output of the command in the environment variable VTTEST, or of the image converter, which is
+// called without a word.
 OpenedSource openTestOutput();
 
 // A stream on a duplicate of standard input; a complaint when that was closed by who started us.

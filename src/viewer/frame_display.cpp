@@ -40,11 +40,11 @@ void readFollowingAhead() {
     session.ahead->expect(frames);
 }
 
-FrameStore* readCurrentFrame(int& result) {
+FrameStore* readCurrentFrame(int& result, Retry retry = Retry::never) {
     viewerSession().readStarted = platform::tickMilliseconds();
     readFollowingAhead();
     FrameStore read;
-    result = readFrameAgain(read);
+    result = readFrameAgain(read, retry);
     if (result != iffOk && !read.hasPicture()) return nullptr;
     return &keepFrame(viewerState.currentFrame, std::move(read));
 }
@@ -60,7 +60,7 @@ bool reload() {
     if (!viewerSession().dragging.scrub)
         showMessageBand(messageText("s_VistelStrings.rVTReloadingImage"));
     int result = iffOk;
-    if (FrameStore* frame = readCurrentFrame(result))
+    if (FrameStore* frame = readCurrentFrame(result, Retry::asked))
         return show(*frame, SourceMark::disk, Refit::fitWindow);
     if (result == iffAborted) {  // a key did not want to wait
         restoreFrontImage();

@@ -139,17 +139,32 @@ void redrawPicture() {
     swapDrawing();
 }
 
-// A frame of a running animation that is still being written must not hold up the keys. The key
-// that reloads it repeats while it is held.
+// A key that acts on what is shown. The one that asked for the frame that is being read repeats
+// while it is held: frames that always take long must come nevertheless. It acts again when it has
+// been let go meanwhile; while playing no key has asked.
+class WaitingKey {
+ public:
+    bool operator()(const InputEvent& event) {
+        const bool arrow = event.code == keyLeftArrow || event.code == keyRightArrow;
+        if (!event.value) letGo_ |= arrow;
+        if (!event.value || event.code == EV_TIMER || event.code == EV_MOUSEX ||
+            event.code == EV_MOUSEY || event.code == 'U') {
+            return false;
+        }
+        return !arrow || letGo_ || viewerState.synchro || playing();
+    }
+
+ private:
+    bool letGo_ = false;
+};
+
+// A frame of a running animation that is still being written must not hold up the keys.
 bool keyWaitsTooLong() {
     if (!viewerState.viewerLoopRunning) return false;
     if (!viewerState.synchro && !viewerState.sourceIsPipe) return false;
     const uint32_t longest = viewerState.synchro ? longestKeyWait : longestCommandWait;
     if (platform::tickMilliseconds() - viewerSession().readStarted < longest) return false;
-    return windowContext().queue.any([](const InputEvent& event) {
-        return event.value && event.code != EV_TIMER && event.code != EV_MOUSEX &&
-               event.code != EV_MOUSEY && event.code != 'U';
-    });
+    return windowContext().queue.any(WaitingKey());
 }
 
 }  // namespace

@@ -268,11 +268,12 @@ class Program:
     """One run of the program."""
 
     def __init__(
-        self, system, arguments, folder, private, settings, stdin=None, environment=None
+        self, system, arguments, folder, private, settings, stdin=None, environment=None,
+        stderr=None,
     ):
         """`folder` is the current directory, `private` holds what the run writes to the console,
         `settings` what it keeps for the next one. `stdin`: a file object, None for a null device,
-        or "closed"."""
+        or "closed". `stderr`: a descriptor, None for a file that stderr() reads."""
         system.require_binary()
         self.system, self.desktop = system, system.desktop
         self.marker = f"{system.marker}-{uuid.uuid4().hex}"
@@ -289,7 +290,7 @@ class Program:
                 env=variables,
                 stdin=subprocess.DEVNULL if stdin is None else stdin,
                 stdout=out,
-                stderr=err,
+                stderr=err if stderr is None else stderr,
                 start_new_session=True,
             )
 

@@ -252,9 +252,14 @@ def command(system, options):
     return f"pipe:{system.emit_command()} {options}"
 
 
+def commands_left(program):
+    return [name for _, name in processes_marked(program.marker) if name.startswith("emit")]
+
+
 def assert_no_commands_left(program):
-    names = lambda: [n for _, n in processes_marked(program.marker) if n.startswith("emit")]
-    wait_until(lambda: not names(), 5, lambda: f"the end of {names()}")
+    wait_until(
+        lambda: not commands_left(program), 5, lambda: f"the end of {commands_left(program)}"
+    )
 
 
 FAILING = {
@@ -306,18 +311,70 @@ def test_a_command_that_has_written_its_image_and_stays_is_not_waited_for(system
     begin = time.monotonic()
     assert program.close() == 0
     assert time.monotonic() - begin < 5
+    time.sleep(1)
+    assert commands_left(program), "what it still does is the user's"
+
+
+def test_a_command_that_will_not_end_is_made_to(system, start, folder):
+    if system.name == "wine":
+        pytest.skip("there an end cannot be refused")
+    write(folder / "one", PICTURE)
+    program = start(f"pipe:trap '' TERM; {system.emit_command()} -w {LONG} one; echo")
+    interrupt(program)
+    assert program.wait_for_exit(10) == 0
     assert_no_commands_left(program)
 
 
+@pytest.mark.parametrize("options", ["-w 3500 one", "one"])
+def test_what_is_waited_for_is_told_on_a_terminal(system, start, folder, options):
+    if system.name == "wine":
+        pytest.skip("there is no terminal there")
+    write(folder / "one", PICTURE)
+    name = command(system, options)
+    master, slave = os.openpty()
+    try:
+        program = start(name, stderr=slave)
+        program.find(SHOWN)
+        assert program.close() == 0
+        os.set_blocking(master, False)
+        try:
+            told = os.read(master, 10_000).decode()
+        except BlockingIOError:
+            told = ""
+        line = f"waiting for {name} (Ctrl+C ends)\r\n"
+        assert told == (line if "-w" in options else "")
+    finally:
+        os.close(master)
+        os.close(slave)
+
+
+def test_frames_that_take_long_come_while_a_key_is_held(system, start, folder):
+    animation = Animation(1, 8).write(folder)
+    emit = command(system, f"-w 1700 shot.{system.frame_variable()}")
+    player = Player(start("-k", "0", "-n", "1", "8", "1", emit), animation)
+    rest_on_first(player, 2.5)
+    player.desktop.press("Right")
+    assert player.record(4) == [1, 2, 3, 4]
+    player.desktop.release("Right")
+
+
+def test_a_frame_that_is_no_picture_is_told_with_its_name_once(start, folder):
+    animation = Animation(1, 3).write(folder)
+    (folder / "shot.2").write_bytes(b"")
+    program = start("-n", "1", "3", "1", "shot")
+    rest_on_first(Player(program, animation))
+    assert program.stderr() == "Frame 2 is left out: shot.2: no image found\n"
+    assert program.close() == 0
+
+
 def test_commands_that_stay_do_not_hold_up_an_animation(system, start, folder):
-    animation = Animation(1, 12).write(folder)
+    animation = Animation(1, 7).write(folder)
     options = f"-s {LONG} shot.{system.frame_variable()}"
-    program = start("-n", "1", "12", "1", command(system, options))
+    program = start("-n", "1", "7", "1", command(system, options))
     player = Player(program, animation)
     rest_on_first(player, 1.5)
     player.step("Right", 2)
     assert program.close() == 0
-    assert_no_commands_left(program)
 
 
 def stalling_at_second_frame(system, start, folder, *options):

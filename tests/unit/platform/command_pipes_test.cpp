@@ -90,18 +90,59 @@ TEST(CommandPipes, AReleasedCommandMayFinish) {
     EXPECT_TRUE(appears(folder.path("late"), milliseconds(20'000)));
 }
 
-TEST(CommandPipes, OnlyAFewReleasedCommandsLinger) {
+TEST(CommandPipes, ReleasedCommandsAreNeverEndedHoweverManyTheyAre) {
     const TemporaryFolder folder;
     constexpr int all = 12;
     const auto name = [&](int i) { return folder.path("late" + std::to_string(i)); };
     for (int i = 0; i < all; ++i) {
-        FILE* pipe = openPipe(lateFile("4000", name(i)), "r");
+        FILE* pipe = openPipe(lateFile("3000", name(i)), "r");
         ASSERT_TRUE(pipe);
         releasePipe(pipe);
     }
-    EXPECT_TRUE(appears(name(all - 1), milliseconds(20'000)));
-    std::this_thread::sleep_for(milliseconds(300));
-    for (int i = 0; i < all; ++i) EXPECT_EQ(fileExists(name(i)), i >= 4) << i;
+    for (int i = 0; i < all; ++i) EXPECT_TRUE(appears(name(i), milliseconds(20'000))) << i;
+}
+
+TEST(CommandPipes, OnlyAFewReleasedCommandsLingerUnlessTheUserGoesOn) {
+    const TemporaryFolder folder;
+    constexpr int few = 8;
+    const auto name = [&](int i) { return folder.path("late" + std::to_string(i)); };
+    const auto release = [&](int i, const char* time, const std::function<bool()>& goOn) {
+        FILE* pipe = openPipe(lateFile(time, name(i)), "r");
+        ASSERT_TRUE(pipe);
+        releasePipe(pipe, goOn);
+    };
+    // Whatever other tests have left behind must have ended.
+    std::this_thread::sleep_for(milliseconds(500));
+    int asked = 0;
+    for (int i = 0; i < few; ++i) release(i, i == 0 ? "6000" : "9000", [&] { return ++asked > 0; });
+    EXPECT_EQ(asked, 0);
+    release(few, "9000", [&] { return ++asked < 20; });  // goes on without an end
+    EXPECT_EQ(asked, 20);
+    EXPECT_FALSE(fileExists(name(0)));
+    release(few + 1, "9000", [&] { return ++asked > 0; });
+    EXPECT_GT(asked, 40);
+    EXPECT_TRUE(fileExists(name(0)));
+    for (int i = 0; i < few + 2; ++i) EXPECT_TRUE(appears(name(i), milliseconds(20'000))) << i;
+}
+
+TEST(CommandPipes, WhatACommandPrintsToStandardErrorCanBeDropped) {
+    const std::string text = command("complain", "\"two words\"");
+    const struct {
+        CommandErrors errors;
+        const char* printed;
+    } rows[] = {{CommandErrors::shown, "two words\n"}, {CommandErrors::dropped, ""}};
+    for (const auto& row : rows) {
+        testing::internal::CaptureStderr();
+        FILE* pipe = openPipe(text, "r", row.errors);
+        ASSERT_TRUE(pipe);
+        char line[64] = {};
+        EXPECT_TRUE(std::fgets(line, sizeof line, pipe));
+        EXPECT_STREQ(line, "two words\n");  // also to its output
+        EXPECT_EQ(closePipe(pipe), 4);
+        std::string printed = testing::internal::GetCapturedStderr();
+        std::erase(printed, '\r');
+        EXPECT_EQ(printed, row.printed);
+    }
 }
 
 TEST(CommandPipes, WhoWaitsForTheEndCanLeave) {

@@ -30,6 +30,9 @@ void print(const std::string& bytes) {
     if (const platform::FilePtr count{platform::openFile(name + ".count", "a")})
         std::fputc('1', count.get());
     const std::string task = bytes.substr(0, 4), rest = bytes.substr(4);
+    if (task == convert::andComplain || task == convert::notBut)
+        std::fprintf(stderr, "%s\n", convert::complaint);
+    if (task == convert::notBut) leave(3);
     print(task == convert::halfAndStall ? rest.substr(0, rest.size() / 2) : rest);
     if (task == convert::halfAndStall || task == convert::andStay) stay();
     leave(task == convert::andFail ? 3 : 0);
@@ -41,6 +44,10 @@ class ChildRun : public testing::Environment {
     void SetUp() override {
         platform::setBinaryFileMode();
         const std::vector<std::string> words = testing::internal::GetArgvs();
+        if (role_ == "chart" && words.size() == 1) {
+            print(role_);
+            leave(0);
+        }
         if (role_ == "fail" || words.size() < 3) leave(3);
         std::string name = words[words.size() - 2];
         if (role_ == "frame") name += "." + platform::environmentVariable("FRAME").value_or("none");
@@ -78,7 +85,7 @@ int conversions(const fs::path& file) {
 }
 
 std::string childProgram(ChildRole role) {
-    const char* const names[] = {"print", "frame", "fail", "convert"};
+    const char* const names[] = {"print", "frame", "fail", "convert", "chart"};
     platform::setEnvironmentVariable(roleVariable, names[static_cast<int>(role)]);
     return platform::programPath();
 }

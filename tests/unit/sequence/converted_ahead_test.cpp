@@ -5,6 +5,7 @@
 #include <thread>
 #include <vector>
 
+#include "host/messages.h"
 #include "iff/result_codes.h"
 #include "sequence/read_ahead.h"
 #include "sequence_fixture.h"
@@ -144,6 +145,105 @@ TEST_F(ConvertedAhead, NobodyWaitsForAConverterThatIsNotWantedAnyMore) {
         ahead.want(path(name(1)), {});
     }
     EXPECT_LT(Clock::now() - begin, std::chrono::seconds(20));
+}
+
+TEST_F(ConvertedAhead, OnlyAFewFilesAreConvertedAtOnce) {
+    constexpr int files = 8, most = 4;
+    for (int frame = 1; frame <= files; ++frame) writeFrame(frame, convert::halfAndStall);
+    ReadAhead ahead(files);
+    for (int frame = 1; frame <= files; ++frame) ahead.want(path(name(frame)), {});
+    const auto running = [&] {
+        int sum = 0;
+        for (int frame = 1; frame <= files; ++frame) sum += conversionsOf(frame);
+        return sum;
+    };
+    while (running() < most) std::this_thread::yield();
+    std::this_thread::sleep_for(std::chrono::milliseconds(700));
+    EXPECT_EQ(running(), most);
+}
+
+size_t complaints(const std::string& printed) {
+    size_t count = 0;
+    for (size_t at = 0; (at = printed.find(convert::complaint, at)) != std::string::npos; ++at)
+        ++count;
+    return count;
+}
+
+TEST_F(ConvertedAhead, AConverterComplainsOnceOfEachFile) {
+    for (int frame = 1; frame <= 6; ++frame)
+        writeFrame(frame, frame % 2 ? convert::well : convert::notBut);
+    for (const char* threads : {"0", "3"}) {
+        setCurrentSource("shot");  // all is new
+        testing::internal::CaptureStderr();
+        for (int pass = 1; pass <= 3; ++pass) (void)readRange(6, threads);
+        EXPECT_EQ(complaints(testing::internal::GetCapturedStderr()), 3u) << threads << " threads";
+    }
+}
+
+class ConvertedAgain : public ConvertedAhead {
+ protected:
+    void SetUp() override {
+        ConvertedAhead::SetUp();
+        viewerState.currentFrame = 1;
+    }
+    int read(Retry retry = Retry::never) {
+        FrameStore store;
+        testing::internal::CaptureStderr();
+        const int code = readFrameAgain(store, retry);
+        complaints_ += complaints(testing::internal::GetCapturedStderr());
+        picture_ = store.hasPicture();
+        return code;
+    }
+    size_t complaints_ = 0;
+    bool picture_ = false;
+};
+
+TEST_F(ConvertedAgain, AFileThatFailedIsNotBeforeItChanges) {
+    writeFrame(1, convert::notBut);
+    for (int pass = 1; pass <= 3; ++pass) {
+        EXPECT_EQ(read(), iffNotIff);
+        EXPECT_EQ(lastFrameName(), "shot.1");
+        EXPECT_EQ(lastFrameReason(), messageText("s_VistelStrings.rVTNoImage"));
+    }
+    EXPECT_EQ(conversionsOf(1), 1);
+    EXPECT_EQ(complaints_, 1u);
+    writeFrame(1, convert::well, std::chrono::hours(2));
+    EXPECT_EQ(read(), iffOk);
+    EXPECT_TRUE(picture_);
+    EXPECT_EQ(conversionsOf(1), 2);
+}
+
+TEST_F(ConvertedAgain, AFileThatFailedIsWhenTheUserAsksForIt) {
+    writeFrame(1, convert::notBut);
+    EXPECT_EQ(read(), iffNotIff);
+    EXPECT_EQ(read(Retry::asked), iffNotIff);
+    EXPECT_EQ(conversionsOf(1), 2);
+    EXPECT_EQ(complaints_, 2u);
+}
+
+TEST_F(ConvertedAgain, AFileThatFailedIsForAnotherSource) {
+    writeFrame(1, convert::notBut);
+    EXPECT_EQ(read(), iffNotIff);
+    setCurrentSource("shot");
+    EXPECT_EQ(read(), iffNotIff);
+    EXPECT_EQ(conversionsOf(1), 2);
+}
+
+TEST_F(ConvertedAgain, AFileWithAPictureIsWithoutItsComplaint) {
+    writeFrame(1, convert::andComplain);
+    for (int pass = 1; pass <= 3; ++pass) {
+        EXPECT_EQ(read(), iffOk);
+        EXPECT_TRUE(picture_);
+    }
+    EXPECT_EQ(conversionsOf(1), 3);
+    EXPECT_EQ(complaints_, 1u);
+}
+
+// Another write may leave the same stamp.
+TEST_F(ConvertedAgain, AFileThatWasWrittenJustNowIs) {
+    writeFrame(1, convert::notBut, std::chrono::hours(0));
+    for (int pass = 1; pass <= 2; ++pass) EXPECT_EQ(read(), iffNotIff);
+    EXPECT_EQ(conversionsOf(1), 2);
 }
 
 TEST_F(ConvertedAhead, AMissingConverterIsLeftToWhoAsks) {

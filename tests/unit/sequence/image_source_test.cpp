@@ -138,9 +138,8 @@ TEST_F(Source, ANameOfTenThousandDigitsIsReported) {
 TEST_F(Source, AFileOfNoBytesIsReported) {
     write("empty.iff", "");
     EXPECT_EQ(open("empty.iff"), iffNotIff);
-    EXPECT_EQ(
-        errors_,
-        formatMessage("s_VistelStrings.rVTNoImage", {fromStartDirectory("empty.iff")}) + "\n");
+    const std::string file = fromStartDirectory("empty.iff");
+    EXPECT_EQ(errors_, file + ": " + messageText("s_VistelStrings.rVTNoImage") + "\n");
     EXPECT_TRUE(viewer.reds.empty());
 }
 
@@ -400,9 +399,8 @@ TEST_F(Source, ACommandRunsOncePerFrameWithItsNumber) {
 
 TEST_F(Source, ACommandThatFailsIsReported) {
     EXPECT_EQ(open("pipe:no_such_command_here"), iffNotIff);
-    EXPECT_TRUE(contains(
-        errors_, formatMessage("s_VistelStrings.rVTNoImage", {"pipe:no_such_command_here"})))
-        << errors_;
+    const std::string text = messageText("s_VistelStrings.rVTNoImage");
+    EXPECT_TRUE(contains(errors_, "pipe:no_such_command_here: " + text)) << errors_;
 }
 
 TEST_F(Source, ACommandThatWritesNothingHoldsNoImage) {
@@ -410,7 +408,7 @@ TEST_F(Source, ACommandThatWritesNothingHoldsNoImage) {
     const std::string program = childProgram(ChildRole::printFile);
     const Tstring name = "pipe:" + platform::quotedCommand(program, path("nothing"), "stdout");
     EXPECT_EQ(open(name), iffNotIff);
-    EXPECT_EQ(errors_, formatMessage("s_VistelStrings.rVTNoImage", {name}) + "\n");
+    EXPECT_EQ(errors_, name + ": " + messageText("s_VistelStrings.rVTNoImage") + "\n");
 }
 
 TEST_F(Source, AnEmptyCommandIsRefused) {

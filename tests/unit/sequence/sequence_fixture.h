@@ -94,7 +94,8 @@ inline bool contains(const std::string& text, const std::string& part) {
 
 // A command that runs this test program again as a converter or a user's command
 // (child_program.cpp).
-enum class ChildRole { printFile, printFrameFile, fail, convert };
+// `chart` prints its own name and takes no word.
+enum class ChildRole { printFile, printFrameFile, fail, convert, chart };
 std::string childProgram(ChildRole role);
 
 // A file for ChildRole::convert, which leaves out the first word and does as that says.
@@ -103,7 +104,10 @@ namespace convert {
 constexpr const char* well = "GOOD";
 constexpr const char* andFail = "FAIL";
 constexpr const char* halfAndStall = "HALF";
-constexpr const char* andStay = "STAY";  // writes all and does not end
+constexpr const char* andStay = "STAY";      // writes all and does not end
+constexpr const char* andComplain = "TELL";  // writes all, and "complaint" to standard error
+constexpr const char* notBut = "CRY!";       // only "complaint", and fails
+constexpr const char* complaint = "complaint";
 }  // namespace convert
 // How often the file was converted.
 int conversions(const fs::path& file);

@@ -79,10 +79,13 @@ TEST_F(SlowSources, APictureOfACommandThatDoesNotEndIsShown) {
     EXPECT_EQ(errors_, "");
 }
 
+// When many linger the user is asked whether to go on, and goes on.
 TEST_F(SlowSources, AFrameOfACommandThatDoesNotEndIsRead) {
-    patience = 20'000;
     setCurrentSource(commandThat(convert::andStay));
     for (int frame = 1; frame <= 12; ++frame) {
+        asked = 0;
+        patience = 3000;
+        loaderHooks.keepGoing = frame < 9 ? keepGoing : [] { return keepGoing() && asked < 500; };
         FrameStore store;
         EXPECT_EQ(readFrameAgain(store), iffOk);
         EXPECT_TRUE(store.hasPicture());

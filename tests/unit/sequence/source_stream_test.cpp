@@ -94,7 +94,7 @@ TEST_F(Streams, AMissingConverterIsNamedWithTheFile) {
     converterProgram = [](SourceReader) { return std::optional<std::string>(); };
     const OpenedSource opened = openFrameFile(path("x"), false);
     EXPECT_FALSE(opened.stream);
-    EXPECT_TRUE(contains(opened.complaint, path("x"))) << opened.complaint;
+    EXPECT_EQ(opened.located, path("x"));
     EXPECT_TRUE(contains(opened.complaint, "rasconv")) << opened.complaint;
 }
 
@@ -112,8 +112,8 @@ TEST_F(Streams, AFileOfNoBytesIsAFrameBeingWrittenOnlyWhenItIsWaitedFor) {
     EXPECT_TRUE(openFrameFile("empty.iff", true).stream);
     const OpenedSource opened = openFrameFile("empty.iff", false);
     EXPECT_FALSE(opened.stream);
-    EXPECT_EQ(opened.complaint,
-              formatMessage("s_VistelStrings.rVTNoImage", {fromStartDirectory("empty.iff")}));
+    EXPECT_EQ(opened.located, fromStartDirectory("empty.iff"));
+    EXPECT_EQ(opened.complaint, messageText("s_VistelStrings.rVTNoImage"));
 }
 
 // Only some systems have such names.
@@ -180,6 +180,20 @@ TEST_F(Streams, TheTestOutputIsThatOfTheNamedCommand) {
     ASSERT_TRUE(opened.stream);
     EXPECT_TRUE(opened.stream.isPipe());
     EXPECT_EQ(contents(opened.stream), "picture");
+}
+
+TEST_F(Streams, TheTestOutputIsElseThatOfTheConverterWhereverItIsInstalled) {
+    platform::setEnvironmentVariable("VTTEST", "");
+    const std::string search = platform::environmentVariable("PATH").value_or("");
+    platform::setEnvironmentVariable("PATH", path("nowhere"));
+    converterProgram = [](SourceReader reader) {
+        EXPECT_EQ(reader, SourceReader::imageConverter);
+        return std::optional<std::string>(childProgram(ChildRole::chart));
+    };
+    OpenedSource opened = openTestOutput();
+    EXPECT_EQ(contents(opened.stream), "chart");
+    EXPECT_EQ(closed(opened), 0);
+    platform::setEnvironmentVariable("PATH", search);
 }
 
 TEST_F(Streams, TheStandardStreamsAreNeverClosed) {

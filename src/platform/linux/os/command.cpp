@@ -49,9 +49,12 @@ struct SpawnSettings {
 
 // Starts the command with `end` as its descriptor `target`. posix_spawn copies no page tables,
 // which counts when gigabytes of frames are in memory.
-bool startShell(const std::string& command, int end, int target, pid_t& child) {
+bool startShell(const std::string& command, int end, int target, CommandErrors errors,
+                pid_t& child) {
     SpawnSettings settings;
     posix_spawn_file_actions_adddup2(&settings.files, end, target);
+    if (errors == CommandErrors::dropped)
+        posix_spawn_file_actions_addopen(&settings.files, 2, "/dev/null", O_WRONLY, 0);
     char shell[] = "sh", option[] = "-c";
     char* arguments[] = {shell, option, const_cast<char*>(command.c_str()), nullptr};
     const std::lock_guard lock(environmentLock());
@@ -106,7 +109,7 @@ std::vector<pid_t> familyOf(pid_t head) {
 
 }  // namespace
 
-bool startCommand(const std::string& text, bool reading, Command& command) {
+bool startCommand(const std::string& text, bool reading, CommandErrors errors, Command& command) {
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0) return false;
     const int ours = reading ? ends[0] : ends[1], theirs = reading ? ends[1] : ends[0];
@@ -114,7 +117,7 @@ bool startCommand(const std::string& text, bool reading, Command& command) {
     FILE* stream = fdopen(ours, reading ? "r" : "w");
     if (!stream) close(ours);
     pid_t child = 0;
-    const bool started = stream && startShell(text, theirs, reading ? 1 : 0, child);
+    const bool started = stream && startShell(text, theirs, reading ? 1 : 0, errors, child);
     const int error = errno;
     close(theirs);
     if (stream && !started) std::fclose(stream);

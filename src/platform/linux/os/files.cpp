@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <clocale>
+#include <cstdlib>
 #include <cstring>
 
 namespace vistel::platform {
@@ -123,6 +124,21 @@ int64_t streamPosition(FILE* stream) { return ftello(stream); }
 
 bool seekStream(FILE* stream, int64_t offset, int origin) {
     return fseeko(stream, static_cast<off_t>(offset), origin) == 0;
+}
+
+FILE* createFile(const std::string& name) { return std::fopen(name.c_str(), "w+xe"); }
+
+bool replaceFile(const std::string& from, const std::string& to) {
+    struct stat status {};
+    if (stat(to.c_str(), &status) == 0) (void)chmod(from.c_str(), status.st_mode & 0777);
+    return std::rename(from.c_str(), to.c_str()) == 0;
+}
+
+std::string followLinks(const std::string& name) {
+    struct stat status {};
+    if (lstat(name.c_str(), &status) != 0 || !S_ISLNK(status.st_mode)) return name;
+    const std::unique_ptr<char, void (*)(void*)> file(realpath(name.c_str(), nullptr), std::free);
+    return file ? file.get() : name;
 }
 
 bool fileExists(const std::string& name) {

@@ -33,6 +33,8 @@ std::string shellQuoted(const std::string& word) {
 
 }  // namespace
 
+std::string quotedCommand(const std::string& program) { return shellQuoted(program); }
+
 std::string quotedCommand(const std::string& program, const std::string& argument,
                           const std::string& furtherWords) {
     return quotedCommand(program, "", argument, furtherWords);

@@ -46,6 +46,7 @@ uint64_t startTime(HANDLE process) {
     return joined(start);
 }
 
+// Empty when the system does not tell: there is always at least this one.
 std::vector<PROCESSENTRY32> allProcesses() {
     std::vector<PROCESSENTRY32> all;
     const HANDLE list = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
@@ -58,28 +59,34 @@ std::vector<PROCESSENTRY32> allProcesses() {
     return all;
 }
 
-std::string interpreterName() {
-    const std::string path = environmentVariable("COMSPEC").value_or("cmd.exe");
-    return path.substr(path.find_last_of("\\/:") + 1);
-}
+constexpr intptr_t unknownProcess = -1;
 
-// The run-time library starts a command without telling which process it is: the command
-// interpreter that this program has started last, since the given time. It may have ended already;
-// then nothing is found.
-Handle interpreterStartedSince(uint64_t since) try {
-    const std::string name = interpreterName();
+// The run-time library starts a command without telling which process it is: the one that this
+// program has started last, since the given time; commands are started one at a time. It may have
+// ended already, then there is none (0).
+intptr_t processStartedSince(uint64_t since) try {
+    const std::vector<PROCESSENTRY32> all = allProcesses();
     Handle newest;
-    for (const PROCESSENTRY32& entry : allProcesses()) {
+    bool refused = all.empty();
+    for (const PROCESSENTRY32& entry : all) {
         if (entry.th32ParentProcessID != GetCurrentProcessId()) continue;
-        if (_stricmp(entry.szExeFile, name.c_str()) != 0) continue;
         Handle process = openProcess(entry.th32ProcessID);
+        refused |= !process;
         if (!process || startTime(process.get()) < since) continue;
         if (newest && startTime(newest.get()) > startTime(process.get())) continue;
         newest = std::move(process);
     }
-    return newest;
+    if (!newest && refused) return unknownProcess;
+    return reinterpret_cast<intptr_t>(newest.release());
 } catch (const std::bad_alloc&) {
-    return nullptr;
+    return unknownProcess;
+}
+
+// The interpreter takes the outermost quotes off a command of ours: a further word belongs inside.
+std::string withoutErrors(const std::string& text) {
+    constexpr const char* nowhere = " 2>NUL";
+    const bool quoted = text.starts_with("\"\"") && text.ends_with('"');
+    return quoted ? text.substr(0, text.size() - 1) + nowhere + "\"" : text + nowhere;
 }
 
 // The process and all that come from it, parents first. Identifiers are used again: who is older
@@ -102,28 +109,32 @@ std::vector<Handle> familyOf(HANDLE head) {
 
 }  // namespace
 
-bool startCommand(const std::string& text, bool reading, Command& command) {
+bool startCommand(const std::string& text, bool reading, CommandErrors errors, Command& command) {
+    const std::string line = errors == CommandErrors::shown ? text : withoutErrors(text);
     // What was printed so far must come before what the command prints.
     std::fflush(stdout);
     std::fflush(stderr);
     const uint64_t since = now();
-    FILE* stream = _popen(text.c_str(), reading ? "rb" : "wb");
+    FILE* stream = _popen(line.c_str(), reading ? "rb" : "wb");
     if (!stream) return false;
-    command = {stream, reinterpret_cast<intptr_t>(interpreterStartedSince(since).release())};
+    command = {stream, processStartedSince(since)};
     return true;
 }
 
-// The stream lives on, at the null device: the run-time library knows the command by it.
+// The stream lives on, at the null device: the run-time library knows the command by it. Without a
+// descriptor for that device it lives on as a copy of a standard stream, which nobody uses.
 void hangUp(Command& command) {
     std::fflush(command.stream);
     const int nothing = _open("NUL", _O_RDWR | _O_BINARY | _O_NOINHERIT);
-    if (nothing < 0) return;
-    _dup2(nothing, _fileno(command.stream));
-    _close(nothing);
+    for (const int instead : {nothing, 0, 1, 2})
+        if (instead >= 0 && _dup2(instead, _fileno(command.stream)) == 0) break;
+    if (nothing >= 0) _close(nothing);
 }
 
-// The run-time library's own waiting would keep every other command from being started and closed.
+// The run-time library's own waiting would keep every other command from being started and closed,
+// and has no limit: its record of a command that is not known to have ended is left alone.
 std::optional<int> collect(Command& command, unsigned milliseconds) {
+    if (command.process == unknownProcess) return -1;
     const auto process = reinterpret_cast<HANDLE>(command.process);
     if (process && WaitForSingleObject(process, milliseconds) == WAIT_TIMEOUT) return std::nullopt;
     if (process) CloseHandle(process);
@@ -131,7 +142,7 @@ std::optional<int> collect(Command& command, unsigned milliseconds) {
 }
 
 void endWithDescendants(const Command& command, bool) {
-    if (command.process == 0) return;
+    if (command.process == 0 || command.process == unknownProcess) return;
     for (const Handle& process : familyOf(reinterpret_cast<HANDLE>(command.process)))
         if (process) TerminateProcess(process.get(), 1);
 }

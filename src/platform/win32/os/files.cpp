@@ -173,6 +173,34 @@ bool seekStream(FILE* stream, int64_t offset, int origin) {
     return _fseeki64(stream, offset, origin) == 0;
 }
 
+FILE* createFile(const std::string& name) {
+    constexpr int flags = _O_CREAT | _O_EXCL | _O_RDWR | _O_BINARY | _O_NOINHERIT;
+    const int descriptor = _open(name.c_str(), flags, _S_IREAD | _S_IWRITE);
+    if (descriptor < 0) return nullptr;
+    FILE* file = _fdopen(descriptor, "w+b");
+    if (!file) _close(descriptor);
+    return file;
+}
+
+bool replaceFile(const std::string& from, const std::string& to) {
+    if (MoveFileExA(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING)) return true;
+    errno = GetLastError() == ERROR_FILE_NOT_FOUND ? ENOENT : EACCES;
+    return false;
+}
+
+std::string followLinks(const std::string& name) {
+    const DWORD attributes = GetFileAttributesA(name.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES || !(attributes & FILE_ATTRIBUTE_REPARSE_POINT))
+        return name;
+    const HANDLE file = CreateFileA(name.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return name;
+    char path[MAX_PATH + 1] = {};
+    const DWORD length = GetFinalPathNameByHandleA(file, path, MAX_PATH, 0);
+    CloseHandle(file);
+    return length > 0 && length < MAX_PATH ? std::string(path, length) : name;
+}
+
 bool fileExists(const std::string& name) {
     return GetFileAttributesA(name.c_str()) != INVALID_FILE_ATTRIBUTES;
 }

@@ -9,6 +9,8 @@ namespace vistel::platform {
 
 // The interpreter strips the outermost pair of quotes of a command that begins with one; between
 // quotes every sign but the percent sign stands for itself.
+std::string quotedCommand(const std::string& program) { return "\"\"" + program + "\"\""; }
+
 std::string quotedCommand(const std::string& program, const std::string& argument,
                           const std::string& furtherWords) {
     return quotedCommand(program, "", argument, furtherWords);

@@ -6,6 +6,7 @@
 //   pipe_partner variable NAME   writes the environment variable's value
 //   pipe_partner kind            writes what standard input is: regular, fifo, device or other
 //   pipe_partner late MS FILE    waits, then makes the file
+//   pipe_partner complain WORD   writes the word to output and standard error, ends with 4
 //   pipe_partner halves MS       writes "first", waits, writes "second"
 //   pipe_partner WORD...         writes each word on a line of its own
 #include <chrono>
@@ -71,6 +72,10 @@ int main(int count, char** arguments) {
     } else if (task == "late" && count > 3) {
         rest(arguments[2]);
         const FilePtr file(openFile(arguments[3], "w"));
+    } else if (task == "complain" && count > 2) {
+        std::printf("%s\n", arguments[2]);
+        std::fprintf(stderr, "%s\n", arguments[2]);
+        return 4;
     } else if (task == "halves" && count > 2) {
         std::fputs("first", stdout);
         std::fflush(stdout);
