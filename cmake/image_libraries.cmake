@@ -3,7 +3,8 @@
 #   VISTEL_IMAGE_FEATURES   what resources/image_types.txt may ask for
 #   VISTEL_IMAGE_SOURCES    the converter's source files for them, without folder
 #   vistel_image_libraries  a library with all that is to be linked
-# Every library may be missing: its types are then not there.
+# Every library may be missing: its types are then not there, or read and written by the headers of
+# stb, which are always needed.
 
 add_library(vistel_image_libraries INTERFACE)
 set(VISTEL_IMAGE_FEATURES own)
@@ -43,19 +44,19 @@ single_header(have_stb_image_write stb_image_write.h)
 single_header(have_tinyexr tinyexr.h)
 
 target_include_directories(vistel_image_libraries SYSTEM INTERFACE ${single_headers})
-if(have_stb_image AND have_stb_image_write)
-  set(have_stb TRUE)
-  list(APPEND VISTEL_IMAGE_FEATURES stb)
+if(NOT have_stb_image OR NOT have_stb_image_write)
+  message(FATAL_ERROR "stb_image.h and stb_image_write.h are missing: the image converter needs the "
+                      "package libstb-dev")
 endif()
 
 if(PNG_FOUND)
   image_feature(png png.cpp PNG::PNG)
-elseif(have_stb AND ZLIB_FOUND)
+elseif(ZLIB_FOUND)
   image_feature(png png_stb.cpp ZLIB::ZLIB)
 endif()
 if(JPEG_FOUND)
   image_feature(jpeg jpeg.cpp JPEG::JPEG)
-elseif(have_stb)
+else()
   image_feature(jpeg jpeg_stb.cpp)
 endif()
 if(TIFF_FOUND)

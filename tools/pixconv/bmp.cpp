@@ -22,6 +22,7 @@
 #include <vector>
 
 #include "byte_source.h"
+#include "byte_target.h"
 #include "codecs.h"
 #include "samples.h"
 
@@ -296,20 +297,16 @@ Failure write(const Picture& picture, const TargetFile& target) {
     const size_t channels = picture.mask ? 4 : 3;
     const uint64_t rowBytes = (uint64_t{picture.width} * channels + 3) / 4 * 4;
     if (rowBytes * picture.height > INT32_MAX) return "the picture is too large for the file type";
-    const auto put = [&](const auto& bytes) {
-        return std::fwrite(bytes.data(), 1, bytes.size(), target.file) == bytes.size();
-    };
-    if (!put(headerOf(picture, rowBytes))) return cannotWrite();
-    std::vector<uint8_t> room, row(rowBytes);
-    for (uint32_t y = picture.height; y-- > 0;) {
+    if (!writeAll(target, headerOf(picture, rowBytes))) return cannotWrite();
+    std::vector<uint8_t> room;
+    const auto fill = [&](uint32_t y, std::vector<uint8_t>& row) {
         const uint8_t* from = picture.byteRow(y, room);
         for (size_t x = 0; x < picture.width; ++x, from += 4) {
             const uint8_t pixel[] = {from[2], from[1], from[0], from[3]};
             std::memcpy(&row[x * channels], pixel, channels);
         }
-        if (!put(row)) return cannotWrite();
-    }
-    return {};
+    };
+    return writeRows(target, picture, RowOrder::bottomFirst, rowBytes, fill);
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <string>
+#include <vector>
 
 #include "codec.h"
 #include "platform/files.h"
@@ -76,6 +77,15 @@ class ByteSource {
     uint64_t position_ = 0;
 };
 
+// The whole file in memory, for libraries that want it so.
+inline Failure readWhole(const SourceFile& source, std::vector<uint8_t>& bytes) {
+    if (source.size > mostPictureBytes) return "the file is too large";
+    bytes.resize(source.size);
+    if (std::fread(bytes.data(), 1, bytes.size(), source.file) != bytes.size())
+        return "the file ends early";
+    return {};
+}
+
 inline Failure endsInHeader() { return "the file ends early: in its header"; }
 
 inline Failure endsInRow(uint32_t row, uint32_t rows) {
@@ -85,8 +95,6 @@ inline Failure endsInRow(uint32_t row, uint32_t rows) {
 inline Failure damagedRow(uint32_t row, uint32_t rows) {
     return "the file is damaged: row " + std::to_string(row + 1) + " of " + std::to_string(rows);
 }
-
-inline Failure cannotWrite() { return "the file could not be written"; }
 
 // For layouts that store every row in the same number of bytes: none when all rows are there, else
 // the first that is not. The last row may lack its padding.

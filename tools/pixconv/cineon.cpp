@@ -120,17 +120,7 @@ std::array<uint8_t, writtenBytes> headerOf(const Picture& picture) {
 }
 
 Failure write(const Picture& picture, const TargetFile& target) {
-    const auto header = headerOf(picture);
-    std::vector<uint8_t> row(size_t{picture.width} * 4);
-    const auto put = [&](const auto& bytes) {
-        return std::fwrite(bytes.data(), 1, bytes.size(), target.file) == bytes.size();
-    };
-    if (!put(header)) return cannotWrite();
-    for (uint32_t y = 0; y < picture.height; ++y) {
-        packTenBitColour(picture, y, row);
-        if (!put(row)) return cannotWrite();
-    }
-    return {};
+    return writeTenBitColour(target, headerOf(picture), picture);
 }
 
 }  // namespace

@@ -11,9 +11,9 @@
 namespace vistel {
 
 struct SourceFile {
-    std::string path;    // UTF-8
-    FILE* file;          // open for binary reading, at the start; not closed by the codec
-    uint64_t size = 0;   // bytes
+    std::string path;   // UTF-8
+    FILE* file;         // open for binary reading, at the start; not closed by the codec
+    uint64_t size = 0;  // bytes
 };
 
 struct TargetFile {

@@ -3,18 +3,20 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <new>
 #include <vector>
 
 #include "codecs.h"
 #include "host/image_plugins.h"
 #include "platform/files.h"
+#include "without_exceptions.h"
 
 namespace vistel {
 
 namespace {
 
 constexpr size_t startBytes = 64;
+// Files beside each other that other converters are at, or could not remove.
+constexpr int mostUnfinished = 10000;
 
 char lower(char letter) {
     return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
@@ -58,19 +60,13 @@ std::string systemError() {
     return errno != 0 ? std::strerror(errno) : "the system gives no reason";
 }
 
-// Codecs may run out of memory anywhere.
-template <class Step>
-Failure withoutExceptions(Step&& step) {
-    try {
-        return step();
-    } catch (const std::bad_alloc&) {
-        return "there is not enough memory";
-    } catch (const std::exception& problem) {
-        return problem.what();
-    }
+// A folder, pipe or device.
+bool isSpecial(const std::string& path) {
+    return platform::fileExists(path) && !platform::isRegularFile(path);
 }
 
 Failure readPicture(const std::string& path, Picture& picture) {
+    if (isSpecial(path)) return "only regular files can be read, no folders, pipes or devices";
     errno = 0;
     const platform::FilePtr file(platform::openFile(path, "r"));
     if (!file) return systemError();
@@ -80,29 +76,48 @@ Failure readPicture(const std::string& path, Picture& picture) {
     return codec ? codec->read(source, picture) : failure;
 }
 
-// A device must not be removed.
-void removeUnfinished(FILE* file, const std::string& path) {
-    const bool regular = platform::streamStatus(file).kind == platform::StreamKind::regular;
-    std::fclose(file);
-    if (regular) std::remove(path.c_str());
-}
-
-Failure writePicture(const Codec& codec, const Picture& picture, const std::string& path) {
-    errno = 0;
-    FILE* file = platform::openFile(path, "w+");
-    if (!file) return systemError();
+Failure writeTo(FILE* file, const Codec& codec, const Picture& picture, const std::string& path) {
     Failure failure = withoutExceptions([&] {
         return codec.write(picture, TargetFile{path, file});
     });
     errno = 0;
     if (!failure && (std::fflush(file) != 0 || std::ferror(file))) failure = systemError();
-    if (failure) {
-        removeUnfinished(file, path);
-        return failure;
+    if (std::fclose(file) != 0 && !failure) failure = systemError();
+    return failure;
+}
+
+// A file of a new name beside the one of the given path. Null with errno set on failure.
+FILE* createBeside(const std::string& path, std::string& name) {
+    const std::string folder = path.substr(0, path.find_last_of("/\\:") + 1);
+    for (int number = 0; number < mostUnfinished; ++number) {
+        name = folder + "pixconv" + std::to_string(number) + ".tmp";
+        FILE* file = platform::createFile(name);
+        if (file || errno != EEXIST) return file;
     }
-    if (std::fclose(file) == 0) return {};
-    failure = systemError();
-    std::remove(path.c_str());
+    return nullptr;
+}
+
+// Whether a file that is there may be written: it is to be refused also where its folder would let
+// it be replaced. True for one that is not there.
+bool mayBeWritten(const std::string& path) {
+    if (!platform::isRegularFile(path)) return true;
+    return platform::FilePtr(platform::openFile(path, "r+")) != nullptr;
+}
+
+Failure writePicture(const Codec& codec, const Picture& picture, const std::string& path) {
+    errno = 0;
+    if (isSpecial(path)) {
+        FILE* file = platform::openFile(path, "w");
+        return file ? writeTo(file, codec, picture, path) : systemError();
+    }
+    const std::string target = platform::followLinks(path);
+    if (!mayBeWritten(target)) return systemError();
+    std::string unfinished;
+    FILE* file = createBeside(target, unfinished);
+    if (!file) return systemError();
+    Failure failure = writeTo(file, codec, picture, path);
+    if (!failure && !platform::replaceFile(unfinished, target)) failure = systemError();
+    if (failure) std::remove(unfinished.c_str());
     return failure;
 }
 
@@ -167,10 +182,12 @@ Failure toFrame(const std::string& path, FILE* out) {
 Failure fromFrame(FILE* in, const std::string& path, const std::string& key) {
     Failure failure;
     const Codec* codec = codecForWriting(path, key, failure);
+    if (!codec) return failure;
     Picture picture;
-    if (codec) failure = withoutExceptions([&] { return readFrame(in, picture); });
+    failure = withoutExceptions([&] { return readFrame(in, picture); });
+    if (failure) return failure;
     readToEnd(in);
-    return failure ? failure : writePicture(*codec, picture, path);
+    return writePicture(*codec, picture, path);
 }
 
 }  // namespace vistel

@@ -8,8 +8,6 @@
 
 namespace vistel {
 
-// An empty failure text: whoever read the output has gone, and nobody needs to be told.
-
 // The codec for a file by its first bytes and, where these do not tell, by its extension. Null when
 // neither does; the failure then says why.
 const Codec* codecForReading(const SourceFile& source, Failure& failure);
@@ -18,16 +16,19 @@ const Codec* codecForReading(const SourceFile& source, Failure& failure);
 // with a number for one, is a frame of our own. Null when there is none that can be written.
 const Codec* codecForWriting(const std::string& path, const std::string& key, Failure& failure);
 
-// Reads the file and writes the frame stream to `out`, which is closed unless it is a standard
-// stream.
+// Reads the file, which must be a regular one, and writes the frame stream to `out`, which is
+// closed unless it is a standard stream. An empty failure text: whoever read the output has gone,
+// and nobody needs to be told.
 [[nodiscard]] Failure toFrame(const std::string& path, FILE* out);
 
-// Reads a frame stream from `in` (not closed) and writes the file. Nothing is opened for writing
-// before the stream was read whole, and a file that cannot be finished is removed. Pipes are read
-// to their end in any case, for the sake of who writes them.
+// Reads a frame stream from `in` (not closed) and writes the file. A key or extension that cannot
+// be written is told before anything is read; of a pipe that held a picture the rest is read too,
+// for the sake of who writes it. Nothing is opened for writing before, and the new file takes its
+// name once it is whole: a failure leaves what was there. A symbolic link stays, the file behind it
+// is replaced. Devices and pipes are written directly.
 [[nodiscard]] Failure fromFrame(FILE* in, const std::string& path, const std::string& key);
 
-// Writes a picture as a frame stream; `out` as above.
+// Writes a picture as a frame stream; `out` and failure as above.
 [[nodiscard]] Failure writeFrame(const Picture& picture, FILE* out);
 
 // Reads a frame stream's first picture, from a file or a pipe.

@@ -117,25 +117,34 @@ Failure readElement(const uint8_t* bytes, ByteOrder order, const Kind*& kind, Co
     return {};
 }
 
-// The elements in order; one that repeats channels of another is not read.
+bool isTold(uint64_t place) { return place != 0 && place != unknown; }
+
+// The elements in order; one that repeats channels of another is not read, nor one that is not
+// supported where the others are a whole picture.
 Failure readElements(const uint8_t* bytes, ByteOrder order, Header& header) {
     uint32_t count = number16(bytes + 770, order);
     if (count == 0 || count == unknown16) count = 1;
     if (count > mostElements)
         return "the file is damaged: " + std::to_string(count) + " image elements";
+    Failure unusable;
+    bool endKnown = true;  // of the element before
     for (uint32_t i = 0; i < count; ++i) {
         CodePlane plane;
         const Kind* kind = nullptr;
-        if (auto failure = readElement(bytes + firstElement + i * elementBytes, order, kind, plane))
-            return failure;
-        if (header.samples & samplesOf(kind->order)) continue;
+        if (auto failure =
+                readElement(bytes + firstElement + i * elementBytes, order, kind, plane)) {
+            if (!unusable) unusable = failure;
+            endKnown = false;
+            continue;
+        }
+        endKnown = (endKnown || isTold(plane.place)) && !(header.samples & samplesOf(kind->order));
+        if (!endKnown) continue;
         header.samples |= samplesOf(kind->order);
         header.grey |= kind->grey;
         header.planes.push_back(plane);
     }
-    if (!header.grey && (header.samples & 7) != 7)
-        return "the file has not all of red, green and blue";
-    return {};
+    if (header.grey || (header.samples & 7) == 7) return {};
+    return unusable ? unusable : "the file has not all of red, green and blue";
 }
 
 Failure readHeader(ByteSource& source, Header& header) {
@@ -161,7 +170,7 @@ Failure readHeader(ByteSource& source, Header& header) {
 Failure readPlanes(ByteSource& source, Header& header, Picture& picture) {
     uint64_t place = header.place;
     for (CodePlane& plane : header.planes) {
-        if (plane.place == 0 || plane.place == unknown) plane.place = place;
+        if (!isTold(plane.place)) plane.place = place;
         if (plane.place < readBytes) return "the file is damaged: the image lies in the header";
         if (auto failure =
                 requireCodes(source, picture, header.declaredSize <= source.size(), plane))
@@ -217,17 +226,7 @@ std::array<uint8_t, writtenBytes> headerOf(const Picture& picture) {
 }
 
 Failure write(const Picture& picture, const TargetFile& target) {
-    const auto header = headerOf(picture);
-    std::vector<uint8_t> row(size_t{picture.width} * 4);
-    const auto put = [&](const auto& bytes) {
-        return std::fwrite(bytes.data(), 1, bytes.size(), target.file) == bytes.size();
-    };
-    if (!put(header)) return cannotWrite();
-    for (uint32_t y = 0; y < picture.height; ++y) {
-        packTenBitColour(picture, y, row);
-        if (!put(row)) return cannotWrite();
-    }
-    return {};
+    return writeTenBitColour(target, headerOf(picture), picture);
 }
 
 }  // namespace

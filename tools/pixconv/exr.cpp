@@ -18,10 +18,14 @@
 #include <string>
 #include <vector>
 
+#include "byte_target.h"
 #include "codecs.h"
 #include "exr_channels.h"
+#include "exr_window.h"
+#include "file_starts.h"
 #include "platform/files.h"
 #include "samples.h"
+#include "without_exceptions.h"
 
 namespace vistel {
 
@@ -29,11 +33,6 @@ namespace {
 
 // What the library may take for one block of rows or row of tiles.
 constexpr uint64_t mostBlockBytes = uint64_t{256} << 20;
-constexpr int longestSide = 65535;
-
-bool recognises(std::span<const uint8_t> start) {
-    return start.size() >= 4 && Imf::isImfMagic(reinterpret_cast<const char*>(start.data()));
-}
 
 // --- the file as the library sees it ---
 
@@ -63,12 +62,12 @@ class Output : public Imf::OStream {
     explicit Output(FILE* file) : OStream(""), file_(file) {}
     void write(const char bytes[], int n) override {
         if (std::fwrite(bytes, 1, static_cast<size_t>(n), file_) != size_t(n))
-            throw std::runtime_error("the file cannot be written");
+            throw std::runtime_error(cannotWriteText);
     }
     uint64_t tellp() override { return static_cast<uint64_t>(platform::streamPosition(file_)); }
     void seekp(uint64_t place) override {
         if (!platform::seekStream(file_, static_cast<int64_t>(place), SEEK_SET))
-            throw std::runtime_error("the file cannot be written");
+            throw std::runtime_error(cannotWriteText);
     }
 
  private:
@@ -89,14 +88,7 @@ Imf::Header firstHeader(Input& input) {
     return header;
 }
 
-struct Extent {
-    int64_t width, height;
-    explicit Extent(const Imath::Box2i& box)
-        : width(int64_t{box.max.x} - box.min.x + 1), height(int64_t{box.max.y} - box.min.y + 1) {}
-    bool usable() const {
-        return width > 0 && height > 0 && width <= longestSide && height <= longestSide;
-    }
-};
+ExrExtent extentOf(const Imath::Box2i& box) { return {box.min.x, box.min.y, box.max.x, box.max.y}; }
 
 uint64_t bytesOfPixel(const Imf::Header& header) {
     uint64_t bytes = 0;
@@ -107,12 +99,29 @@ uint64_t bytesOfPixel(const Imf::Header& header) {
 
 // Rows that the library unpacks together.
 uint64_t blockRows(const Imf::Header& header) {
-    return header.hasTileDescription() ? header.tileDescription().ySize : 256;
+    if (header.hasTileDescription()) return header.tileDescription().ySize;
+    switch (header.compression()) {
+        case Imf::NO_COMPRESSION:
+        case Imf::RLE_COMPRESSION:
+        case Imf::ZIPS_COMPRESSION:
+            return 1;
+        case Imf::ZIP_COMPRESSION:
+        case Imf::PXR24_COMPRESSION:
+            return 16;
+        case Imf::PIZ_COMPRESSION:
+        case Imf::B44_COMPRESSION:
+        case Imf::B44A_COMPRESSION:
+        case Imf::DWAA_COMPRESSION:
+            return 32;
+        default:
+            return 256;
+    }
 }
 
 Failure checkHeader(const Imf::Header& header, uint64_t fileSize) {
     if (header.hasType() && Imf::isDeepData(header.type())) return "deep pictures cannot be read";
-    const Extent data(header.dataWindow()), display(header.displayWindow());
+    const ExrExtent data = extentOf(header.dataWindow());
+    const ExrExtent display = extentOf(header.displayWindow());
     if (!data.usable() || !display.usable()) return "the size of the picture is beyond reason";
     const uint64_t blockBytes =
         static_cast<uint64_t>(data.width) * blockRows(header) * (bytesOfPixel(header) + 4);
@@ -175,7 +184,7 @@ Failure checkSampling(const Imf::ChannelList& list, const ExrChannels& names) {
 
 void readRows(Imf::InputFile& file, const ExrChannels& names, Picture& picture) {
     const Imath::Box2i data = file.header().dataWindow(), display = file.header().displayWindow();
-    const Extent dataExtent(data);
+    const ExrExtent dataExtent = extentOf(data);
     Rows rows;
     Imf::FrameBuffer frame;
     for (int i = 0; i < 3; ++i)
@@ -203,7 +212,7 @@ Failure readFile(const SourceFile& source, Picture& picture) {
     ExrChannels names;
     if (Failure failure = findChannels(header.channels(), names)) return failure;
     if (Failure failure = checkSampling(header.channels(), names)) return failure;
-    const Extent display(header.displayWindow());
+    const ExrExtent display = extentOf(header.displayWindow());
     Failure failure = picture.allocate(static_cast<uint32_t>(display.width),
                                        static_cast<uint32_t>(display.height), false);
     if (!failure && !names.depth.empty()) failure = picture.allocateZ();
@@ -217,19 +226,10 @@ Failure readFile(const SourceFile& source, Picture& picture) {
 }
 
 // The library's texts begin with the function or file that they come from.
-template <class Step>
-Failure withoutExceptions(Step&& step) {
-    try {
-        return step();
-    } catch (const std::bad_alloc&) {
-        return "there is not enough memory";
-    } catch (const std::exception& problem) {
-        return "the file is damaged: " + std::string(problem.what());
-    }
-}
-
 Failure read(const SourceFile& source, Picture& picture) {
-    return withoutExceptions([&] { return readFile(source, picture); });
+    return withoutExceptions(
+        [&] { return readFile(source, picture); },
+        [](const std::string& text) { return "the file is damaged: " + text; });
 }
 
 // --- writing ---
@@ -278,17 +278,12 @@ Failure writeFile(const Picture& picture, const TargetFile& target) {
 }
 
 Failure write(const Picture& picture, const TargetFile& target) {
-    try {
-        return writeFile(picture, target);
-    } catch (const std::bad_alloc&) {
-        return "there is not enough memory";
-    } catch (const std::exception&) {
-        return "the file cannot be written";
-    }
+    return withoutExceptions([&] { return writeFile(picture, target); },
+                             [](const std::string&) { return cannotWriteText; });
 }
 
 }  // namespace
 
-const Codec exrCodec = {"exr", recognises, read, write};
+const Codec exrCodec = {"exr", isExr, read, write};
 
 }  // namespace vistel

@@ -13,22 +13,19 @@
 #include <vector>
 
 #include "byte_source.h"
+#include "byte_target.h"
 #include "codecs.h"
 #include "exr_channels.h"
+#include "exr_window.h"
+#include "file_starts.h"
 #include "samples.h"
 
 namespace vistel {
 
 namespace {
 
-constexpr int64_t longestSide = 65535;
 // What the library may take for the channels, all of which it unpacks.
 constexpr uint64_t mostChannelBytes = 2 * mostPictureBytes;
-
-bool recognises(std::span<const uint8_t> start) {
-    const uint8_t magic[4] = {0x76, 0x2F, 0x31, 0x01};
-    return start.size() >= 4 && std::memcmp(start.data(), magic, 4) == 0;
-}
 
 // --- reading ---
 
@@ -51,17 +48,11 @@ struct Reader {
     }
 };
 
-struct Extent {
-    int64_t width, height;
-    explicit Extent(const EXRBox2i& box)
-        : width(int64_t{box.max_x} - box.min_x + 1), height(int64_t{box.max_y} - box.min_y + 1) {}
-    bool usable() const {
-        return width > 0 && height > 0 && width <= longestSide && height <= longestSide;
-    }
-};
+ExrExtent extentOf(const EXRBox2i& box) { return {box.min_x, box.min_y, box.max_x, box.max_y}; }
 
 Failure checkHeader(const EXRHeader& header, uint64_t fileSize) {
-    const Extent data(header.data_window), display(header.display_window);
+    const ExrExtent data = extentOf(header.data_window);
+    const ExrExtent display = extentOf(header.display_window);
     if (!data.usable() || !display.usable()) return "the size of the picture is beyond reason";
     const uint64_t pixels = static_cast<uint64_t>(data.width) * static_cast<uint64_t>(data.height);
     if (header.num_channels < 1 || pixels * 4 * uint64_t(header.num_channels) > mostChannelBytes)
@@ -71,8 +62,8 @@ Failure checkHeader(const EXRHeader& header, uint64_t fileSize) {
             header.pixel_types[i] > TINYEXR_PIXELTYPE_FLOAT)
             return "the file is damaged";
     if (!header.tiled) return {};
-    if (header.tile_size_x < 1 || header.tile_size_y < 1 || header.tile_size_x > longestSide ||
-        header.tile_size_y > longestSide)
+    if (header.tile_size_x < 1 || header.tile_size_y < 1 || header.tile_size_x > longestExrSide ||
+        header.tile_size_y > longestExrSide)
         return "the file is damaged";
     // Eight bytes of the file point to each tile.
     const uint64_t tiles = ((uint64_t(data.width) - 1) / uint64_t(header.tile_size_x) + 1) *
@@ -163,7 +154,7 @@ Failure readMemory(const std::vector<uint8_t>& bytes, Picture& picture) {
     ExrChannels names;
     Used used;
     if (Failure failure = findChannels(header, names, used)) return failure;
-    const Extent display(header.display_window);
+    const ExrExtent display = extentOf(header.display_window);
     Failure failure = picture.allocate(static_cast<uint32_t>(display.width),
                                        static_cast<uint32_t>(display.height), false);
     if (!failure && used.depth >= 0) failure = picture.allocateZ();
@@ -184,10 +175,8 @@ Failure readMemory(const std::vector<uint8_t>& bytes, Picture& picture) {
 }
 
 Failure read(const SourceFile& source, Picture& picture) {
-    if (source.size > mostPictureBytes) return "the file is too large";
-    std::vector<uint8_t> bytes(source.size);
-    if (std::fread(bytes.data(), 1, bytes.size(), source.file) != bytes.size())
-        return "the file ends early";
+    std::vector<uint8_t> bytes;
+    if (Failure failure = readWhole(source, bytes)) return failure;
     return readMemory(bytes, picture);
 }
 
@@ -259,6 +248,6 @@ Failure write(const Picture& picture, const TargetFile& target) {
 
 }  // namespace
 
-const Codec exrCodec = {"exr", recognises, read, write};
+const Codec exrCodec = {"exr", isExr, read, write};
 
 }  // namespace vistel

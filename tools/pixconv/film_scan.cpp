@@ -70,12 +70,18 @@ void unpackCodes(const CodeLayout& layout, std::span<const uint8_t> bytes,
         codes[i] = uint16_t(number16(&bytes[i * 2], layout.order) >> shift & mask);
 }
 
-void packTenBitColour(const Picture& picture, uint32_t y, std::span<uint8_t> bytes) {
-    for (size_t x = 0; x < picture.width; ++x) {
-        uint32_t word = 0;
-        for (size_t i = 0; i < 3; ++i) word = word << 10 | wordSample(picture, y, x * 4 + i) >> 6;
-        putNumber32(&bytes[x * 4], word << 2);
-    }
+Failure writeTenBitColour(const TargetFile& target, std::span<const uint8_t> header,
+                          const Picture& picture) {
+    if (!writeAll(target, header)) return cannotWrite();
+    const auto fill = [&](uint32_t y, std::vector<uint8_t>& bytes) {
+        for (size_t x = 0; x < picture.width; ++x) {
+            uint32_t word = 0;
+            for (size_t i = 0; i < 3; ++i)
+                word = word << 10 | rescaled(wordSample(picture, y, x * 4 + i), 65535, 1023);
+            putNumber32(&bytes[x * 4], word << 2);
+        }
+    };
+    return writeRows(target, picture, RowOrder::topFirst, size_t{picture.width} * 4, fill);
 }
 
 Failure requireCodes(const ByteSource& source, const Picture& picture, bool maybeShort,

@@ -1,6 +1,6 @@
-// What the two file types of film scanners share: code values of 8 to 16 bits in 32-bit words.
-// Code values stay what they are: a logarithmic scan is shown as such, and the
-// viewer's own option converts it.
+// What the two file types of film scanners share: rows of code values of 8, 10, 12 or 16 bits,
+// which may be packed into 32-bit words. Whether codes are logarithmic is not looked at: they are
+// only widened to 8 or 16 bits, and the viewer's own option converts them.
 #pragma once
 
 #include <cstdint>
@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "byte_source.h"
+#include "byte_target.h"
 #include "samples.h"
 
 namespace vistel {
@@ -39,8 +40,10 @@ uint64_t shortCodeRowBytes(const CodeLayout& layout, uint64_t codes);
 void unpackCodes(const CodeLayout& layout, std::span<const uint8_t> bytes,
                  std::span<uint16_t> codes);
 
-// Colour in 10 bits, each pixel a big-endian word, left-justified.
-void packTenBitColour(const Picture& picture, uint32_t y, std::span<uint8_t> bytes);
+// Writes a header and colour in 10 bits, the nearest to each sample: each pixel a big-endian word,
+// left-justified.
+Failure writeTenBitColour(const TargetFile& target, std::span<const uint8_t> header,
+                          const Picture& picture);
 
 // One image of a file: rows of codes, `order.channels` for each pixel.
 struct CodePlane {

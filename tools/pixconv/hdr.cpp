@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "byte_source.h"
+#include "byte_target.h"
 #include "codecs.h"
 #include "samples.h"
 #include "text_header.h"
@@ -198,12 +199,10 @@ Failure write(const Picture& picture, const TargetFile& target) {
     if (std::fprintf(target.file, "#?RADIANCE\nFORMAT=32-bit_rle_rgbe\n\n-Y %u +X %u\n",
                      picture.height, picture.width) < 0)
         return cannotWrite();
-    std::vector<uint8_t> row(picture.rowSamples());
-    for (uint32_t y = 0; y < picture.height; ++y) {
+    const auto fill = [&](uint32_t y, std::vector<uint8_t>& row) {
         for (size_t x = 0; x < picture.width; ++x) putLight(picture, y, x, &row[x * 4]);
-        if (std::fwrite(row.data(), 1, row.size(), target.file) != row.size()) return cannotWrite();
-    }
-    return {};
+    };
+    return writeRows(target, picture, RowOrder::topFirst, picture.rowSamples(), fill);
 }
 
 }  // namespace

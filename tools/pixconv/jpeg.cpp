@@ -12,7 +12,10 @@
 #include <vector>
 
 #include "codecs.h"
+#include "file_starts.h"
+#include "jpeg_marks.h"
 #include "packed_rows.h"
+#include "turned.h"
 
 namespace vistel {
 
@@ -45,10 +48,18 @@ void fail(j_common_ptr library, const char* text) {
     onError(library);
 }
 
-// Warnings (level below 0) are told to nobody; but of a file that ends early the library would make
-// up the rest.
+// Warnings (level below 0) that say that the library makes up pixels; others are told to nobody.
 void onMessage(j_common_ptr library, int level) {
-    if (level < 0 && library->err->msg_code == JWRN_JPEG_EOF) fail(library, "the file ends early");
+    if (level >= 0) return;
+    switch (library->err->msg_code) {
+        case JWRN_JPEG_EOF:
+            return fail(library, "the file ends early");
+        case JWRN_HIT_MARKER:
+        case JWRN_HUFF_BAD_CODE:
+        case JWRN_MUST_RESYNC:
+        case JWRN_BOGUS_PROGRESSION:
+            return fail(library, "the picture data is damaged");
+    }
 }
 
 void prepare(Report& report) {
@@ -56,10 +67,6 @@ void prepare(Report& report) {
     report.manager.error_exit = onError;
     report.manager.emit_message = onMessage;
     report.manager.output_message = [](j_common_ptr) {};
-}
-
-bool recognises(std::span<const uint8_t> start) {
-    return start.size() >= 3 && start[0] == 0xFF && start[1] == 0xD8 && start[2] == 0xFF;
 }
 
 // --- reading ---
@@ -136,6 +143,7 @@ bool readPixels(Reader& reader, Picture& picture) {
 }
 
 Failure read(const SourceFile& source, Picture& picture) {
+    const JpegMarks marks = marksOfJpeg(source);
     Reader reader;
     if (!readHeader(reader, source.file)) return std::string(reader.report.text);
     Failure failure = picture.allocate(reader.jpeg.image_width, reader.jpeg.image_height, false);
@@ -143,7 +151,7 @@ Failure read(const SourceFile& source, Picture& picture) {
     picture.colour = reader.jpeg.out_color_space != JCS_GRAYSCALE;
     reader.row.resize(picture.rowSamples());
     if (!readPixels(reader, picture)) return std::string(reader.report.text);
-    return {};
+    return turnUpright(picture, marks.orientation);
 }
 
 // --- writing ---
@@ -198,6 +206,6 @@ Failure write(const Picture& picture, const TargetFile& target) {
 
 }  // namespace
 
-const Codec jpegCodec = {"jpeg", recognises, read, write};
+const Codec jpegCodec = {"jpeg", isJpeg, read, write};
 
 }  // namespace vistel

@@ -1,14 +1,20 @@
 // JPEG by the stb libraries, where there is no libjpeg. A mask is left out when a picture is
-// written.
+// written. The library makes up pixels for picture data that is damaged, or ended by its marker too
+// early, and does not tell; only a file that is cut is noticed.
 
 #include <stb_image_write.h>
 
+#include <numeric>
 #include <vector>
 
 #include "byte_source.h"
+#include "byte_target.h"
 #include "codecs.h"
+#include "file_starts.h"
+#include "jpeg_marks.h"
 #include "packed_rows.h"
 #include "stb_reading.h"
+#include "turned.h"
 
 namespace vistel {
 
@@ -17,12 +23,52 @@ namespace {
 constexpr int quality = 95;  // above 90 colour is stored as finely as light
 constexpr uint32_t longestSide = 65500;
 
-bool recognises(std::span<const uint8_t> start) {
-    return start.size() >= 3 && start[0] == 0xFF && start[1] == 0xD8 && start[2] == 0xFF;
+// Some versions of the library write past the end of a table of codes that claims to have more than
+// the 256 that there can be. Whether the segment of tables whose length stands there does.
+bool claimsTooManyCodes(std::span<const uint8_t> bytes) {
+    if (bytes.size() < 2) return false;
+    const size_t length = number16(bytes.data(), ByteOrder::big);
+    for (size_t at = 2; at < length && at + 17 <= bytes.size();) {
+        const size_t codes = std::accumulate(&bytes[at + 1], &bytes[at + 17], size_t{0});
+        if (codes > 256) return true;
+        at += 17 + codes;
+    }
+    return false;
+}
+
+// Segments are passed over up to the first scan, or to what is no segment; from there on every mark
+// of such tables counts.
+bool hasBadTables(std::span<const uint8_t> bytes) {
+    constexpr uint8_t tables = 0xC4, startOfScan = 0xDA;
+    size_t at = 2;
+    while (at + 4 <= bytes.size() && bytes[at] == 0xFF && bytes[at + 1] != startOfScan) {
+        const uint8_t marker = bytes[at + 1];
+        if (marker == tables && claimsTooManyCodes(bytes.subspan(at + 2))) return true;
+        at += marker == 0xFF ? 1 : 2 + number16(&bytes[at + 2], ByteOrder::big);
+    }
+    for (; at + 2 <= bytes.size(); ++at)
+        if (bytes[at] == 0xFF && bytes[at + 1] == tables &&
+            claimsTooManyCodes(bytes.subspan(at + 2)))
+            return true;
+    return false;
+}
+
+Failure checkTables(const SourceFile& source) {
+    std::vector<uint8_t> bytes;
+    if (Failure failure = readWhole(source, bytes)) return failure;
+    std::rewind(source.file);
+    if (hasBadTables(bytes)) return "the file is damaged: its tables of codes";
+    return {};
 }
 
 Failure read(const SourceFile& source, Picture& picture) {
-    return readByStb(source, "a JPEG", picture);
+    if (Failure failure = checkTables(source)) return failure;
+    const JpegMarks marks = marksOfJpeg(source);
+    // The library takes the four for colour and mask.
+    if (marks.channels == 4 && !marks.inksInverted)
+        return "JPEG pictures in inks without their usual mark are not supported";
+    if (Failure failure = readByStb(source, "a JPEG", picture)) return failure;
+    return turnUpright(picture, marks.orientation);
 }
 
 struct Sink {
@@ -54,6 +100,6 @@ Failure write(const Picture& picture, const TargetFile& target) {
 
 }  // namespace
 
-const Codec jpegCodec = {"jpeg", recognises, read, write};
+const Codec jpegCodec = {"jpeg", isJpeg, read, write};
 
 }  // namespace vistel

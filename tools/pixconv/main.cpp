@@ -30,13 +30,26 @@ constexpr const char* details =
     "What FILE is told by its first bytes when it is read; when it is written, by KEY (the first\n"
     "column of --formats) or by its extension. A name without extension, or with a number for "
     "one,\n"
-    "is a frame file. Of a file with several pictures the first is read.\n"
+    "is a frame file. Of a file with several pictures the first is read. A file that is there is\n"
+    "replaced once the new one is whole.\n"
     "\n"
     "Channels of 16 bits stay as wide; a type that holds only 8 takes the nearest value. Floating\n"
     "point colour is taken as linear light: clamped to 0..1 and put through the sRGB curve to 8\n"
     "bits, and the other way when such a file is written; what is no number becomes 0. Masks are\n"
     "linear, and kept as they are stored: colour is never multiplied or divided by them. Depth is\n"
     "kept by frame files and OpenEXR. Logarithmic film data stays as it is stored.\n"
+    "\n"
+    "Written are 16 bits to frame files, PNG, TIFF, Portable Anymap and SGI files, the nearest of "
+    "10\n"
+    "to DPX and Cineon, 8 to all others but floating point ones. JPEG, Portable Anymap (but "
+    ".pam),\n"
+    "Portable Float Map, Radiance HDR, DPX and Cineon files hold no mask: it is left out. "
+    "Portable\n"
+    "Anymaps are written by what the picture is, colour or grey, whether they are called .ppm, "
+    ".pgm\n"
+    "or .pbm; .pam as such. Of the further channels of a Photoshop document the first is the "
+    "mask,\n"
+    "the others are left out.\n"
     "\n"
     "Exit status 0, or 1 with a line on standard error.\n";
 
@@ -75,6 +88,12 @@ int finish(const Failure& failure, const std::string& file) {
     return 1;
 }
 
+// Nobody types a frame stream: a file is meant to be read.
+Failure terminalRefusal(const std::string& file) {
+    return "standard input is a terminal; to convert " + file + " write: pixconv " + file +
+           " stdout";
+}
+
 int writeChart() {
     Picture chart;
     Failure failure = makeTestChart(chart);
@@ -89,25 +108,18 @@ struct Target {
 std::optional<Target> parseTarget(const std::vector<std::string>& words) {
     Target target;
     size_t at = 0;
-    bool options = true;
-    bool named = false;
-    for (; at < words.size(); ++at) {
-        const std::string& word = words[at];
-        if (options && word == "--") {
-            options = false;
-        } else if (options && word == "-t") {
-            if (++at == words.size()) return {};
-            target.key = words[at];
-        } else if (options && word.rfind("-t", 0) == 0) {
-            target.key = word.substr(2);
-        } else if ((options && word.rfind("-", 0) == 0) || named) {
-            return {};
-        } else {
-            target.file = word;
-            named = true;
-        }
+    for (; at < words.size() && words[at].starts_with("-t"); ++at) {
+        target.key = words[at].substr(2);
+        if (!target.key.empty()) continue;
+        if (++at == words.size()) return {};
+        target.key = words[at];
     }
-    if (!named || target.file.empty()) return {};
+    if (at < words.size() && words[at] == "--")
+        ++at;
+    else if (at < words.size() && words[at].starts_with("-"))
+        return {};
+    if (at + 1 != words.size() || words[at].empty()) return {};
+    target.file = words[at];
     return target;
 }
 
@@ -115,6 +127,7 @@ std::optional<Target> parseTarget(const std::vector<std::string>& words) {
 
 int main(int argc, char** argv) {
     const std::vector<std::string> words(argv + 1, argv + argc);
+    platform::keepStandardStreams();
     platform::setBinaryFileMode();
     platform::ignoreClosedReaders();
     if (words.empty()) return writeChart();
@@ -125,5 +138,6 @@ int main(int argc, char** argv) {
     }
     const std::optional<Target> target = parseTarget(words);
     if (!target) return usageError();
+    if (platform::isTerminal(0)) return finish(terminalRefusal(target->file), target->file);
     return finish(fromFrame(stdin, target->file, target->key), target->file);
 }

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "byte_source.h"
+#include "byte_target.h"
 #include "codecs.h"
 #include "samples.h"
 #include "text_header.h"
@@ -73,15 +74,13 @@ Failure write(const Picture& picture, const TargetFile& target) {
     if (std::fprintf(target.file, "%s\n%u %u\n-1.0\n", picture.colour ? "PF" : "Pf", picture.width,
                      picture.height) < 0)
         return cannotWrite();
-    std::vector<uint8_t> bytes(size_t{picture.width} * channels * 4);
-    for (uint32_t y = picture.height; y-- > 0;) {
-        for (size_t i = 0; i < size_t{picture.width} * channels; ++i)
+    const size_t samples = size_t{picture.width} * channels;
+    const auto fill = [&](uint32_t y, std::vector<uint8_t>& bytes) {
+        for (size_t i = 0; i < samples; ++i)
             putLittle32(&bytes[i * 4], std::bit_cast<uint32_t>(lightOfSample(
                                            picture, y, i / channels * 4 + i % channels)));
-        if (std::fwrite(bytes.data(), 1, bytes.size(), target.file) != bytes.size())
-            return cannotWrite();
-    }
-    return {};
+    };
+    return writeRows(target, picture, RowOrder::bottomFirst, samples * 4, fill);
 }
 
 }  // namespace

@@ -15,7 +15,7 @@ namespace vistel {
 // Why something could not be done, in words for the user, without the file's name; none: done.
 using Failure = std::optional<std::string>;
 
-// Whether the samples are light (0 to 1, linear) or what the frame format holds.
+// Between light (0 to 1, linear) and what pictures hold, divided by their largest sample.
 float encodedFromLinear(float linear);   // the sRGB curve; below 0 and not a number: 0, above 1: 1
 float linearFromEncoded(float encoded);  // its inverse over 0 to 1
 

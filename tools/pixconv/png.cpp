@@ -7,7 +7,9 @@
 #include <cstring>
 #include <vector>
 
+#include "byte_target.h"
 #include "codecs.h"
+#include "file_starts.h"
 #include "packed_rows.h"
 
 namespace vistel {
@@ -38,14 +40,10 @@ void readBytes(png_structp png, png_bytep bytes, size_t size) {
 
 void writeBytes(png_structp png, png_bytep bytes, size_t size) {
     auto* file = static_cast<FILE*>(png_get_io_ptr(png));
-    if (std::fwrite(bytes, 1, size, file) != size) png_error(png, "the file cannot be written");
+    if (std::fwrite(bytes, 1, size, file) != size) png_error(png, cannotWriteText);
 }
 
 void flushBytes(png_structp) {}
-
-bool recognises(std::span<const uint8_t> start) {
-    return start.size() >= 8 && png_sig_cmp(start.data(), 0, 8) == 0;
-}
 
 // --- reading ---
 
@@ -163,6 +161,6 @@ Failure write(const Picture& picture, const TargetFile& target) {
 
 }  // namespace
 
-const Codec pngCodec = {"png", recognises, read, write};
+const Codec pngCodec = {"png", isPng, read, write};
 
 }  // namespace vistel

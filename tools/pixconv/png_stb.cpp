@@ -8,19 +8,15 @@
 #include <vector>
 
 #include "byte_source.h"
+#include "byte_target.h"
 #include "codecs.h"
+#include "file_starts.h"
 #include "packed_rows.h"
 #include "stb_reading.h"
 
 namespace vistel {
 
 namespace {
-
-constexpr uint8_t signature[8] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
-
-bool recognises(std::span<const uint8_t> start) {
-    return start.size() >= 8 && std::memcmp(start.data(), signature, 8) == 0;
-}
 
 Failure read(const SourceFile& source, Picture& picture) {
     return readByStb(source, "a PNG", picture);
@@ -40,7 +36,8 @@ bool writeChunk(FILE* file, const char (&name)[5], const uint8_t* body, size_t s
     uLong crc = crc32(0, start + 4, 4);
     if (size > 0) crc = crc32(crc, body, static_cast<uInt>(size));
     putNumber32(end, static_cast<uint32_t>(crc));
-    return std::fwrite(start, 1, 8, file) == 8 && std::fwrite(body, 1, size, file) == size &&
+    return std::fwrite(start, 1, 8, file) == 8 &&
+           (size == 0 || std::fwrite(body, 1, size, file) == size) &&
            std::fwrite(end, 1, 4, file) == 4;
 }
 
@@ -50,7 +47,7 @@ bool writeHeader(FILE* file, const Picture& picture) {
     putNumber32(body + 4, picture.height);
     body[8] = picture.wide ? 16 : 8;
     body[9] = static_cast<uint8_t>((picture.colour ? 2 : 0) | (picture.mask ? 4 : 0));
-    return std::fwrite(signature, 1, 8, file) == 8 && writeChunk(file, "IHDR", body, sizeof body);
+    return std::fwrite(pngStart, 1, 8, file) == 8 && writeChunk(file, "IHDR", body, sizeof body);
 }
 
 // Of left, above and above left the one that lies nearest to left + above - above left.
@@ -166,6 +163,6 @@ Failure write(const Picture& picture, const TargetFile& target) {
 
 }  // namespace
 
-const Codec pngCodec = {"png", recognises, read, write};
+const Codec pngCodec = {"png", isPng, read, write};
 
 }  // namespace vistel

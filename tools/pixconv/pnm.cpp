@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "byte_source.h"
+#include "byte_target.h"
 #include "codecs.h"
 #include "samples.h"
 #include "text_header.h"
@@ -226,19 +227,17 @@ Failure write(const Picture& picture, const TargetFile& target) {
     const bool tuples = endsInPam(target.path);
     const ChannelOrder order = usualOrder(picture.colour, tuples && picture.mask);
     if (!writeHeader(picture, order, tuples, target.file)) return cannotWrite();
-    std::vector<uint8_t> bytes(size_t{picture.width} * order.channels * (picture.wide ? 2 : 1));
-    for (uint32_t y = 0; y < picture.height; ++y) {
-        for (size_t i = 0; i < size_t{picture.width} * order.channels; ++i) {
+    const size_t samples = size_t{picture.width} * order.channels;
+    const auto fill = [&](uint32_t y, std::vector<uint8_t>& bytes) {
+        for (size_t i = 0; i < samples; ++i) {
             const size_t sample = i / order.channels * 4 + order.place[i % order.channels];
             if (picture.wide)
                 putNumber16(&bytes[i * 2], picture.wideRow(y)[sample]);
             else
                 bytes[i] = picture.row(y)[sample];
         }
-        if (std::fwrite(bytes.data(), 1, bytes.size(), target.file) != bytes.size())
-            return cannotWrite();
-    }
-    return {};
+    };
+    return writeRows(target, picture, RowOrder::topFirst, samples * (picture.wide ? 2 : 1), fill);
 }
 
 }  // namespace

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "byte_source.h"
+#include "byte_target.h"
 #include "codecs.h"
 #include "samples.h"
 
@@ -208,10 +209,7 @@ Failure write(const Picture& picture, const TargetFile& target) {
     const size_t rows = size_t{picture.height} * order.channels;
     std::vector<uint8_t> tables(rows * 8);
     const auto header = headerOf(picture, order.channels);
-    const auto put = [&](const auto& bytes) {
-        return std::fwrite(bytes.data(), 1, bytes.size(), target.file) == bytes.size();
-    };
-    if (!put(header) || !put(tables)) return cannotWrite();
+    if (!writeAll(target, header) || !writeAll(target, tables)) return cannotWrite();
 
     uint64_t place = headerBytes + tables.size();
     std::vector<uint16_t> row(picture.width);
@@ -227,9 +225,9 @@ Failure write(const Picture& picture, const TargetFile& target) {
         putNumber32(&tables[(rows + i) * 4], uint32_t(packed.size()));
         place += packed.size();
         if (place > UINT32_MAX) return "the picture is too large for the file type";
-        if (!put(packed)) return cannotWrite();
+        if (!writeAll(target, packed)) return cannotWrite();
     }
-    if (!platform::seekStream(target.file, headerBytes, SEEK_SET) || !put(tables))
+    if (!platform::seekStream(target.file, headerBytes, SEEK_SET) || !writeAll(target, tables))
         return cannotWrite();
     return {};
 }

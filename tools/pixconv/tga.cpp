@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "byte_source.h"
+#include "byte_target.h"
 #include "codecs.h"
 #include "samples.h"
 
@@ -220,12 +221,9 @@ Failure write(const Picture& picture, const TargetFile& target) {
     }
     header[16] = uint8_t(channels * 8);
     header[17] = channels == 4 ? 8 : 0;
-    const auto put = [&](const auto& bytes) {
-        return std::fwrite(bytes.data(), 1, bytes.size(), target.file) == bytes.size();
-    };
-    if (!put(header)) return cannotWrite();
-    std::vector<uint8_t> room, row, packed;
-    for (uint32_t y = picture.height; y-- > 0;) {
+    if (!writeAll(target, header)) return cannotWrite();
+    std::vector<uint8_t> room, row;
+    const auto fill = [&](uint32_t y, std::vector<uint8_t>& packed) {
         const uint8_t* from = picture.byteRow(y, room);
         row.clear();
         for (size_t x = 0; x < picture.width; ++x, from += 4) {
@@ -233,9 +231,8 @@ Failure write(const Picture& picture, const TargetFile& target) {
             row.insert(row.end(), pixel, pixel + channels);
         }
         packRow(row, channels, packed);
-        if (!put(packed)) return cannotWrite();
-    }
-    return {};
+    };
+    return writeRows(target, picture, RowOrder::bottomFirst, 0, fill);
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include <tiffio.h>
 
+#include <algorithm>
 #include <bit>
 #include <cstdarg>
 #include <cstdio>
@@ -11,6 +12,7 @@
 #include <memory>
 #include <vector>
 
+#include "byte_target.h"
 #include "codecs.h"
 #include "packed_rows.h"
 #include "platform/files.h"
@@ -254,7 +256,21 @@ Failure readPlain(TIFF* tiff, const Layout& layout, const Report& report, Pictur
     return {};
 }
 
+// The library would multiply colour by a mask that the file does not call multiplied: it is told
+// that this was done. Tells how many channels there are besides the colours.
+uint16_t keepColourAsStored(TIFF* tiff) {
+    uint16_t extra = 0;
+    uint16_t* kinds = nullptr;
+    TIFFGetFieldDefaulted(tiff, TIFFTAG_EXTRASAMPLES, &extra, &kinds);
+    std::vector<uint16_t> multiplied(kinds, kinds + extra);
+    std::replace(multiplied.begin(), multiplied.end(), uint16_t{EXTRASAMPLE_UNASSALPHA},
+                 uint16_t{EXTRASAMPLE_ASSOCALPHA});
+    if (extra > 0) TIFFSetField(tiff, TIFFTAG_EXTRASAMPLES, extra, multiplied.data());
+    return extra;
+}
+
 Failure readConverted(TIFF* tiff, const Layout& layout, const Report& report, Picture& picture) {
+    const uint16_t extra = keepColourAsStored(tiff);
     char reason[1024] = "";
     if (!TIFFRGBAImageOK(tiff, reason)) return std::string(reason);
     // As it is stored: it is turned upright afterwards.
@@ -264,9 +280,6 @@ Failure readConverted(TIFF* tiff, const Layout& layout, const Report& report, Pi
     if (!TIFFReadRGBAImageOriented(tiff, layout.width, layout.height, pixels, ORIENTATION_TOPLEFT,
                                    1))
         return failureOf(report);
-    uint16_t extra = 0;
-    uint16_t* kinds = nullptr;
-    TIFFGetFieldDefaulted(tiff, TIFFTAG_EXTRASAMPLES, &extra, &kinds);
     picture.mask = extra > 0;
     picture.colour = !layout.grey();
     return {};
@@ -303,7 +316,7 @@ void setFields(TIFF* tiff, const Picture& picture) {
     TIFFSetField(tiff, TIFFTAG_COMPRESSION, COMPRESSION_LZW);
     TIFFSetField(tiff, TIFFTAG_PREDICTOR, PREDICTOR_HORIZONTAL);
     TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, TIFFDefaultStripSize(tiff, 0));
-    // Renderers multiply colour by the mask.
+    // Not said to be multiplied, whatever it is: other programs then leave the colours alone.
     const uint16_t kind = EXTRASAMPLE_UNASSALPHA;
     if (picture.mask) TIFFSetField(tiff, TIFFTAG_EXTRASAMPLES, 1, &kind);
 }
@@ -323,7 +336,8 @@ Failure write(const Picture& picture, const TargetFile& target) {
         written = TIFFWriteScanline(tiff.get(), room.data(), y, 0) >= 0;
     }
     if (written && TIFFFlush(tiff.get())) return {};
-    return "the file cannot be written: " + std::string(report.text);
+    if (report.text[0] == 0) return cannotWrite();
+    return std::string(cannotWriteText) + ": " + report.text;
 }
 
 }  // namespace

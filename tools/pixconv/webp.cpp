@@ -8,6 +8,8 @@
 #include <memory>
 #include <vector>
 
+#include "byte_source.h"
+#include "byte_target.h"
 #include "codecs.h"
 
 namespace vistel {
@@ -19,17 +21,10 @@ bool recognises(std::span<const uint8_t> start) {
            std::memcmp(start.data() + 8, "WEBP", 4) == 0;
 }
 
-Failure readWhole(const SourceFile& source, std::vector<uint8_t>& bytes) {
-    if (source.size > mostPictureBytes) return "the file is too large";
-    bytes.resize(source.size);
-    if (std::fread(bytes.data(), 1, bytes.size(), source.file) != bytes.size())
-        return "the file ends early";
-    // The library is content with a part where the first picture ends early enough.
-    const uint8_t* size = bytes.data() + 4;
-    const uint64_t said =
-        bytes.size() < 12 ? 0 : size[0] | size[1] << 8 | size[2] << 16 | uint64_t{size[3]} << 24;
-    if (bytes.size() < said + 8) return "the file ends early";
-    return {};
+// The library is content with a part where the first picture ends early enough.
+bool isWhole(const std::vector<uint8_t>& bytes) {
+    return bytes.size() >= 12 &&
+           bytes.size() >= uint64_t{number32(&bytes[4], ByteOrder::little)} + 8;
 }
 
 Failure reasonOf(VP8StatusCode status) {
@@ -46,6 +41,7 @@ Failure reasonOf(VP8StatusCode status) {
 Failure read(const SourceFile& source, Picture& picture) {
     std::vector<uint8_t> bytes;
     if (Failure failure = readWhole(source, bytes)) return failure;
+    if (!isWhole(bytes)) return "the file ends early";
     WebPBitstreamFeatures features;
     const VP8StatusCode status = WebPGetFeatures(bytes.data(), bytes.size(), &features);
     if (status != VP8_STATUS_OK) return reasonOf(status);
@@ -104,7 +100,7 @@ Failure write(const Picture& picture, const TargetFile& target) {
     if (!importRows(encoder.picture, picture)) return "there is not enough memory";
     if (WebPEncode(&encoder.config, &encoder.picture)) return {};
     const bool disk = encoder.picture.error_code == VP8_ENC_ERROR_BAD_WRITE;
-    return disk ? "the file cannot be written" : "the picture cannot be packed";
+    return disk ? cannotWriteText : "the picture cannot be packed";
 }
 
 }  // namespace

@@ -25,6 +25,8 @@ constexpr const char* usage =
 
 std::string refusal(const std::string& file) {
     using namespace vistel;
+    if (platform::fileExists(file) && !platform::isRegularFile(file))
+        return "only regular files can be read, no folders, pipes or devices";
     errno = 0;
     const platform::FilePtr stream(platform::openFile(file, "r"));
     if (!stream) return std::strerror(errno);
@@ -45,6 +47,7 @@ std::string refusal(const std::string& file) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    vistel::platform::keepStandardStreams();
     std::string file;
     int words = 0;
     for (int i = 1; i < argc; ++i) {

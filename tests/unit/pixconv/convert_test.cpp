@@ -29,6 +29,17 @@ class Convert : public testing::Test {
         std::ofstream file(folder_ / name, std::ios::binary);
         file.write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size()));
     }
+    FileBytes contents(const std::string& name) const {
+        std::ifstream file(folder_ / name, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+    std::vector<std::string> names() const {
+        std::vector<std::string> all;
+        for (const auto& entry : std::filesystem::directory_iterator(folder_))
+            all.push_back(entry.path().filename().string());
+        std::sort(all.begin(), all.end());
+        return all;
+    }
     // A frame stream through fromFrame.
     Failure save(const FileBytes& frame, const std::string& name, const std::string& key = "") {
         const platform::FilePtr in(std::tmpfile());
@@ -130,14 +141,91 @@ TEST_F(Convert, AStreamThatIsCutLeavesTheOldFileAlone) {
     }
 }
 
-TEST_F(Convert, AFileThatCannotBeFinishedIsRemoved) {
-    if (!codecOfKey("webp")) GTEST_SKIP() << "no type of this build has a limit that is met easily";
+TEST_F(Convert, AFileThatCannotBeFinishedLeavesWhatWasThere) {
     Picture picture;
-    ASSERT_FALSE(picture.allocate(20000, 1, false));
-    const Failure failure = save(frameOf(picture), "wide.webp");
-    ASSERT_TRUE(failure);
-    EXPECT_EQ(*failure, "a WebP file has at most 16383 pixels each way");
-    EXPECT_FALSE(exists("wide.webp"));
+    ASSERT_FALSE(picture.allocate(65501, 1, false));
+    const FileBytes old = {1, 2, 3};
+    write("old.jpg", old);
+    for (const char* name : {"old.jpg", "new.jpg"}) {
+        const Failure failure = save(frameOf(picture), name);
+        ASSERT_TRUE(failure) << name;
+        EXPECT_EQ(*failure, "a JPEG file has at most 65500 pixels each way");
+    }
+    EXPECT_EQ(names(), (std::vector<std::string>{"old.jpg"}));
+    EXPECT_EQ(contents("old.jpg"), old);
+}
+
+TEST_F(Convert, AFileIsReplacedAndNothingElseIsLeft) {
+    const Picture picture = samplePicture(5, 4, true, false, false);
+    write("old.png", FileBytes(5000, 7));
+    write("pixconv0.tmp", {1});  // somebody else's
+    const Failure failure = save(frameOf(picture), "old.png");
+    ASSERT_FALSE(failure) << *failure;
+    EXPECT_EQ(contents("old.png"), writtenBytes(pngCodec, picture));
+    EXPECT_EQ(names(), (std::vector<std::string>{"old.png", "pixconv0.tmp"}));
+    EXPECT_EQ(contents("pixconv0.tmp"), (FileBytes{1}));
+}
+
+TEST_F(Convert, AFileThatMayNotBeWrittenStays) {
+    write("old.png", {1, 2, 3});
+    using std::filesystem::perms;
+    constexpr perms writing = perms::owner_write | perms::group_write | perms::others_write;
+    std::filesystem::permissions(path("old.png"), writing, std::filesystem::perm_options::remove);
+    if (platform::FilePtr(platform::openFile(path("old.png"), "r+")))
+        GTEST_SKIP() << "this user may write everything";
+    const Failure failure = save(frameOf(samplePicture(5, 4, true, false, false)), "old.png");
+    EXPECT_TRUE(failure);
+    EXPECT_EQ(contents("old.png"), (FileBytes{1, 2, 3}));
+    std::filesystem::permissions(path("old.png"), writing, std::filesystem::perm_options::add);
+    EXPECT_EQ(names(), (std::vector<std::string>{"old.png"}));
+}
+
+TEST_F(Convert, ASymbolicLinkStaysAndItsFileIsReplaced) {
+    std::filesystem::create_directory(path("far"));
+    write("far/old.png", {1, 2, 3});
+    std::error_code error;
+    std::filesystem::create_symlink("far/old.png", path("link.png"), error);
+    if (error) GTEST_SKIP() << "there are no symbolic links here";
+    const Picture picture = samplePicture(5, 4, true, false, false);
+    const Failure failure = save(frameOf(picture), "link.png");
+    ASSERT_FALSE(failure) << *failure;
+    EXPECT_TRUE(std::filesystem::is_symlink(path("link.png")));
+    EXPECT_EQ(contents("far/old.png"), writtenBytes(pngCodec, picture));
+}
+
+TEST_F(Convert, ATypeThatCannotBeWrittenIsToldBeforeAnythingIsRead) {
+    const platform::FilePtr in(std::tmpfile());
+    ASSERT_GE(std::fputs("what is read is missed", in.get()), 0);
+    std::rewind(in.get());
+    EXPECT_EQ(*fromFrame(in.get(), path("a.xyz"), ""), "no type has the extension \"xyz\"");
+    EXPECT_EQ(*fromFrame(in.get(), path("a.png"), "xyz"), "no type has the key \"xyz\"");
+    EXPECT_EQ(std::fgetc(in.get()), 'w');
+}
+
+TEST_F(Convert, WhatIsNoRegularFileIsRefusedInWords) {
+    std::vector<std::string> names{path(".")};
+    std::error_code error;
+    if (std::filesystem::is_character_file("/dev/zero", error)) names.emplace_back("/dev/zero");
+    for (const std::string& name : names) {
+        const Failure failure = toFrame(name, platform::openFile(path("frame"), "w"));
+        ASSERT_TRUE(failure) << name;
+        EXPECT_EQ(*failure, "only regular files can be read, no folders, pipes or devices");
+    }
+}
+
+TEST_F(Convert, ADeviceIsWrittenDirectly) {
+    std::error_code error;
+    const char* full = "/dev/full";
+    if (!std::filesystem::is_character_file(full, error)) GTEST_SKIP() << "no such device here";
+    const platform::FilePtr in(std::tmpfile());
+    const FileBytes frame = frameOf(samplePicture(5, 4, true, false, false));
+    ASSERT_EQ(std::fwrite(frame.data(), 1, frame.size(), in.get()), frame.size());
+    for (const char* key : {"tga", "png", "tavo"}) {
+        std::rewind(in.get());
+        const Failure failure = fromFrame(in.get(), full, key);
+        ASSERT_TRUE(failure) << key;
+        EXPECT_TRUE(std::filesystem::is_character_file(full));
+    }
 }
 
 TEST_F(Convert, FilesAreToldByTheirFirstBytes) {

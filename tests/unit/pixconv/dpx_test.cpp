@@ -141,6 +141,16 @@ TEST(Dpx, EveryLayoutOfCodesIsRead) {
         {"the second of the same kind is not read",
          dpx(1, 1, {{rgb, 8, 0, 2048}, {rgb, 8, 0, 2052}}, {1, 2, 3, 0, 4, 5, 6, 0}),
          {1, 2, 3, 255}},
+        {"colour, then what is not supported, then a mask",
+         dpx(1, 1, {{rgb, 8, 0, 2048}, {100, 8, 0, 2056}, {4, 8, 0, 2052}},
+             {1, 2, 3, 0, 9, 0, 0, 0}),
+         {1, 2, 3, 9}},
+        {"colour, then a mask of 32 bits",
+         dpx(1, 1, {{rgb, 8, 0, 2048}, {4, 32, 0, 2052}}, {1, 2, 3, 0, 9, 0, 0, 0}),
+         {1, 2, 3, 255}},
+        {"a mask whose place is not told, behind what is not supported",
+         dpx(1, 1, {{rgb, 8, 0, 2048}, {100, 8, 0, 0}, {4, 8, 0, 0}}, {1, 2, 3, 0, 9, 0, 0, 0}),
+         {1, 2, 3, 255}},
         {"all that may be unknown is",
          dpx(1, 1, {{rgb, 8, 0xFFFF, 0xFFFFFFFF, 0xFFFFFFFF}}, {1, 2, 3}),
          {1, 2, 3, 255}},
@@ -202,6 +212,8 @@ TEST(Dpx, WhatIsDamagedOrNotSupportedIsRefusedInWords) {
         {dpx(1, 1, {{50, 10, 7}}, {}), "DPX images of 10 bits in packing 7 are not supported"},
         {dpx(1, 1, {{1, 8, 0}, {2, 8, 0}}, FileBytes(8)),
          "the file has not all of red, green and blue"},
+        {dpx(1, 1, {{1, 8, 0}, {2, 8, 0}, {3, 32, 0}}, FileBytes(16)),
+         "DPX images of 32 bits in packing 0 are not supported"},
         {dpx(0, 1, {{50, 8, 0}}, {}), "the picture has no pixels"},
         {dpx(1, -1, {{50, 8, 0}}, {}),
          "the picture is too large: 1 x 4294967295 pixels, a frame has at most 65535 each way"},
@@ -238,6 +250,21 @@ Picture allTenBitCodes() {
 }
 
 TEST(Dpx, TenBitCodesSurvive) { expectRoundTrip(dpxCodec, allTenBitCodes()); }
+
+TEST(Dpx, TheNearestCodeOfTenBitsIsWritten) {
+    Picture picture;
+    ASSERT_FALSE(picture.allocate(65535, 1, true));
+    for (uint32_t x = 0; x < picture.width; ++x)
+        for (size_t i = 0; i < 3; ++i) picture.wideRow(0)[x * 4 + i] = uint16_t(x + 1);
+    for (const Codec* codec : {&dpxCodec, &cineonCodec}) {
+        const FileBytes file = writtenBytes(*codec, picture);
+        for (uint32_t x = 0; x < picture.width; ++x) {
+            const uint8_t* word = &file[2048 + x * 4];
+            const double exact = (x + 1) * 1023.0 / 65535;
+            ASSERT_LE(std::abs((word[0] << 2 | word[1] >> 6) - exact), 0.5) << x;
+        }
+    }
+}
 
 TEST(Dpx, EightBitsSurviveInTheUpperBits) {
     const Picture picture = samplePicture(31, 5, true, false, false);

@@ -153,6 +153,21 @@ TEST(OpenExr, TheDisplayWindowIsThePicture) {
     }
 }
 
+TEST(OpenExr, WideFilesWithManyChannelsAreRead) {
+    if (!codecOfKey("exr")) GTEST_SKIP() << "this build has no OpenEXR";
+    std::vector<Channel> channels{{"B"}, {"G"}, {"R"}};
+    for (int i = 10; i < 80; ++i) channels.push_back({"more." + std::to_string(i)});
+    const Window window{0, 0, 4095, 1};
+    const FileBytes bytes = exr(channels, window, window,
+                                [](int channel, int, int) { return channel == 1 ? 1.0f : 0.0f; });
+    Picture picture;
+    const Failure failure = readBytes(*codecOfKey("exr"), bytes, picture);
+    ASSERT_FALSE(failure) << *failure;
+    EXPECT_EQ(picture.width, 4096u);
+    const uint8_t* last = picture.row(1) + 4 * 4095;
+    EXPECT_EQ((std::vector<int>{last, last + 4}), (std::vector<int>{0, 255, 0, 255}));
+}
+
 TEST(OpenExr, WindowsBeyondReasonAreRefused) {
     if (!codecOfKey("exr")) GTEST_SKIP() << "this build has no OpenEXR";
     const Window one{0, 0, 0, 0};

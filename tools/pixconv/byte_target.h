@@ -1,0 +1,36 @@
+// Writing a target file: blocks of bytes, and rows one after the other.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <vector>
+
+#include "codec.h"
+
+namespace vistel {
+
+inline constexpr const char* cannotWriteText = "the file cannot be written";
+inline Failure cannotWrite() { return cannotWriteText; }
+
+// All of an array's or vector's bytes.
+template <class Bytes>
+[[nodiscard]] bool writeAll(const TargetFile& target, const Bytes& bytes) {
+    return std::fwrite(bytes.data(), 1, bytes.size(), target.file) == bytes.size();
+}
+
+enum class RowOrder { topFirst, bottomFirst };
+
+// Every row of a picture: fill(y, bytes) makes the bytes of row y in a vector that begins with
+// `rowBytes` of them and keeps what the row before left there.
+template <class Fill>
+Failure writeRows(const TargetFile& target, const Picture& picture, RowOrder order, size_t rowBytes,
+                  Fill&& fill) {
+    std::vector<uint8_t> bytes(rowBytes);
+    for (uint32_t i = 0; i < picture.height; ++i) {
+        fill(order == RowOrder::topFirst ? i : picture.height - 1 - i, bytes);
+        if (!writeAll(target, bytes)) return cannotWrite();
+    }
+    return {};
+}
+
+}  // namespace vistel
