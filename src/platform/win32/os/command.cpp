@@ -71,7 +71,8 @@ intptr_t processStartedSince(uint64_t since) try {
     for (const PROCESSENTRY32& entry : all) {
         if (entry.th32ParentProcessID != GetCurrentProcessId()) continue;
         Handle process = openProcess(entry.th32ProcessID);
-        refused |= !process;
+        // One that has ended since the list was made has no identifier any more.
+        refused |= !process && GetLastError() != ERROR_INVALID_PARAMETER;
         if (!process || startTime(process.get()) < since) continue;
         if (newest && startTime(newest.get()) > startTime(process.get())) continue;
         newest = std::move(process);
