@@ -9,6 +9,7 @@
 
 #include "iff/file_kind.h"
 #include "iff/iff_reader.h"
+#include "input_file.h"
 
 namespace {
 
@@ -40,20 +41,7 @@ int walk(IffReader& group) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size == 0) return 0;
-    static FILE* file = std::tmpfile();
-    if (!file) std::abort();
-    // The longest input so far leaves its tail behind; a fresh file for a shorter one.
-    static size_t longest = 0;
-    if (size - 1 < longest) {
-        std::fclose(file);
-        file = std::tmpfile();
-        longest = 0;
-    }
-    longest = size - 1;
-    std::rewind(file);
-    std::fwrite(data + 1, 1, size - 1, file);
-
-    std::rewind(file);
+    FILE* file = vistel::fileOf(data + 1, size - 1);
     IffReader root;
     root.user = const_cast<uint8_t*>(data);
     root.handlers = {walk, walk, walk, walk, {}};

@@ -1,22 +1,10 @@
 // Reads any bytes as a DPX or Cineon film scan.
 //     build/fuzz/bin/fuzz_dpx -max_len=4096 tests/fuzz/corpus/fuzz_dpx
 
-#include <cstdlib>
-
 #include "codecs.h"
-#include "platform/files.h"
+#include "read_picture.h"
 
 using namespace vistel;
-
-static void readAs(const Codec& codec, const uint8_t* data, size_t size) {
-    const platform::FilePtr file(std::tmpfile());
-    if (!file || (size > 0 && std::fwrite(data, size, 1, file.get()) != 1)) std::abort();
-    std::rewind(file.get());
-    Picture picture;
-    const Failure failure = codec.read({"picture", file.get(), size}, picture);
-    if (failure ? failure->empty() : picture.samples.empty() && picture.wideSamples.empty())
-        std::abort();
-}
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     readAs(dpxCodec, data, size);

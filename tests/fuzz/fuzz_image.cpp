@@ -13,6 +13,7 @@
 
 #include "iff/image_loader.h"
 #include "iff/result_codes.h"
+#include "input_file.h"
 
 using namespace vistel;
 
@@ -21,22 +22,6 @@ namespace {
 constexpr size_t optionBytes = 3;
 // However large an image is said to be, it is shown no larger than this.
 constexpr uint32_t longestSide = 400;
-
-// One file for all inputs; a fresh one for an input that is shorter than the last.
-FILE* fileOf(const uint8_t* data, size_t size) {
-    static FILE* file = nullptr;
-    static size_t longest = 0;
-    if (!file || size < longest) {
-        if (file) std::fclose(file);
-        file = std::tmpfile();
-        if (!file) std::abort();
-    }
-    longest = size;
-    std::rewind(file);
-    if (std::fwrite(data, 1, size, file) != size) std::abort();
-    std::rewind(file);
-    return file;
-}
 
 // The report goes nowhere.
 void silenceOutput() {

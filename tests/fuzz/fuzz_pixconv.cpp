@@ -6,6 +6,7 @@
 
 #include "codecs.h"
 #include "convert.h"
+#include "input_file.h"
 #include "platform/files.h"
 
 using namespace vistel;
@@ -15,10 +16,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const size_t choice = data[0];
     ++data;
     --size;
-    const platform::FilePtr file(std::tmpfile());
-    if (!file || (size > 0 && std::fwrite(data, size, 1, file.get()) != 1)) std::abort();
-    std::rewind(file.get());
-    const SourceFile source{"picture", file.get(), size};
+    const SourceFile source{"picture", fileOf(data, size), size};
     Failure failure;
     const Codec* codec =
         choice < allCodecs().size() ? allCodecs()[choice] : codecForReading(source, failure);
@@ -28,8 +26,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (failure && failure->empty()) std::abort();
     // Large pictures are right, but take time that is better spent on other bytes.
     if (failure || picture.samples.size() + picture.wideSamples.size() > 4000000) return 0;
-    const platform::FilePtr frame(std::tmpfile());
-    if (!frame || tavoCodec.write(picture, {"frame", frame.get()})) std::abort();
+    const platform::FilePtr frame(freshFile());
+    if (tavoCodec.write(picture, {"frame", frame.get()})) std::abort();
     std::rewind(frame.get());
     Picture again;
     if (readFrame(frame.get(), again)) std::abort();
