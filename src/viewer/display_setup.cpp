@@ -64,13 +64,6 @@ void placeAround(const PictureLayout& layout) {
     if (viewerState.noWinBorder) clearPreferredPosition();
 }
 
-platform::PixelRect clientOnScreen() {
-    int left, top, width, height;
-    platform::clientScreenPosition(left, top);
-    platform::clientArea(width, height);
-    return {left, top, left + width, top + height};
-}
-
 void fitWindow(const FrameStore& frame) {
     const platform::PixelRect before = clientOnScreen();
     PictureLayout& layout = viewerSession().layout;

@@ -150,11 +150,17 @@ void clientSize(int& width, int& height) {
     height -= controlBarRows();
 }
 
-void clientOrigin(int& x, int& y) {
-    int top, width, height;
-    platform::clientScreenPosition(x, top);
+platform::PixelRect clientOnScreen() {
+    int left, top, width, height;
+    platform::clientScreenPosition(left, top);
     platform::clientArea(width, height);
-    y = platform::screenSize().height - (top + height) + controlBarRows();
+    return {left, top, left + width, top + height};
+}
+
+void clientOrigin(int& x, int& y) {
+    const platform::PixelRect client = clientOnScreen();
+    x = client.left;
+    y = platform::screenSize().height - client.bottom + controlBarRows();
 }
 
 int screenMetric(int which) {
@@ -213,12 +219,10 @@ int deviceValue(int code) {
 }
 
 void cursorPlace(int& x, int& y) {
-    int left, top, width, height;
-    platform::clientScreenPosition(left, top);
-    platform::clientArea(width, height);
+    const platform::PixelRect client = clientOnScreen();
     platform::cursorPosition(x, y);
-    x -= left;
-    y = height - (y - top);
+    x -= client.left;
+    y = client.bottom - y;
 }
 
 void deviceValues(int count, const int* codes, int* values) {

@@ -45,8 +45,7 @@ struct WindowContext {
 };
 WindowContext& windowContext();
 
-// --- window
-// -----------------------------------------------------------------------------------------
+// --- window --------------------------------------------------------------------------------------
 
 // Creates the window at the pending placement (320 x 240 in the middle of the work area when none
 // is pending), or re-titles and re-places the existing one, whose event queue is emptied. False
@@ -63,18 +62,18 @@ void applyPendingPlacement();
 void setViewerTitle(const std::string& title);
 void setTimerRate(int ticksPerSecond);
 
-// --- geometry, pixels
-// -------------------------------------------------------------------------------
+// --- geometry, pixels ----------------------------------------------------------------------------
 
 // Client area less the control bar.
 void clientSize(int& width, int& height);
+// The whole client area, in screen pixels from the upper left.
+platform::PixelRect clientOnScreen();
 // Left edge on the screen, and distance of the client's bottom edge from the foot of the screen.
 void clientOrigin(int& x, int& y);
 // 1 screen width, 2 screen height, 3 and 4: 24 (colour bits), else 0.
 int screenMetric(int which);
 
-// --- events
-// -----------------------------------------------------------------------------------------
+// --- events --------------------------------------------------------------------------------------
 
 int postEvent(int32_t code, uint16_t value);
 void clearEvents();

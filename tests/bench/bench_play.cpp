@@ -3,9 +3,8 @@
 //     bench_play rate FRAMES_PER_SECOND WIDTH HEIGHT SECONDS   plays 48 frames from memory
 //     bench_play skip FRAMES_PER_SECOND WIDTH HEIGHT SECONDS   the same, skipping late frames
 //     bench_play idle SECONDS                                  shows one picture and waits
-//     bench_play first FILE                                    ends when the file's picture is
-//     there bench_play bare                                          ends when one textured quad is
-//     there
+//     bench_play first FILE    ends when the file's picture is there
+//     bench_play bare          ends when one textured quad is there
 //
 // Printed, one "name value" to a line: rate (of the range or of the frames, against the nominal
 // one), wrong (frames shown twice or left out), idle_processor (seconds). The last two modes print
@@ -46,7 +45,7 @@ struct Shown {
 };
 std::vector<Shown> shown;
 constexpr size_t settling = 10;  // presents until the window's own first redraws are over
-uint64_t endAt = UINT64_MAX;  // microseconds
+uint64_t endAt = UINT64_MAX;     // microseconds
 bool endAtFirst = false;
 
 }  // namespace
