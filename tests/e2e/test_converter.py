@@ -1,8 +1,12 @@
 """The converter on files of other people's programs: what it makes of them is compared with what
 another library reads there."""
 
+import os
+import signal
+import struct
 import subprocess
 import warnings
+import zlib
 from pathlib import Path
 
 import numpy as np
@@ -11,7 +15,8 @@ from PIL import Image
 
 import framefile
 import framereader
-from program import ROOT
+from desktop import wait_until
+from program import ROOT, processes_marked
 
 # Extension, and how far a single sample may lie off: files that are packed with loss are unpacked a
 # little differently by each library (some smooth the colours between the samples there are, others
@@ -199,6 +204,46 @@ def test_a_cut_picture_is_named_and_the_next_one_shown(system, start, folder):
     program = start("cut.png", "words.txt", "good.png")
     program.find(pixels)
     assert "cut.png" in program.stderr() and "words.txt" in program.stderr()
+    assert program.close() == 0
+
+
+def png_chunk(kind, body):
+    return struct.pack(">I", len(body)) + kind + body + struct.pack(">I", zlib.crc32(kind + body))
+
+
+def test_a_bomb_is_named_and_the_next_one_shown(system, start, folder):
+    side = 60000
+    header = struct.pack(">IIBBBBB", side, side, 8, 6, 0, 0, 0)
+    pixels = zlib.compress(bytes(64 << 20), 9)
+    (folder / "bomb.png").write_bytes(
+        b"\x89PNG\r\n\x1a\n"
+        + png_chunk(b"IHDR", header) + png_chunk(b"IDAT", pixels) + png_chunk(b"IEND", b"")
+    )
+    done = system.run_tool("pixconv", folder / "bomb.png", "stdout")
+    assert (done.status, done.output) == (1, b"")
+    assert "bomb.png" in done.messages
+    picture = square_picture(3)
+    Image.fromarray(picture).save(folder / "good.png")
+    program = start("bomb.png", "good.png")
+    program.find(picture)
+    assert "bomb.png" in program.stderr()
+    assert program.close() == 0
+
+
+def test_a_converter_that_is_killed_is_named_and_the_next_one_shown(start, folder):
+    large = framefile.noise(7000, 5000)
+    Image.fromarray(large).save(folder / "large.png", compress_level=1)
+    picture = square_picture(3)
+    Image.fromarray(picture).save(folder / "good.png")
+    program = start("large.png", "good.png")
+
+    def converter():
+        running = processes_marked(program.marker)
+        return [number for number, name in running if name.startswith("pixconv")]
+
+    os.kill(wait_until(converter, what="the converter")[0], signal.SIGKILL)
+    program.find(picture)
+    assert "large.png" in program.stderr()
     assert program.close() == 0
 
 

@@ -90,6 +90,30 @@ def test_a_sequence_under_the_name_that_was_typed(start, folder, case):
     assert program.close() == 0
 
 
+def mixed_widths(folder):
+    animation = Animation(8, 10)
+    animation.write(folder, "shot.{}")
+    (folder / "shot.9").rename(folder / "shot.09")  # the one that tells the width: two digits
+    return animation
+
+
+def test_numbers_of_another_width_are_other_names(start, folder):
+    mixed_widths(folder)
+    program = start("shot.")
+    assert program.wait_for_exit() == 0
+    assert "shot.08" in program.stderr()
+
+
+def test_frames_of_any_width_are_found_when_the_first_is_looked_for(start, folder):
+    animation = mixed_widths(folder)
+    program = start("-f", "shot.")
+    player = Player(program, animation)
+    rest_on_first(player)
+    for expected in (9, 10, 8):
+        player.step("Right", expected)
+    assert program.close() == 0
+
+
 @pytest.mark.parametrize("name", ["a b", "\u00e9t\u00e9", "\u65e5\u672c", "it's", "50%", "a&b;c"])
 def test_an_image_under_the_name_that_was_typed(start, folder, name):
     (folder / name).mkdir()
