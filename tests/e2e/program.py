@@ -222,26 +222,35 @@ class Wine(System):
             output.seek(0)
             return done.returncode, output.read().decode("utf-8", "replace")
 
+    @staticmethod
+    def _wineserver():
+        return shutil.which("wineserver") or "/usr/lib/wine/wineserver"
+
+    def _quiet(self):
+        streams = dict.fromkeys(("stdin", "stdout", "stderr"), subprocess.DEVNULL)
+        return {"env": self.environment(ROOT, self._session), **streams}
+
+    def _end_server(self):
+        for option in ("-k", "-w"):
+            command = [self._wineserver(), option]
+            subprocess.run(command, timeout=30, check=False, **self._quiet())
+
     def _prepare(self):
         """The prefix (once), a server of our own for it, and a window setting that suits a screen
         without window manager: a managed window takes two seconds to close there.
 
         A server that is there already is sent home first: it keeps the screen size of whoever
-        started it. The prefix belongs to this suite, so only one suite at a time can use it."""
+        started it. So is the one that a new prefix was made with: two service managers live on in
+        it, which keep each other from starting a service until who needs it has waited for ten
+        seconds. The prefix belongs to this suite, so only one suite at a time can use it."""
         fresh = not (self.prefix / "system.reg").exists()
         self.prefix.mkdir(parents=True, exist_ok=True)
-        wineserver = shutil.which("wineserver") or "/usr/lib/wine/wineserver"
-        quiet = {
-            "env": self.environment(ROOT, self._session),
-            "stdin": subprocess.DEVNULL,
-            "stdout": subprocess.DEVNULL,
-            "stderr": subprocess.DEVNULL,
-        }
-        subprocess.run([wineserver, "-k"], timeout=30, check=False, **quiet)
-        subprocess.run([wineserver, "-w"], timeout=30, check=False, **quiet)
-        self._server = subprocess.Popen([wineserver, "-f", "-p"], start_new_session=True, **quiet)
+        self._end_server()
         if fresh:
             self._run("wineboot", "-i")
+            self._end_server()
+        server = [self._wineserver(), "-f", "-p"]
+        self._server = subprocess.Popen(server, start_new_session=True, **self._quiet())
         driver = r"HKCU\Software\Wine\X11 Driver"
         status, answer = self._run("reg", "add", driver, "/v", "Managed", "/d", "N", "/f")
         assert status == 0, answer
