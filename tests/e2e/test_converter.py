@@ -158,6 +158,18 @@ def test_sixteen_bits_survive(system, tmp_path):
     assert (np.asarray(Image.open(target)).astype(np.uint16) == grey).all()
 
 
+def test_a_terminal_is_no_frame(system, tmp_path):
+    keyboard, terminal = os.openpty()
+    try:
+        done = system.run_tool("pixconv", tmp_path / "a.png", stdin=terminal)
+    finally:
+        os.close(keyboard)
+        os.close(terminal)
+    assert (done.status, done.output) == (1, b"")
+    assert "standard input is a terminal" in done.messages and "a.png" in done.messages
+    assert not (tmp_path / "a.png").exists()
+
+
 # --- in the viewer --------------------------------------------------------------------------------
 
 
@@ -230,21 +242,51 @@ def test_a_bomb_is_named_and_the_next_one_shown(system, start, folder):
     assert program.close() == 0
 
 
-def test_a_converter_that_is_killed_is_named_and_the_next_one_shown(start, folder):
-    large = framefile.noise(7000, 5000)
-    Image.fromarray(large).save(folder / "large.png", compress_level=1)
+def converter_of(program, picture):
+    """Waits for the process that converts the picture of that name."""
+
+    def running():
+        for number, name in processes_marked(program.marker):
+            try:
+                line = Path(f"/proc/{number}/cmdline").read_bytes()
+            except OSError:  # it has just ended
+                continue
+            if name.startswith("pixconv") and picture.encode() in line:
+                return number
+        return None
+
+    return wait_until(running, what=f"the converter of {picture}")
+
+
+@pytest.fixture(scope="session")
+def large_picture(tmp_path_factory):
+    """A file that takes its converter a while."""
+    path = tmp_path_factory.mktemp("large") / "large.png"
+    Image.fromarray(framefile.noise(7000, 5000)).save(path, compress_level=1)
+    return path
+
+
+def test_a_converter_that_is_killed_is_named_and_the_next_one_shown(start, folder, large_picture):
+    os.link(large_picture, folder / "large.png")
     picture = square_picture(3)
     Image.fromarray(picture).save(folder / "good.png")
     program = start("large.png", "good.png")
-
-    def converter():
-        running = processes_marked(program.marker)
-        return [number for number, name in running if name.startswith("pixconv")]
-
-    os.kill(wait_until(converter, what="the converter")[0], signal.SIGKILL)
+    os.kill(converter_of(program, "large.png"), signal.SIGKILL)
     program.find(picture)
     assert "large.png" in program.stderr()
     assert program.close() == 0
+
+
+def test_the_window_can_be_closed_while_a_converter_hangs(start, folder, large_picture):
+    picture = square_picture(3)
+    Image.fromarray(picture).save(folder / "shot.1.png")
+    os.link(large_picture, folder / "shot.2.png")
+    program = start("-n", 1, 2, 1, "shot.@.png")
+    hanging = converter_of(program, "shot.2.png")
+    os.kill(hanging, signal.SIGSTOP)
+    program.find(picture)
+    assert program.close() == 0
+    wait_until(lambda: not Path(f"/proc/{hanging}").exists(), what="the end of the converter")
 
 
 def test_older_kinds_are_refused_by_name(system, start, folder):
