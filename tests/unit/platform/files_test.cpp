@@ -175,6 +175,106 @@ TEST(Streams, ATerminalIsACharacterDevice) {
     EXPECT_FALSE(isTerminal(streamDescriptor(file.get())));
 }
 
+TEST(CreatedFiles, CanBeReadBack) {
+    const TemporaryFolder folder;
+    const FilePtr file(
+        createFile(folder.path("Gr\xC3\xB6\xC3\x9F"
+                               "e")));
+    ASSERT_TRUE(file);
+    std::fputs("a\nb", file.get());
+    ASSERT_TRUE(seekStream(file.get(), 1, SEEK_SET));
+    EXPECT_EQ(std::fgetc(file.get()), '\n');
+    EXPECT_EQ(std::fgetc(file.get()), 'b');
+}
+
+TEST(CreatedFiles, NeverTakeThePlaceOfWhatIsThere) {
+    const TemporaryFolder folder;
+    folder.addFile("file", "kept");
+    folder.addFolder("folder");
+    for (const char* name : {"file", "folder"}) {
+        errno = 0;
+        EXPECT_EQ(createFile(folder.path(name)), nullptr) << name;
+        EXPECT_EQ(errno, EEXIST) << name;
+    }
+    EXPECT_EQ(contentsOf(folder.path("file")), "kept");
+}
+
+TEST(CreatedFiles, NeedAFolder) {
+    const TemporaryFolder folder;
+    errno = 0;
+    EXPECT_EQ(createFile(folder.path("missing/file")), nullptr);
+    EXPECT_EQ(errno, ENOENT);
+}
+
+TEST(ReplacedFiles, AreGoneUnderTheirOldName) {
+    const TemporaryFolder folder;
+    folder.addFile("new", "new");
+    folder.addFile("old", "old");
+    ASSERT_TRUE(replaceFile(folder.path("new"), folder.path("old")));
+    EXPECT_EQ(contentsOf(folder.path("old")), "new");
+    EXPECT_EQ(sortedListing("", folder.path()), Names{"old"});
+    ASSERT_TRUE(replaceFile(folder.path("old"), folder.path("other"))) << "nobody has the name";
+    EXPECT_EQ(contentsOf(folder.path("other")), "new");
+}
+
+TEST(ReplacedFiles, HandOnTheirPermissions) {
+    const TemporaryFolder folder;
+    folder.addFile("new");
+    folder.addFile("old");
+    const auto permissionsOf = [&](const char* name) {
+        return std::filesystem::status(pathOf(folder.path(name))).permissions();
+    };
+    using std::filesystem::perms;
+    std::filesystem::permissions(pathOf(folder.path("old")),
+                                 perms::owner_read | perms::owner_write | perms::group_exec);
+    const perms before = permissionsOf("old");
+    ASSERT_TRUE(replaceFile(folder.path("new"), folder.path("old")));
+    EXPECT_EQ(permissionsOf("old"), before);
+}
+
+TEST(ReplacedFiles, StayWhenThereIsNothingToReplaceThemWith) {
+    const TemporaryFolder folder;
+    folder.addFile("old", "old");
+    errno = 0;
+    EXPECT_FALSE(replaceFile(folder.path("missing"), folder.path("old")));
+    EXPECT_EQ(errno, ENOENT);
+    EXPECT_EQ(contentsOf(folder.path("old")), "old");
+}
+
+TEST(ReplacedFiles, AreNeverFolders) {
+    const TemporaryFolder folder;
+    folder.addFile("new", "new");
+    folder.addFolder("old");
+    errno = 0;
+    EXPECT_FALSE(replaceFile(folder.path("new"), folder.path("old")));
+    EXPECT_NE(errno, 0);
+    EXPECT_EQ(contentsOf(folder.path("new")), "new");
+}
+
+TEST(Links, LeadToTheFileItself) {
+    const TemporaryFolder folder;
+    folder.addFile("file");
+    std::error_code refused;
+    std::filesystem::create_symlink(pathOf("file"), pathOf(folder.path("link")), refused);
+    std::filesystem::create_symlink(pathOf("link"), pathOf(folder.path("chain")), refused);
+    std::filesystem::create_symlink(pathOf("missing"), pathOf(folder.path("lost")), refused);
+    if (refused) GTEST_SKIP() << "this system gives no links: " << refused.message();
+    for (const char* name : {"link", "chain"}) {
+        const std::string target = followLinks(folder.path(name));
+        EXPECT_TRUE(std::filesystem::equivalent(pathOf(target), pathOf(folder.path("file"))));
+        EXPECT_EQ(pathOf(target).filename(), "file") << name;
+    }
+    EXPECT_EQ(followLinks(folder.path("lost")), folder.path("lost"));
+}
+
+TEST(Links, OtherNamesStayAsTheyAre) {
+    const TemporaryFolder folder;
+    folder.addFile("file");
+    for (const std::string& name : {folder.path("file"), folder.path() + "/./file",
+                                    folder.path("missing"), folder.path(), std::string()})
+        EXPECT_EQ(followLinks(name), name);
+}
+
 TEST(FolderListing, HasTheBareNamesOfFilesAndFolders) {
     const TemporaryFolder folder;
     folder.addFile("shot.1");
