@@ -1,6 +1,6 @@
 // The image plug-in table: the file types that the image converter reads and writes. The table is
-// the converter's own (resources/image_types.txt, less what this build has no library for), so that
-// the dialogs offer what the converter can do without this program linking any image library.
+// the converter's own (resources/image_types.txt), so that the dialogs offer what the converter can do
+// without this program linking any image library.
 //
 // A type is named by its plug-in name, which users read ("Targa"); its key ("tga") is what the
 // converter is told. Questions about a name that is not there give an empty text or false.
@@ -22,7 +22,7 @@ struct ImageType {
     bool multiFrame;  // a file may hold several pictures
 };
 
-// The whole table of this build, in the order of the dialogs.
+// The whole table, in the order of the dialogs.
 std::span<const ImageType> allImageTypes();
 
 // Makes the table known to the functions below; until then there are no plug-ins.

@@ -18,12 +18,9 @@ import framereader
 from desktop import wait_until
 from program import ROOT, processes_marked
 
-# Extension, and how far a single sample may lie off: files that are packed with loss are unpacked a
-# little differently by each library (some smooth the colours between the samples there are, others
-# repeat them). On the average they agree.
-TYPES = {".png": 0, ".bmp": 0, ".gif": 0, ".tga": 0, ".ppm": 0, ".pnm": 0, ".pgm": 0,
-         ".tif": 0, ".tiff": 0, ".webp": 3, ".jpg": 20, ".jpeg": 20}
-AVERAGE = 1.5
+# Files that are packed with loss are unpacked alike too.
+TYPES = {".png", ".bmp", ".gif", ".tga", ".ppm", ".pnm", ".pgm", ".tif", ".tiff", ".webp", ".jpg",
+         ".jpeg"}
 
 
 @pytest.fixture(scope="session")
@@ -62,13 +59,13 @@ def rgba(frame):
 
 
 def difference(ours, theirs):
-    """The largest one, and the average; what nothing is seen of has no colour to compare."""
+    """The largest one; what nothing is seen of has no colour to compare."""
     if ours.shape != theirs.shape:
-        return f"{ours.shape} instead of {theirs.shape}", 0
+        return f"{ours.shape} instead of {theirs.shape}"
     seen = (theirs[..., 3:] > 0).astype(int)
     apart = np.abs(ours.astype(int) - theirs.astype(int))
     apart[..., :3] *= seen
-    return int(apart.max()), float(apart.mean())
+    return int(apart.max())
 
 
 def is_broken(path):
@@ -78,7 +75,6 @@ def is_broken(path):
 
 # What the other library sees differently. Outside the first image of an animation, and where it has
 # no pixels, it paints a background or makes the canvas larger; the suite's own notes say what we do.
-# Colours of 5 bits are widened by it without rounding.
 OTHERWISE = {
     "image-outside-bg.gif", "image-overlap-bg.gif", "image-inside-bg.gif", "missing-pixels.gif",
     "dispose-restore-background.gif", "high-color.gif", "images-combine.gif", "invalid-colors.gif",
@@ -86,22 +82,14 @@ OTHERWISE = {
 
 
 def tolerance(path):
-    return 1 if "16bpp" in path.name else TYPES[path.suffix.lower()]
-
-
-def known_types(system):
-    """The extensions that the converter lists."""
-    listed = system.run_tool("pixconv", "--formats")
-    assert listed.status == 0
-    return set(listed.output.decode().split())
+    """How far a sample may lie off: colours of 5 bits are widened by the other library without
+    rounding."""
+    return 1 if "16bpp" in path.name else 0
 
 
 def test_real_pictures_become_what_other_libraries_read(system, real_pictures):
-    types = known_types(system)
     wrong, compared = [], 0
     for path in real_pictures:
-        if path.suffix.lower().lstrip(".") not in types:
-            continue
         known_otherwise = is_broken(path) or path.name in OTHERWISE
         theirs = None if known_otherwise else as_others_read_it(path)
         done = system.run_tool("pixconv", path, "stdout")
@@ -115,9 +103,9 @@ def test_real_pictures_become_what_other_libraries_read(system, real_pictures):
             continue
         ours = rgba(framereader.read(done.output))
         compared += 1
-        apart, average = difference(ours, theirs)
-        if isinstance(apart, str) or apart > tolerance(path) or average > AVERAGE:
-            wrong.append(f"{path}: {apart}, on the average {average}")
+        apart = difference(ours, theirs)
+        if isinstance(apart, str) or apart > tolerance(path):
+            wrong.append(f"{path}: {apart}")
     assert not wrong, "\n".join(wrong)
     assert compared > 250
 
@@ -131,8 +119,6 @@ def square_picture(channels=4):
 
 @pytest.mark.parametrize("extension", ["png", "tif"])
 def test_a_picture_survives_the_way_to_a_frame_and_back(system, tmp_path, extension):
-    if extension not in known_types(system):
-        pytest.skip(f"this build has no {extension}")
     pixels = square_picture()
     source, frame, target = (tmp_path / f"bild ä {i}.{extension}" for i in ("1", "frame", "2"))
     Image.fromarray(pixels, "RGBA").save(source)

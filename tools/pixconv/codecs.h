@@ -1,4 +1,4 @@
-// The file types of this build.
+// The file types of the converter.
 #pragma once
 
 #include <span>
@@ -16,7 +16,7 @@ extern const Codec pnmCodec, pfmCodec, sgiCodec, dpxCodec, cineonCodec;
 // In the order of the image type table; each has a row there (host/image_plugins.h).
 std::span<const Codec* const> allCodecs();
 
-// Null when this build has no such type.
+// Null when there is no such type.
 const Codec* codecOfKey(std::string_view key);
 
 }  // namespace vistel

@@ -143,7 +143,7 @@ bool readPixels(Reader& reader, Picture& picture) {
 }
 
 Failure read(const SourceFile& source, Picture& picture) {
-    const JpegMarks marks = marksOfJpeg(source);
+    const int orientation = orientationOfJpeg(source);
     Reader reader;
     if (!readHeader(reader, source.file)) return std::string(reader.report.text);
     Failure failure = picture.allocate(reader.jpeg.image_width, reader.jpeg.image_height, false);
@@ -151,7 +151,7 @@ Failure read(const SourceFile& source, Picture& picture) {
     picture.colour = reader.jpeg.out_color_space != JCS_GRAYSCALE;
     reader.row.resize(picture.rowSamples());
     if (!readPixels(reader, picture)) return std::string(reader.report.text);
-    return turnUpright(picture, marks.orientation);
+    return turnUpright(picture, orientation);
 }
 
 // --- writing ---

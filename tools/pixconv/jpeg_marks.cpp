@@ -11,26 +11,13 @@ namespace vistel {
 namespace {
 
 constexpr std::string_view exifMark("Exif\0\0", 6);
-constexpr std::string_view inkMark("Adobe");
 constexpr uint16_t orientationTag = 0x112, shortType = 3;
 constexpr size_t entryBytes = 12;
 
-constexpr int app1 = 0xE1, app14 = 0xEE, startOfScan = 0xDA, endOfImage = 0xD9;
-
-// The segments that describe the picture; four of their row mean something else.
-bool isFrame(int marker) {
-    return marker >= 0xC0 && marker <= 0xCF && marker != 0xC4 && marker != 0xC8 && marker != 0xCC;
-}
+constexpr int app1 = 0xE1, startOfScan = 0xDA, endOfImage = 0xD9;
 
 bool startsWith(std::span<const uint8_t> bytes, std::string_view mark) {
     return bytes.size() >= mark.size() && std::memcmp(bytes.data(), mark.data(), mark.size()) == 0;
-}
-
-void readSegment(int marker, std::span<const uint8_t> body, JpegMarks& marks) {
-    // Other data goes under the same markers.
-    if (marker == app1 && startsWith(body, exifMark)) marks.orientation = orientationOfExif(body);
-    if (marker == app14 && startsWith(body, inkMark)) marks.inksInverted = true;
-    if (isFrame(marker) && body.size() >= 6) marks.channels = body[5];
 }
 
 // The next segment's marker; below 0 when there is none before the first scan.
@@ -52,17 +39,18 @@ bool readBody(ByteSource& source, std::vector<uint8_t>& body) {
 
 }  // namespace
 
-JpegMarks marksOfJpeg(const SourceFile& file) {
-    JpegMarks marks;
+int orientationOfJpeg(const SourceFile& file) {
+    int orientation = 1;
     ByteSource source(file);
     std::vector<uint8_t> body;
     if (source.goTo(2)) {  // behind the start of the image
         int marker;
         while ((marker = nextMarker(source)) >= 0 && readBody(source, body))
-            readSegment(marker, body, marks);
+            // Other data goes under the same marker.
+            if (marker == app1 && startsWith(body, exifMark)) orientation = orientationOfExif(body);
     }
     std::rewind(file.file);
-    return marks;
+    return orientation;
 }
 
 //  offset  width  of what follows the mark, in the byte order that it starts with

@@ -8,16 +8,11 @@
 
 namespace vistel {
 
-struct JpegMarks {
-    int orientation = 1;        // 1 to 8 (turned.h), as cameras write it
-    int channels = 0;           // 0: not told
-    bool inksInverted = false;  // the mark of the inks' first user: 255 is none
-};
+// As cameras write it: 1 to 8 (turned.h). 1 when none can be read. The stream is at its start
+// afterwards.
+int orientationOfJpeg(const SourceFile& source);
 
-// The stream is at its start afterwards. What cannot be read is taken as not told.
-JpegMarks marksOfJpeg(const SourceFile& source);
-
-// From the body of an APP1 segment: 1 to 8. 1 when it holds no readable orientation.
+// The same, from the body of an APP1 segment.
 int orientationOfExif(std::span<const uint8_t> body);
 
 }  // namespace vistel

@@ -80,7 +80,7 @@ TEST(Codecs, KeepEverySampleOfWhatTheyHold) {
                         {"webp", false, false}};
     for (const Row& row : rows) {
         const Codec* codec = codecOfKey(row.key);
-        if (!codec) continue;
+        ASSERT_TRUE(codec) << row.key;
         for (int shape = 0; shape < 8; ++shape) {
             SCOPED_TRACE(std::string(row.key) + " shape " + std::to_string(shape));
             const bool wide = (shape & 4) != 0;
@@ -105,7 +105,7 @@ TEST(Codecs, KeepPicturesOfOnePixelAndOfOddShapes) {
     for (const char* key : {"tavo", "png", "tiff", "exr", "webp"})
         for (const auto& size : sizes) {
             const Codec* codec = codecOfKey(key);
-            if (!codec) continue;
+            ASSERT_TRUE(codec) << key;
             SCOPED_TRACE(std::string(key) + " " + std::to_string(size[0]) + " x " +
                          std::to_string(size[1]));
             Picture picture = samplePicture(size[0], size[1], true, true, false);
@@ -139,7 +139,7 @@ TEST(Codecs, DepthIsKeptByFramesAndByOpenExr) {
     for (const char* key : {"tavo", "exr"})
         for (const bool wide : {false, true}) {
             const Codec* codec = codecOfKey(key);
-            if (!codec) continue;
+            ASSERT_TRUE(codec) << key;
             Picture picture = samplePicture(70, 67, true, false, wide);
             ASSERT_FALSE(picture.allocateZ());
             for (size_t i = 0; i < picture.z.size(); ++i)
@@ -160,7 +160,7 @@ TEST(Codecs, FilesThatAreCutAnywhereAreRefused) {
     const Row rows[] = {{"tavo", 8}, {"png", 0}, {"jpeg", 2}, {"tiff", 0}, {"exr", 0}, {"webp", 0}};
     for (const Row& row : rows) {
         const Codec* codec = codecOfKey(row.key);
-        if (!codec) continue;
+        ASSERT_TRUE(codec) << row.key;
         SCOPED_TRACE(row.key);
         for (const bool mask : {false, true}) {
             const FileBytes bytes = writtenBytes(*codec, samplePicture(7, 5, true, mask, false));
@@ -172,7 +172,7 @@ TEST(Codecs, FilesThatAreCutAnywhereAreRefused) {
 TEST(Codecs, SpoiltBytesDoNoHarm) {
     for (const char* key : {"tavo", "png", "jpeg", "tiff", "exr", "webp"}) {
         const Codec* codec = codecOfKey(key);
-        if (!codec) continue;
+        ASSERT_TRUE(codec) << key;
         SCOPED_TRACE(key);
         const FileBytes bytes = writtenBytes(*codec, samplePicture(9, 6, true, true, false));
         expectSpoiltBytesDoNoHarm(*codec, bytes, 700);

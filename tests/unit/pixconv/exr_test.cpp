@@ -80,7 +80,6 @@ FileBytes exr(const std::vector<Channel>& channels, const Window& data, const Wi
 }
 
 TEST(OpenExr, ChannelsAreFoundByTheirNames) {
-    if (!codecOfKey("exr")) GTEST_SKIP() << "this build has no OpenEXR";
     struct Row {
         const char* what;
         std::vector<Channel> channels;
@@ -104,24 +103,22 @@ TEST(OpenExr, ChannelsAreFoundByTheirNames) {
             const float values[] = {0.25f, 0.5f, 1, 0};
             return values[channel];
         });
-        EXPECT_EQ(samplesOf(*codecOfKey("exr"), bytes), row.samples);
+        EXPECT_EQ(samplesOf(exrCodec, bytes), row.samples);
     }
 }
 
 TEST(OpenExr, DepthComesWithoutColourToo) {
-    if (!codecOfKey("exr")) GTEST_SKIP() << "this build has no OpenEXR";
     const Window window{0, 0, 1, 1};
     Picture picture;
     const FileBytes bytes =
         exr({{"Z"}}, window, window, [](int, int x, int y) { return float(x) + 1000 * float(y); });
-    const Failure failure = readBytes(*codecOfKey("exr"), bytes, picture);
+    const Failure failure = readBytes(exrCodec, bytes, picture);
     ASSERT_FALSE(failure) << *failure;
     EXPECT_EQ(std::vector<float>(picture.z.begin(), picture.z.end()),
               (std::vector<float>{0, 1, 1000, 1001}));
 }
 
 TEST(OpenExr, TheDisplayWindowIsThePicture) {
-    if (!codecOfKey("exr")) GTEST_SKIP() << "this build has no OpenEXR";
     struct Row {
         const char* what;
         Window data, display;
@@ -141,7 +138,7 @@ TEST(OpenExr, TheDisplayWindowIsThePicture) {
         const FileBytes bytes =
             exr({{"A"}, {"R"}}, row.data, row.display, [](int, int, int) { return 1.0f; });
         Picture picture;
-        const Failure failure = readBytes(*codecOfKey("exr"), bytes, picture);
+        const Failure failure = readBytes(exrCodec, bytes, picture);
         ASSERT_FALSE(failure) << *failure;
         std::vector<int> red, mask;
         for (size_t i = 0; i < picture.samples.size(); i += 4) {
@@ -154,14 +151,13 @@ TEST(OpenExr, TheDisplayWindowIsThePicture) {
 }
 
 TEST(OpenExr, WideFilesWithManyChannelsAreRead) {
-    if (!codecOfKey("exr")) GTEST_SKIP() << "this build has no OpenEXR";
     std::vector<Channel> channels{{"B"}, {"G"}, {"R"}};
     for (int i = 10; i < 80; ++i) channels.push_back({"more." + std::to_string(i)});
     const Window window{0, 0, 4095, 1};
     const FileBytes bytes = exr(channels, window, window,
                                 [](int channel, int, int) { return channel == 1 ? 1.0f : 0.0f; });
     Picture picture;
-    const Failure failure = readBytes(*codecOfKey("exr"), bytes, picture);
+    const Failure failure = readBytes(exrCodec, bytes, picture);
     ASSERT_FALSE(failure) << *failure;
     EXPECT_EQ(picture.width, 4096u);
     const uint8_t* last = picture.row(1) + 4 * 4095;
@@ -169,7 +165,6 @@ TEST(OpenExr, WideFilesWithManyChannelsAreRead) {
 }
 
 TEST(OpenExr, WindowsBeyondReasonAreRefused) {
-    if (!codecOfKey("exr")) GTEST_SKIP() << "this build has no OpenEXR";
     const Window one{0, 0, 0, 0};
     const FileBytes good = exr({{"R"}}, one, one, [](int, int, int) { return 1.0f; });
     const Window windows[] = {{0, 0, 0x7FFFFFFE, 0},
@@ -184,7 +179,7 @@ TEST(OpenExr, WindowsBeyondReasonAreRefused) {
             const size_t at = text.find(name) + std::strlen(name) + 1 + 6 + 4;
             const FileBytes lie = box(window);
             std::copy(lie.begin(), lie.end(), bytes.begin() + std::ptrdiff_t(at));
-            EXPECT_NE(failureOf(*codecOfKey("exr"), bytes), "") << name << " " << &window - windows;
+            EXPECT_NE(failureOf(exrCodec, bytes), "") << name << " " << &window - windows;
         }
 }
 

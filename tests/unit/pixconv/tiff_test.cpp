@@ -123,7 +123,6 @@ Tiff paletted() {
 }
 
 TEST(Tiff, EveryLayoutIsRead) {
-    if (!codecOfKey("tiff")) GTEST_SKIP() << "this build has no TIFF";
     struct Row {
         const char* what;
         Tiff tiff;
@@ -167,12 +166,11 @@ TEST(Tiff, EveryLayoutIsRead) {
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.what);
-        EXPECT_EQ(samplesOf(*codecOfKey("tiff"), row.tiff.bytes()), row.samples);
+        EXPECT_EQ(samplesOf(tiffCodec, row.tiff.bytes()), row.samples);
     }
 }
 
 TEST(Tiff, PicturesAreTurnedUpright) {
-    if (!codecOfKey("tiff")) GTEST_SKIP() << "this build has no TIFF";
     // Stored 3 x 2: 1 2 3 / 4 5 6.
     struct Row {
         uint32_t orientation, width;
@@ -188,7 +186,7 @@ TEST(Tiff, PicturesAreTurnedUpright) {
         const Tiff tiff =
             with(strip(3, 2, {8}, 1, {1, 2, 3, 4, 5, 6}), orientation, {row.orientation});
         Picture picture;
-        const Failure failure = readBytes(*codecOfKey("tiff"), tiff.bytes(), picture);
+        const Failure failure = readBytes(tiffCodec, tiff.bytes(), picture);
         ASSERT_FALSE(failure) << *failure;
         EXPECT_EQ(picture.width, row.width);
         std::vector<int> values;
@@ -198,13 +196,11 @@ TEST(Tiff, PicturesAreTurnedUpright) {
 }
 
 TEST(Tiff, AStripThatClaimsMoreThanTheFileHoldsIsReadWhenItsPixelsAreThere) {
-    if (!codecOfKey("tiff")) GTEST_SKIP() << "this build has no TIFF";
     const Tiff tiff = with(strip(1, 1, {8}, 1, {9}), stripBytes, {0xFFFFFFFF});
-    EXPECT_EQ(samplesOf(*codecOfKey("tiff"), tiff.bytes()), (std::vector<int>{9, 9, 9, 255}));
+    EXPECT_EQ(samplesOf(tiffCodec, tiff.bytes()), (std::vector<int>{9, 9, 9, 255}));
 }
 
 TEST(Tiff, HeadersThatPromiseTooMuchAreRefused) {
-    if (!codecOfKey("tiff")) GTEST_SKIP() << "this build has no TIFF";
     const Tiff small = strip(1, 1, {8}, 1, {1});
     const Tiff files[] = {
         with(with(small, width, {60000}), height, {60000}),
@@ -217,7 +213,7 @@ TEST(Tiff, HeadersThatPromiseTooMuchAreRefused) {
         with(with(tile(), tileWidth, {65520}), tileHeight, {65520}),
     };
     for (const Tiff& file : files)
-        EXPECT_NE(failureOf(*codecOfKey("tiff"), file.bytes()), "") << &file - files;
+        EXPECT_NE(failureOf(tiffCodec, file.bytes()), "") << &file - files;
 }
 
 }  // namespace
