@@ -34,6 +34,10 @@ bool begins(const Word& word, const char* threeCharacters) {
     return std::memcmp(word.data(), threeCharacters, 3) == 0;
 }
 
+bool opensContainer(const Word& first) {
+    return begins(first, "FOR") || begins(first, "LIS") || begins(first, "CAT");
+}
+
 int rasterKind(const Word& number) {
     const bool small = number[1] == 0 && number[2] == 0 && number[3] == 0;
     return small && number[0] <= 3 ? number[0] : int{fileKindOther};
@@ -52,8 +56,7 @@ int readKind(FILE* stream, std::vector<Word>& back) {
     if (first == packedSignature) return fileKindPacked;
     if (first == oldRasterSignature) return fileKindOldRaster;
     const bool raster = first == rasterSignature;
-    const bool container = begins(first, "FOR") || begins(first, "LIS") || begins(first, "CAT");
-    if (!raster && !container) return fileKindOther;
+    if (!raster && !opensContainer(first)) return fileKindOther;
 
     if (!readWord(stream, second)) return fileKindUnreadable;
     back = {second, first};
@@ -71,6 +74,14 @@ bool isStandardInput(std::string name) {
 }
 
 }  // namespace
+
+bool startsAsImage(std::span<const uint8_t> start) {
+    Word first, type;
+    if (start.size() < 3 * first.size()) return false;
+    std::copy_n(start.begin(), first.size(), first.begin());
+    std::copy_n(start.begin() + 2 * first.size(), type.size(), type.begin());
+    return opensContainer(first) && containerKind(first, type) != fileKindContainer;
+}
 
 int probeStream(FILE* stream, bool pushBack) {
     std::vector<Word> back;

@@ -1,7 +1,9 @@
 // What kind of picture file a name stands for, told by its first bytes.
 #pragma once
 
+#include <cstdint>
 #include <cstdio>
+#include <span>
 #include <string>
 
 namespace vistel {
@@ -22,6 +24,10 @@ enum FileKind : int {
 // The kind of a file. "stdin", in any case, is standard input, which stays open and gets back the
 // bytes that were read (see probeStream).
 int probeFileKind(const std::string& name);
+
+// Whether a file that starts so, with 12 bytes at least, is of kind fileKindImage or
+// fileKindImageList.
+bool startsAsImage(std::span<const uint8_t> start);
 
 // The kind of what a stream holds from its position on; reads up to 12 bytes. With pushBack the
 // words of four bytes that were read are pushed back, for a container in the order size, type,

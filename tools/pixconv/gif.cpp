@@ -183,6 +183,9 @@ Failure readPicture(ByteSource& source, bool coloured, Colours& colours, int tra
         if (auto failure = canvas.allocate(place.width, place.height, false)) return failure;
     canvas.mask = true;
     if (place.width == 0 || place.height == 0) return {};
+    // Most of it lies beyond the canvas, and unpacking it all would take long.
+    if (uint64_t{place.width} * place.height * 4 > mostPictureBytes)
+        return "the file is damaged: a picture far larger than its canvas";
     if (!readColours(source, bytes[8], coloured, colours)) return endsInHeader();
     if (!coloured) return "the file is damaged: no colours";
     const int rootBits = source.next();

@@ -7,14 +7,15 @@
 // less 128 of the next byte, else so many bytes follow); otherwise it is pixel after pixel, where
 // 1, 1, 1, n is the pixel before n times more, with the next such one 256 times n.
 //
-// EXPOSURE tells what the light was multiplied with, once for each such line; GAMMA the power whose
-// root was taken of it.
+// GAMMA tells the power whose root was taken of the light. EXPOSURE tells what the light was
+// multiplied with so that it can be seen: it is shown so.
 
 #include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
 #include <cstring>
+#include <string_view>
 #include <vector>
 
 #include "byte_source.h"
@@ -29,7 +30,7 @@ namespace vistel {
 namespace {
 
 struct Header {
-    double exposure = 1, gamma = 1;
+    double gamma = 1;
     uint32_t rows = 0, columns = 0;  // as stored
     int orientation = 1;             // for turnUpright
 };
@@ -43,16 +44,16 @@ bool recognises(std::span<const uint8_t> start) {
            startsWith("#?RGBE\r");
 }
 
-// Multiplies the value by the number behind "NAME=", when the line is that and the number a
-// sensible one.
-void applyLine(const std::string& line, const char* name, double& value) {
+// Multiplies the gamma by the one in the line, when the line holds one and it is sensible.
+void applyGamma(const std::string& line, double& gamma) {
+    constexpr std::string_view name = "GAMMA=";
     if (!line.starts_with(name)) return;
-    const char* from = line.data() + std::strlen(name);
+    const char* from = line.data() + name.size();
     const char* end = line.data() + line.size();
     while (from < end && isBlank(*from)) ++from;
     double number = 0;
     if (std::from_chars(from, end, number).ec != std::errc()) return;
-    if (number > 0 && std::isfinite(number) && std::isnormal(value * number)) value *= number;
+    if (number > 0 && std::isfinite(number) && std::isnormal(gamma * number)) gamma *= number;
 }
 
 Failure readResolution(ByteSource& source, Header& header) {
@@ -86,8 +87,7 @@ Failure readHeader(ByteSource& source, Header& header) {
         if (line.empty()) break;
         if (line.starts_with("FORMAT=") && line != "FORMAT=32-bit_rle_rgbe")
             return "the Radiance format " + line.substr(7) + " is not supported";
-        applyLine(line, "EXPOSURE=", header.exposure);
-        applyLine(line, "GAMMA=", header.gamma);
+        applyGamma(line, header.gamma);
     }
     return readResolution(source, header);
 }
@@ -144,21 +144,21 @@ Outcome readRow(ByteSource& source, uint8_t* row, uint32_t columns) {
     return outcome;
 }
 
-// The samples of bytes and exponents, with what was done to the light undone.
-class Undoing {
+// The samples of bytes and exponents.
+class SampleTable {
  public:
-    explicit Undoing(const Header& header) : gamma_(header.gamma), exposure_(header.exposure) {
+    explicit SampleTable(double gamma) : gamma_(gamma) {
         for (int exponent = 1; exponent < 256; ++exponent)
             scale_[size_t(exponent)] = std::ldexp(1.0, exponent - 136);
     }
     uint8_t sample(uint8_t byte, uint8_t exponent) const {
         double light = byte * scale_[exponent];
         if (gamma_ != 1) light = std::pow(light, gamma_);
-        return byteFromLinear(float(light / exposure_));
+        return byteFromLinear(float(light));
     }
 
  private:
-    const double gamma_, exposure_;
+    const double gamma_;
     std::array<double, 256> scale_{};  // exponent 0 is black
 };
 
@@ -167,14 +167,14 @@ Failure read(const SourceFile& file, Picture& picture) {
     Header header;
     if (auto failure = readHeader(source, header)) return failure;
     if (auto failure = picture.allocate(header.columns, header.rows, false)) return failure;
-    const Undoing undoing(header);
+    const SampleTable table(header.gamma);
     for (uint32_t y = 0; y < header.rows; ++y) {
         uint8_t* row = picture.row(y);
         const Outcome outcome = readRow(source, row, header.columns);
         if (outcome == Outcome::cut) return endsInRow(y, header.rows);
         if (outcome == Outcome::damaged) return damagedRow(y, header.rows);
         for (size_t x = 0; x < header.columns; ++x, row += 4)
-            for (size_t i = 0; i < 3; ++i) row[i] = undoing.sample(row[i], row[3]);
+            for (size_t i = 0; i < 3; ++i) row[i] = table.sample(row[i], row[3]);
         completeRow(picture, y);
     }
     return turnUpright(picture, header.orientation);

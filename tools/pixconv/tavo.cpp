@@ -224,14 +224,6 @@ Failure readTavo(const SourceFile& source, Picture& picture) {
     return readFrame(source.file, picture);
 }
 
-bool recognisesTavo(std::span<const uint8_t> start) {
-    if (start.size() < 12) return false;
-    const auto is = [&](size_t at, const char* text) {
-        return std::memcmp(start.data() + at, text, 3) == 0;
-    };
-    return (is(0, "FOR") || is(0, "LIS") || is(0, "CAT")) && is(8, "CIM");
-}
-
 // --- writing ---
 
 int writeRows(ImageWriter& writer, const Picture& picture) {
@@ -300,6 +292,6 @@ Failure writeFrame(const Picture& picture, FILE* out) {
     return "the frame cannot be written: " + reasonOf(code);
 }
 
-const Codec tavoCodec = {"tavo", recognisesTavo, readTavo, writeTavo};
+const Codec tavoCodec = {"tavo", startsAsImage, readTavo, writeTavo};
 
 }  // namespace vistel

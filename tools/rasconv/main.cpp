@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstring>
 #include <string>
+#include <vector>
 
 #include "iff/file_kind.h"
 #include "platform/files.h"
@@ -48,22 +49,20 @@ std::string refusal(const std::string& file) {
 
 int main(int argc, char** argv) {
     vistel::platform::keepStandardStreams();
-    std::string file;
-    int words = 0;
+    std::vector<std::string> words;
     for (int i = 1; i < argc; ++i) {
         const std::string word = argv[i];
         if (word == "--help") {
             std::fputs(usage, stdout);
             return 0;
         }
-        if (word == "-s" || word == "-B") continue;
-        if (words++ == 0) file = word;
-        if (words > 2 || (words == 2 && word != "stdout")) words = 3;
+        if (word != "-s" && word != "-B") words.push_back(word);
     }
-    if (words != 1 && words != 2) {
+    if (words.empty() || words.size() > 2 || (words.size() == 2 && words[1] != "stdout")) {
         std::fputs(usage, stderr);
         return 1;
     }
+    const std::string& file = words[0];
     std::fprintf(stderr, "rasconv: %s: %s\n", file.c_str(), refusal(file).c_str());
     return 1;
 }

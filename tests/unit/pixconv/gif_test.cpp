@@ -194,6 +194,8 @@ TEST(Gif, WhatIsDamagedIsRefusedInWords) {
          "the file is damaged: a code that nothing stands for"},
         {gif(2, 2, 2, {}, whole, {9, 2, 44, 1, 0}),
          "the file is damaged: a code that nothing stands for"},
+        {gif(1, 1, 2, {}, place(0, 0, 65535, 65535), packed({1})),
+         "the file is damaged: a picture far larger than its canvas"},
         {gif(65535, 65535, 2, {}, whole, packed({1})),
          "the picture is too large: it would take over 1 GB"},
     };
