@@ -7,6 +7,7 @@
 #include <map>
 #include <mutex>
 #include <new>
+#include <thread>
 
 #include "platform/command.h"
 #include "platform/process.h"
@@ -29,8 +30,15 @@ enum class Leaving { released, abandoned };
 struct Lingering {
     Command command;
     Leaving leaving;
-    Clock::time_point since;
+    Clock::time_point since;  // when it was left, or made to end for the last time
 };
+
+// An abandoned command has ended when all that it has started has: until then the system must keep
+// what that is known by.
+bool collectIfEnded(Lingering& entry) {
+    if (entry.leaving == Leaving::abandoned && !familyHasEnded(entry.command)) return false;
+    return collect(entry.command, 0).has_value();
+}
 
 class Commands {
  public:
@@ -45,7 +53,7 @@ class Commands {
     // Whether no more released commands should linger.
     bool full();
     // Takes a command that was hung up.
-    void linger(const Command& command, Leaving leaving);
+    void linger(Command& command, Leaving leaving);
 
  private:
     void collectEnded();
@@ -62,12 +70,13 @@ Commands& commands() {
 }
 
 void Commands::collectEnded() {
-    std::erase_if(lingering_,
-                  [](Lingering& entry) { return collect(entry.command, 0).has_value(); });
+    std::erase_if(lingering_, collectIfEnded);
     const Clock::time_point now = Clock::now();
-    for (const Lingering& entry : lingering_)
-        if (entry.leaving == Leaving::abandoned && now - entry.since > patience)
-            endWithDescendants(entry.command, true);
+    for (Lingering& entry : lingering_) {
+        if (entry.leaving == Leaving::released || now - entry.since <= patience) continue;
+        endFamily(entry.command, true);
+        entry.since = now;
+    }
 }
 
 FILE* Commands::start(const std::string& text, bool reading, CommandErrors errors) {
@@ -103,9 +112,9 @@ bool Commands::full() {
 }
 
 // Without memory for it a command ends when it likes, and is collected with the program.
-void Commands::linger(const Command& command, Leaving leaving) try {
+void Commands::linger(Command& command, Leaving leaving) try {
     const std::lock_guard lock(mutex_);
-    if (leaving == Leaving::abandoned) endWithDescendants(command, false);
+    if (leaving == Leaving::abandoned) endFamily(command, false);
     lingering_.push_back({command, leaving, Clock::now()});
     collectEnded();
 } catch (const std::bad_alloc&) {
@@ -116,13 +125,16 @@ void Commands::linger(const Command& command, Leaving leaving) try {
 void Commands::endAbandoned() {
     std::erase_if(lingering_,
                   [](const Lingering& entry) { return entry.leaving == Leaving::released; });
-    for (const auto& [stream, command] : byStream_)
-        if (command.reading) endWithDescendants(command, false);
+    for (auto& [stream, command] : byStream_)
+        if (command.reading) endFamily(command, false);
     const Clock::time_point end = Clock::now() + lastPatience;
     for (Lingering& entry : lingering_) {
-        bool ended = collect(entry.command, 0).has_value();
-        while (!ended && Clock::now() < end) ended = collect(entry.command, 1).has_value();
-        if (!ended) endWithDescendants(entry.command, true);
+        bool ended = collectIfEnded(entry);
+        while (!ended && Clock::now() < end) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            ended = collectIfEnded(entry);
+        }
+        if (!ended) endFamily(entry.command, true);
     }
 }
 
@@ -169,7 +181,7 @@ void abandonPipe(FILE* pipe) {
     std::optional<Command> command = commands().take(pipe);
     if (!command) return;
     hangUp(*command);
-    if (!collect(*command, 0)) commands().linger(*command, Leaving::abandoned);
+    commands().linger(*command, Leaving::abandoned);
 }
 
 }  // namespace vistel::platform

@@ -19,8 +19,10 @@ struct FileCloser {
 };
 using FilePtr = std::unique_ptr<FILE, FileCloser>;
 
-// Opens a file as fopen does ("r", "w", "r+"), always binary. A folder is never opened: null with
-// errno EISDIR. Null with errno set on failure.
+// Opens a file as fopen does ("r", "w", "r+"), always binary; no child process inherits it. A
+// folder is never opened: null with errno EISDIR. Null with errno set on failure. A named pipe is
+// opened for reading ("r") before it has a writer: a read at once would take that for its end, so
+// its bytes are to be awaited first (awaitBytes).
 [[nodiscard]] FILE* openFile(const std::string& name, const char* mode);
 
 // A new stream on a duplicate of the given standard descriptor (0, 1), mode as fopen; null with
@@ -76,10 +78,6 @@ size_t readBlockSize();
 // 64-bit position and seek; origin as fseek. seekStream returns false on failure.
 int64_t streamPosition(FILE* stream);
 [[nodiscard]] bool seekStream(FILE* stream, int64_t offset, int origin);
-
-// Creates a file for writing and reading back, always binary. Null with errno set on failure:
-// EEXIST when anything of that name is there already.
-[[nodiscard]] FILE* createFile(const std::string& name);
 
 // Gives the file `from` the name `to`, in the same folder, in the place of the file that has it,
 // whose permissions it takes; whoever opens `to` meets either of the two whole. False with errno

@@ -227,6 +227,52 @@ def test_standard_input_that_stalls_is_left_by_an_interrupt(start, length):
         os.close(write_end)
 
 
+# --- named pipes ----------------------------------------------------------------------------------
+
+
+def named_pipe(system, path):
+    if system.name == "wine":
+        pytest.skip("there no name of a file is that of a pipe")
+    os.mkfifo(path)
+
+
+def test_a_named_pipe_without_a_writer_is_left_by_an_interrupt(system, start, folder):
+    named_pipe(system, folder / "pipe")
+    program = start("pipe")
+    interrupt(program)
+    assert program.wait_for_exit(10) == 0
+    assert program.stderr() == ""
+
+
+@pytest.mark.parametrize("first, second", [(0, 2000), (2000, 5000)])
+def test_a_named_pipe_whose_writer_comes_late_is_waited_for(system, start, folder, first, second):
+    named_pipe(system, folder / "pipe")
+    data = image_form(PICTURE)
+    program = start("pipe")
+    time.sleep(1.5)
+    with open(folder / "pipe", "wb", buffering=0) as pipe:
+        for piece in (data[:first], data[first:second], data[second:]):
+            pipe.write(piece)
+            time.sleep(0.3)
+        program.find(SHOWN)
+    assert program.close() == 0
+    assert program.stderr() == ""
+
+
+def test_the_window_answers_while_a_named_pipe_has_no_writer(system, start, folder):
+    animation = Animation(1, 3).write(folder)
+    (folder / "shot.2").unlink()
+    named_pipe(system, folder / "shot.2")
+    program = start("shot.")
+    player = Player(program, animation)
+    with program.desktop.covering(player.x, player.y, 20, 20):
+        assert player.frame() == 1
+    program.find_part(player.animation.landmark())
+    begin = time.monotonic()
+    assert program.close(10) == 0
+    assert time.monotonic() - begin < 3
+
+
 # --- commands -------------------------------------------------------------------------------------
 
 
@@ -339,11 +385,20 @@ def test_a_command_that_has_written_its_image_and_stays_is_not_waited_for(system
     assert commands_left(program), "what it still does is the user's"
 
 
-def test_a_command_that_will_not_end_is_made_to(system, start, folder):
+# The command itself, a part of it, and one that the command leaves behind as it ends.
+STUBBORN = [
+    "trap '' TERM; EMIT; echo",
+    "(trap '' TERM; EMIT; :) | cat; echo",
+    "(trap '' TERM; EMIT; :) & echo; exit",
+]
+
+
+@pytest.mark.parametrize("words", STUBBORN)
+def test_a_command_that_will_not_end_is_made_to(system, start, folder, words):
     if system.name == "wine":
         pytest.skip("there an end cannot be refused")
     write(folder / "one", PICTURE)
-    program = start(f"pipe:trap '' TERM; {system.emit_command()} -w {LONG} one; echo")
+    program = start("pipe:" + words.replace("EMIT", f"{system.emit_command()} -w {LONG} one"))
     interrupt(program)
     assert program.wait_for_exit(10) == 0
     assert_no_commands_left(program)

@@ -8,6 +8,7 @@
 #include "codecs.h"
 #include "host/image_plugins.h"
 #include "platform/files.h"
+#include "platform/unfinished_file.h"
 #include "without_exceptions.h"
 
 namespace vistel {
@@ -87,11 +88,10 @@ Failure writeTo(FILE* file, const Codec& codec, const Picture& picture, const st
 }
 
 // A file of a new name beside the one of the given path. Null with errno set on failure.
-FILE* createBeside(const std::string& path, std::string& name) {
+FILE* createBeside(const std::string& path, platform::UnfinishedFile& unfinished) {
     const std::string folder = path.substr(0, path.find_last_of("/\\:") + 1);
     for (int number = 0; number < mostUnfinished; ++number) {
-        name = folder + "pixconv" + std::to_string(number) + ".tmp";
-        FILE* file = platform::createFile(name);
+        FILE* file = unfinished.create(folder + "pixconv" + std::to_string(number) + ".tmp");
         if (file || errno != EEXIST) return file;
     }
     return nullptr;
@@ -112,12 +112,11 @@ Failure writePicture(const Codec& codec, const Picture& picture, const std::stri
     }
     const std::string target = platform::followLinks(path);
     if (!mayBeWritten(target)) return systemError();
-    std::string unfinished;
+    platform::UnfinishedFile unfinished;
     FILE* file = createBeside(target, unfinished);
     if (!file) return systemError();
     Failure failure = writeTo(file, codec, picture, path);
-    if (!failure && !platform::replaceFile(unfinished, target)) failure = systemError();
-    if (failure) std::remove(unfinished.c_str());
+    if (!failure && !unfinished.replace(target)) failure = systemError();
     return failure;
 }
 

@@ -80,6 +80,76 @@ TEST(CommandPipes, AnAbandonedCommandIsEndedWithWhatItHasStarted) {
     EXPECT_FALSE(appears(file, milliseconds(2500)));
 }
 
+// The command ends at once, what it has started makes the file after some time.
+std::string fileFromBehind(const std::string& task, const std::string& words) {
+    const std::string partner = findProgram("pipe_partner").value_or("(no pipe_partner)");
+    if (partner.ends_with(".exe")) return "start /b \"\" \"" + partner + "\" " + task + " " + words;
+    return quotedCommand(partner, task, words + " &");
+}
+
+// Others that are started and closed meanwhile: with them those that were left are looked after.
+void goOnFor(milliseconds time) {
+    const Clock::time_point end = Clock::now() + time;
+    while (Clock::now() < end) {
+        FILE* pipe = openPipe("exit 5", "r");
+        ASSERT_TRUE(pipe);
+        EXPECT_EQ(closePipe(pipe), 5);
+        std::this_thread::sleep_for(milliseconds(100));
+    }
+}
+
+TEST(CommandPipes, WhatRefusesToEndIsMadeToThoughTheCommandHasEnded) {
+    const TemporaryFolder folder;
+    const std::string file = folder.path("late");
+    FILE* pipe = openPipe(command("stubborn", "3000 \"" + file + "\" || exit 1"), "r");
+    ASSERT_TRUE(pipe);
+    std::this_thread::sleep_for(milliseconds(500));  // it is running
+    abandonPipe(pipe);
+    goOnFor(milliseconds(1800));
+    EXPECT_FALSE(appears(file, milliseconds(1500)));
+}
+
+TEST(CommandPipes, WhatLivesOnBehindAnAbandonedCommandIsEnded) {
+    const TemporaryFolder folder;
+    std::vector<FILE*> pipes;
+    for (const char* task : {"late", "stubborn"}) {
+        pipes.push_back(openPipe(fileFromBehind(task, "3500 \"" + folder.path(task) + "\""), "r"));
+        ASSERT_TRUE(pipes.back());
+    }
+    std::this_thread::sleep_for(milliseconds(700));  // the commands themselves have ended
+    for (FILE* pipe : pipes) abandonPipe(pipe);
+    goOnFor(milliseconds(1800));
+    EXPECT_FALSE(appears(folder.path("late"), milliseconds(1600)));
+    EXPECT_FALSE(fileExists(folder.path("stubborn")));
+}
+
+TEST(CommandPipes, WhatLivesOnBehindOthersIsLeftAlone) {
+    const TemporaryFolder folder;
+    const auto start = [&](const std::string& name) {
+        return openPipe(fileFromBehind("late", "3000 \"" + folder.path(name) + "\""), "r");
+    };
+    FILE* released = start("released");
+    FILE* closed = start("closed");
+    FILE* abandoned = start("abandoned");
+    ASSERT_TRUE(released && closed && abandoned);
+    std::this_thread::sleep_for(milliseconds(700));
+    EXPECT_EQ(closePipe(closed), 0);
+    releasePipe(released);
+    abandonPipe(abandoned);
+    goOnFor(milliseconds(1000));
+    EXPECT_TRUE(appears(folder.path("released"), milliseconds(20'000)));
+    EXPECT_TRUE(appears(folder.path("closed"), milliseconds(20'000)));
+    EXPECT_FALSE(fileExists(folder.path("abandoned")));
+}
+
+TEST(CommandPipes, AbandoningTakesNoTime) {
+    FILE* pipe = openPipe(command("stubborn", std::string(longTime) + " late"), "r");
+    ASSERT_TRUE(pipe);
+    const Clock::time_point begin = Clock::now();
+    abandonPipe(pipe);
+    EXPECT_LT(Clock::now() - begin, milliseconds(500));
+}
+
 TEST(CommandPipes, AReleasedCommandMayFinish) {
     const TemporaryFolder folder;
     const Clock::time_point begin = Clock::now();

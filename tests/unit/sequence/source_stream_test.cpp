@@ -134,6 +134,8 @@ TEST_F(Streams, ANamedPipeIsOpenedOnce) {
     ASSERT_EQ(std::system(writer.c_str()), 0);
     OpenedSource opened = openFrameFile(pipe, false);
     ASSERT_TRUE(opened.stream);
+    while (platform::awaitBytes(opened.stream.file(), 10) == 0) {
+    }
     EXPECT_EQ(contents(opened.stream), imageForm(1));
 }
 

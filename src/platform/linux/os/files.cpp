@@ -12,12 +12,33 @@
 #include <clocale>
 #include <cstdlib>
 #include <cstring>
+#include <string_view>
 
 namespace vistel::platform {
 
+// Opening a named pipe would wait for its writer, without end: for reading it is opened without
+// waiting, and whoever reads it waits for bytes as for those of any pipe (awaitBytes).
+static int openWithoutWaiting(const char* name, int flags) {
+    const int descriptor = open(name, flags | O_NONBLOCK);
+    // Somebody holds a lease on the file, which takes a moment to be given back.
+    if (descriptor < 0) return errno == EWOULDBLOCK ? open(name, flags) : -1;
+    (void)fcntl(descriptor, F_SETFL, fcntl(descriptor, F_GETFL) & ~O_NONBLOCK);
+    return descriptor;
+}
+
+static FILE* openToRead(const char* name) {
+    const int descriptor = openWithoutWaiting(name, O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0) return nullptr;
+    FILE* file = fdopen(descriptor, "r");
+    if (!file) close(descriptor);
+    return file;
+}
+
 FILE* openFile(const std::string& name, const char* mode) {
     // "e": no child process inherits the file.
-    FilePtr file(std::fopen(name.c_str(), (std::string(mode) + "e").c_str()));
+    FilePtr file(std::string_view(mode) == "r"
+                     ? openToRead(name.c_str())
+                     : std::fopen(name.c_str(), (std::string(mode) + "e").c_str()));
     if (!file) return nullptr;
     struct stat status {};
     if (fstat(fileno(file.get()), &status) == 0 && S_ISDIR(status.st_mode)) {
@@ -108,6 +129,8 @@ static size_t bytesBuffered(const FILE* stream) {
     return static_cast<size_t>(stream->_IO_read_end - stream->_IO_read_ptr);
 }
 
+// A named pipe that no writer has opened yet has not ended: the system tells the end only of one
+// that had a writer since we opened it.
 size_t awaitBytes(FILE* stream, unsigned milliseconds) {
     if (const size_t buffered = bytesBuffered(stream)) return buffered;
     pollfd wanted = {fileno(stream), POLLIN, 0};
@@ -125,8 +148,6 @@ int64_t streamPosition(FILE* stream) { return ftello(stream); }
 bool seekStream(FILE* stream, int64_t offset, int origin) {
     return fseeko(stream, static_cast<off_t>(offset), origin) == 0;
 }
-
-FILE* createFile(const std::string& name) { return std::fopen(name.c_str(), "w+xe"); }
 
 bool replaceFile(const std::string& from, const std::string& to) {
     struct stat status {};

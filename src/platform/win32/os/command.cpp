@@ -25,8 +25,9 @@ struct HandleCloser {
 using Handle = std::unique_ptr<void, HandleCloser>;
 
 Handle openProcess(DWORD id) {
-    return Handle(
-        OpenProcess(PROCESS_QUERY_INFORMATION | PROCESS_TERMINATE | SYNCHRONIZE, FALSE, id));
+    constexpr DWORD rights =
+        PROCESS_QUERY_INFORMATION | PROCESS_TERMINATE | PROCESS_SET_QUOTA | SYNCHRONIZE;
+    return Handle(OpenProcess(rights, FALSE, id));
 }
 
 // In the system's own unit of 100 nanoseconds.
@@ -90,22 +91,46 @@ std::string withoutErrors(const std::string& text) {
     return quoted ? text.substr(0, text.size() - 1) + nowhere + "\"" : text + nowhere;
 }
 
-// The process and all that come from it, parents first. Identifiers are used again: who is older
-// than its parent comes from another one.
+// The process and all that come from it, parents first; it may have ended, but its identifier is
+// taken as long as we have a handle to it. Others are used again: who is older than its parent
+// comes from another one.
 std::vector<Handle> familyOf(HANDLE head) {
     const std::vector<PROCESSENTRY32> all = allProcesses();
     std::vector<Handle> family;
-    family.push_back(openProcess(GetProcessId(head)));
-    for (size_t i = 0; i < family.size() && family[i]; ++i) {
-        const DWORD id = GetProcessId(family[i].get());
-        const uint64_t start = startTime(family[i].get());
+    const auto addChildren = [&](HANDLE parent) {
+        const DWORD id = GetProcessId(parent);
+        const uint64_t start = startTime(parent);
         for (const PROCESSENTRY32& entry : all) {
             if (entry.th32ParentProcessID != id || entry.th32ProcessID == id) continue;
             Handle process = openProcess(entry.th32ProcessID);
             if (process && startTime(process.get()) >= start) family.push_back(std::move(process));
         }
-    }
+    };
+    addChildren(head);
+    for (size_t i = 0; i < family.size(); ++i) addChildren(family[i].get());
     return family;
+}
+
+// Whatever a member of a job starts is one, too, and a job has no end of its own: those that were
+// released go on when nobody has a handle to it any more. The command itself runs already, so what
+// it has started in its first moments may be missing. 0 when the system refuses.
+intptr_t jobOf(HANDLE process) {
+    Handle job(CreateJobObjectA(nullptr, nullptr));
+    if (!job || !AssignProcessToJobObject(job.get(), process)) return 0;
+    return reinterpret_cast<intptr_t>(job.release());
+}
+
+HANDLE handleOf(intptr_t value) { return reinterpret_cast<HANDLE>(value); }
+
+bool isKnown(const Command& command) {
+    return command.process != 0 && command.process != unknownProcess;
+}
+
+bool jobHasMembers(HANDLE job) {
+    JOBOBJECT_BASIC_ACCOUNTING_INFORMATION members{};
+    return QueryInformationJobObject(job, JobObjectBasicAccountingInformation, &members,
+                                     sizeof members, nullptr) &&
+           members.ActiveProcesses > 0;
 }
 
 }  // namespace
@@ -118,7 +143,9 @@ bool startCommand(const std::string& text, bool reading, CommandErrors errors, C
     const uint64_t since = now();
     FILE* stream = _popen(line.c_str(), reading ? "rb" : "wb");
     if (!stream) return false;
-    command = {stream, processStartedSince(since)};
+    command.stream = stream;
+    command.process = processStartedSince(since);
+    if (isKnown(command)) command.family = jobOf(handleOf(command.process));
     return true;
 }
 
@@ -136,16 +163,28 @@ void hangUp(Command& command) {
 // and has no limit: its record of a command that is not known to have ended is left alone.
 std::optional<int> collect(Command& command, unsigned milliseconds) {
     if (command.process == unknownProcess) return -1;
-    const auto process = reinterpret_cast<HANDLE>(command.process);
+    const HANDLE process = handleOf(command.process);
     if (process && WaitForSingleObject(process, milliseconds) == WAIT_TIMEOUT) return std::nullopt;
     if (process) CloseHandle(process);
+    if (command.family) CloseHandle(handleOf(command.family));
     return _pclose(command.stream);
 }
 
-void endWithDescendants(const Command& command, bool) {
-    if (command.process == 0 || command.process == unknownProcess) return;
-    for (const Handle& process : familyOf(reinterpret_cast<HANDLE>(command.process)))
-        if (process) TerminateProcess(process.get(), 1);
+// Nobody can refuse here. The job ends all its members at one stroke; what was started before there
+// was a job is found by its parents.
+void endFamily(Command& command, bool) {
+    if (!isKnown(command)) return;
+    const HANDLE head = handleOf(command.process);
+    const std::vector<Handle> family = familyOf(head);
+    TerminateProcess(head, 1);
+    for (const Handle& process : family) TerminateProcess(process.get(), 1);
+    if (command.family) TerminateJobObject(handleOf(command.family), 1);
+}
+
+bool familyHasEnded(Command& command) {
+    if (!isKnown(command)) return true;
+    const bool headHasEnded = WaitForSingleObject(handleOf(command.process), 0) == WAIT_OBJECT_0;
+    return headHasEnded && !(command.family && jobHasMembers(handleOf(command.family)));
 }
 
 }  // namespace vistel::platform

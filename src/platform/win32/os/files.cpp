@@ -9,6 +9,7 @@
 #include <chrono>
 #include <clocale>
 #include <cstdlib>
+#include <cstring>
 #include <system_error>
 #include <thread>
 
@@ -22,6 +23,39 @@ namespace {
 std::string binaryMode(const char* mode) { return std::string(mode) + "b"; }
 
 HANDLE handleOf(int descriptor) { return reinterpret_cast<HANDLE>(_get_osfhandle(descriptor)); }
+
+// Flags of the run-time library for a mode ("r", "w", "a", each with or without "+"). The stream
+// functions of this library have no mode sign of their own on all systems for what no child process
+// is to inherit, the descriptors have a flag.
+int openFlags(const char* mode) {
+    const int access = std::strchr(mode, '+') ? _O_RDWR : mode[0] == 'r' ? _O_RDONLY : _O_WRONLY;
+    const int making = mode[0] == 'r'   ? 0
+                       : mode[0] == 'w' ? _O_CREAT | _O_TRUNC
+                                        : _O_CREAT | _O_APPEND;
+    return access | making | _O_BINARY | _O_NOINHERIT;
+}
+
+FILE* openStream(const std::string& name, int flags, const char* mode) {
+    const int descriptor = _open(name.c_str(), flags, _S_IREAD | _S_IWRITE);
+    if (descriptor < 0) return nullptr;
+    FILE* file = _fdopen(descriptor, binaryMode(mode).c_str());
+    if (!file) _close(descriptor);
+    return file;
+}
+
+// As _dup, but inherited by no child process; -1 on failure.
+int duplicate(int descriptor) {
+    const HANDLE self = GetCurrentProcess();
+    HANDLE copy = nullptr;
+    if (!DuplicateHandle(self, handleOf(descriptor), self, &copy, 0, FALSE,
+                         DUPLICATE_SAME_ACCESS)) {
+        errno = EBADF;
+        return -1;
+    }
+    const int made = _open_osfhandle(reinterpret_cast<intptr_t>(copy), _O_BINARY | _O_NOINHERIT);
+    if (made < 0) CloseHandle(copy);
+    return made;
+}
 
 bool isFolder(const std::string& name) {
     const DWORD attributes = GetFileAttributesA(name.c_str());
@@ -41,7 +75,7 @@ FILE* openFile(const std::string& name, const char* mode) {
         errno = EISDIR;
         return nullptr;
     }
-    return std::fopen(name.c_str(), binaryMode(mode).c_str());
+    return openStream(name, openFlags(mode), mode);
 }
 
 static bool closedAtStart[3];
@@ -89,12 +123,10 @@ FILE* duplicateStandardStream(int descriptor, const char* mode) {
         errno = EBADF;
         return nullptr;
     }
-    int copy = _dup(descriptor);
+    int copy = duplicate(descriptor);
     if (copy < 0) return nullptr;
     const bool reading = descriptor == 0 && modeBits(copy) == _S_IFIFO;
     if (reading && !canBeAsked(handleOf(copy))) copy = passedOn(copy);
-    // The mode text of _fdopen does not reach the descriptor's own text flag.
-    _setmode(copy, _O_BINARY);
     FILE* stream = _fdopen(copy, binaryMode(mode).c_str());
     if (!stream) _close(copy);
     return stream;
@@ -102,9 +134,8 @@ FILE* duplicateStandardStream(int descriptor, const char* mode) {
 
 FILE* duplicateStream(FILE* stream) {
     std::fflush(stream);
-    const int copy = _dup(_fileno(stream));
+    const int copy = duplicate(_fileno(stream));
     if (copy < 0) return nullptr;
-    _setmode(copy, _O_BINARY);
     FILE* further = _fdopen(copy, "r+b");
     if (!further) _close(copy);
     return further;
@@ -171,15 +202,6 @@ int64_t streamPosition(FILE* stream) { return _ftelli64(stream); }
 
 bool seekStream(FILE* stream, int64_t offset, int origin) {
     return _fseeki64(stream, offset, origin) == 0;
-}
-
-FILE* createFile(const std::string& name) {
-    constexpr int flags = _O_CREAT | _O_EXCL | _O_RDWR | _O_BINARY | _O_NOINHERIT;
-    const int descriptor = _open(name.c_str(), flags, _S_IREAD | _S_IWRITE);
-    if (descriptor < 0) return nullptr;
-    FILE* file = _fdopen(descriptor, "w+b");
-    if (!file) _close(descriptor);
-    return file;
 }
 
 bool replaceFile(const std::string& from, const std::string& to) {

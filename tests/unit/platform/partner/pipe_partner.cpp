@@ -6,10 +6,13 @@
 //   pipe_partner variable NAME   writes the environment variable's value
 //   pipe_partner kind            writes what standard input is: regular, fifo, device or other
 //   pipe_partner late MS FILE    waits, then makes the file
+//   pipe_partner stubborn MS FILE  the same, and does not end when it is asked to
+//   pipe_partner unfinished MS FILE  creates an unfinished file, writes "ready", waits
 //   pipe_partner complain WORD   writes the word to output and standard error, ends with 4
 //   pipe_partner halves MS       writes "first", waits, writes "second"
 //   pipe_partner WORD...         writes each word on a line of its own
 #include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -17,6 +20,7 @@
 
 #include "platform/files.h"
 #include "platform/process.h"
+#include "platform/unfinished_file.h"
 
 using namespace vistel::platform;
 
@@ -36,6 +40,18 @@ int sumOfInput() {
     unsigned sum = 0;
     for (int byte; (byte = std::fgetc(input.get())) != EOF;) sum += static_cast<unsigned>(byte);
     return static_cast<int>(sum % 128);
+}
+
+int leaveUnfinished(const char* name, const char* milliseconds) {
+    UnfinishedFile unfinished;
+    const FilePtr file(unfinished.create(name));
+    if (!file) return 1;
+    std::fputs("half of it", file.get());
+    std::fflush(file.get());
+    std::fputs("ready\n", stdout);
+    std::fflush(stdout);
+    rest(milliseconds);
+    return 0;
 }
 
 const char* inputKind() {
@@ -72,6 +88,12 @@ int main(int count, char** arguments) {
     } else if (task == "late" && count > 3) {
         rest(arguments[2]);
         const FilePtr file(openFile(arguments[3], "w"));
+    } else if (task == "stubborn" && count > 3) {
+        std::signal(SIGTERM, SIG_IGN);
+        rest(arguments[2]);
+        const FilePtr file(openFile(arguments[3], "w"));
+    } else if (task == "unfinished" && count > 3) {
+        return leaveUnfinished(arguments[3], arguments[2]);
     } else if (task == "complain" && count > 2) {
         std::printf("%s\n", arguments[2]);
         std::fprintf(stderr, "%s\n", arguments[2]);
