@@ -33,15 +33,6 @@ void open(const Tstring& name, const StartUpServices& services, FileCounts& coun
     if (result != 0) ++counts.failed;
 }
 
-void beginSource(const StartUpServices& services) {
-    viewerState.currentZoom = viewerState.magnify;
-    viewerState.sourceName.clear();
-    viewerState.sourceOpened = 0;
-    viewerState.oneFileStream = nullptr;
-    viewerState.quitRequested = 0;
-    callIfSet(services.startSource);
-}
-
 // The words of the command line, taken one by one.
 class WordReader {
  public:
@@ -100,11 +91,6 @@ void takeFileName(const Tstring& name) {
     (void)platform::setCurrentDirectory(fromStartDirectory(name.substr(0, lastSeparator)));
 }
 
-// A new single image forgets how the one before it was looked at; in sequence mode the view stays.
-void prepareView(const StartUpServices& services) {
-    if (!viewerState.animation && !viewerState.sequenceMode) callIfSet(services.clearImageState);
-}
-
 // Standard input carries one image only: a range for it is forgotten before anything follows it.
 void refuseAnimationFromInput() {
     if (!viewerState.animation) return;
@@ -126,7 +112,6 @@ void showArgument(const Tstring& argument, const StartUpServices& services, File
     const Tstring name = discoverSequence(argument, services);
     takeFileName(name);
     normaliseRange();
-    prepareView(services);
     if (viewerState.verbose)
         print(stdout, formatMessage("s_VistelStrings.rVTFileName", {argument}));
     open(standardInput ? Tstring() : name, services, counts);
@@ -140,7 +125,7 @@ bool showNextFile(WordReader& words, CommandLine& line, const StartUpServices& s
     viewerState.padWidth = 0;
     if (line.rangeGiven) takeRange(line.range);
     const PerFileValues values;
-    beginSource(services);
+    beginSource();
 
     const Tstring* argument = words.take();
     if (opensInlineRange(*argument)) {
@@ -186,16 +171,15 @@ void showFilesRepeatedly(CommandLine& line, const StartUpServices& services, Fil
 void showTestImage(const StartUpServices& services, FileCounts& counts) {
     if (viewerState.animation) print(stderr, messageText("s_VistelStrings.rVTNoAnimTestMode"));
     forgetAnimation();
-    beginSource(services);
+    beginSource();
     open(testModeSource, services, counts);
 }
 
 void showStandardInput(const StartUpServices& services, FileCounts& counts) {
     viewerState.sequenceMode = 0;
     forgetAnimation();
-    beginSource(services);
+    beginSource();
     normaliseRange();
-    prepareView(services);
     open("", services, counts);
 }
 

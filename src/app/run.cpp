@@ -10,7 +10,6 @@
 #include "sequence/image_source.h"
 #include "viewer/display_lut.h"
 #include "viewer/viewer_hooks.h"
-#include "viewer/viewer_session.h"
 
 namespace vistel {
 
@@ -27,8 +26,6 @@ StartUpServices joinedServices() {
     services.reopenSource = reopenSource;
     services.discover = discoverNumberedFiles;
     services.buildDisplayTable = startDisplayLut;
-    services.startSource = beginSource;
-    services.clearImageState = clearViewerSession;
     services.runEmptyWindow = runEmptyWindow;
     services.checkMenuItem = platform::checkMenuItem;
     services.showMessageBox = platform::showMessageBox;

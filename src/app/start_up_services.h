@@ -19,12 +19,8 @@ struct StartUpServices {
     // Looks for the numbered files of a stem ending with a dot; non-zero when there are some, and
     // the frame range of the state is then filled.
     int (*discover)(const Tstring& stem) = nullptr;
-    // A new file argument begins: the next image is the first of its source.
-    void (*startSource)() = nullptr;
 
     // --- viewer ---
-    // Forgets what the viewer keeps per image (pan, channel, view).
-    void (*clearImageState)() = nullptr;
     // The window without a picture, until it is closed.
     void (*runEmptyWindow)() = nullptr;
     // Allocates the display look-up table, sets its factors from the state and builds it.

@@ -14,6 +14,10 @@ namespace vistel {
 
 // What the loader needs of the viewer. Set once at start; null members are skipped.
 struct LoaderHooks {
+    // A new source begins: the next image is its first.
+    void (*sourceBegins)() = nullptr;
+    // Forgets what is kept for one image (pan, channel, view).
+    void (*clearImageState)() = nullptr;
     // Largest picture that a frame may take on the screen, in pixels after zoom.
     DisplayFit (*displayFit)() = nullptr;
     // A frame of the current source is complete (first pass over it). Shows it and runs the viewer;

@@ -156,13 +156,12 @@ int openImageSource(const Tstring& givenName) {
 
 int reopenSource(const Tstring& givenName, int start, int end, int step) {
     Tstring name = givenName;  // it may lie in the field that is emptied
-    viewerState.sourceOpened = viewerState.animation = viewerState.rereading = 0;
+    viewerState.animation = viewerState.rereading = 0;
     if (step != 0) takeRange({start, end, step});
-    viewerState.magnify = viewerState.currentZoom = std::max(viewerState.pendingZoom, 1);
+    viewerState.magnify = std::max(viewerState.pendingZoom, 1);
     viewerState.rfact = std::max(viewerState.pendingShrink, 1);
     const PerFileValues values;
-    viewerState.sourceName.clear();
-    viewerState.oneFileStream = nullptr;
+    beginSource();
     if (name.ends_with('.') && !namesCommand(name) && discoverNumberedFiles(name)) name.pop_back();
     viewerState.fileName = name;
     viewerState.nativeFileName = name.replacingAll('/', '\\');

@@ -214,6 +214,7 @@ ChosenSource chooseStandardInput() {
 ChosenSource chooseTestOutput(const Tstring& name) {
     ChosenSource source;
     source.name = name;
+    viewerState.sourceName = messageText("s_VistelStrings.rVTPipedCmd");
     source.opened = openTestOutput();
     return source;
 }

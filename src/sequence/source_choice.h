@@ -26,9 +26,9 @@ struct ChosenSource {
     void abandon();
 };
 
-// Opens the source for viewerState.currentFrame. Sets sourceIsPipe, sourceName, oneFileStream and,
-// for a file, the current directory and the last folder; the first frame of an animation may move
-// currentFrame on (findFirst). file is null when there is nothing to read.
+// Opens the source for viewerState.currentFrame. Sets sourceIsPipe and oneFileStream; outside an
+// animation sourceName and, for a file, the current directory and the last folder. The first frame
+// of an animation may move currentFrame on (findFirst). file is null when there is nothing to read.
 ChosenSource chooseSource(const Tstring& name);
 
 // The path at which chooseSource would look first for another frame of the animation; empty when

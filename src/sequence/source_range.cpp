@@ -4,6 +4,8 @@
 #include <limits>
 #include <utility>
 
+#include "sequence/frame_loader.h"
+
 namespace vistel {
 
 namespace {
@@ -32,6 +34,14 @@ void normaliseAnimation() {
 
 }  // namespace
 
+void beginSource() {
+    viewerState.currentZoom = viewerState.magnify;
+    viewerState.sourceName.clear();
+    viewerState.sourceOpened = viewerState.quitRequested = 0;
+    viewerState.oneFileStream = nullptr;
+    if (loaderHooks.sourceBegins) loaderHooks.sourceBegins();
+}
+
 void takeRange(const FrameRange& range) {
     viewerState.animation = 1;
     viewerState.firstFrame = viewerState.currentFrame = viewerState.playFirst = range.start;
@@ -50,8 +60,10 @@ void normaliseRange() {
     else
         setSingleFrame();
     if (viewerState.sequenceMode) return;
-    if (!viewerState.animation) viewerState.kmem = singleImageKmem;
     viewerState.windowId = -1;
+    if (viewerState.animation) return;
+    viewerState.kmem = singleImageKmem;
+    if (loaderHooks.clearImageState) loaderHooks.clearImageState();
 }
 
 PerFileValues::~PerFileValues() {
@@ -60,6 +72,8 @@ PerFileValues::~PerFileValues() {
     viewerState.rfact = rfact_;
     viewerState.magnify = magnify_;
     viewerState.animationShown = animationShown_;
+    viewerState.oneFile = oneFile_;
+    viewerState.inter = inter_;
 }
 
 }  // namespace vistel

@@ -22,6 +22,7 @@ void presentFirstFrame() {
     windowContext().drawPass = drawPass;
     viewerSession().statusFrame = viewerState.currentFrame;
     viewerSession().fps = FpsMeter{};
+    viewerSession().mark = SourceMark::memory;
     drawPass();
     swapDrawing();
 }
@@ -40,19 +41,22 @@ int frameLoaded(FrameStore& frame) {
     return iffParsingComplete;
 }
 
+// When the window of the source before was closed, that quit is over.
+void sourceBegins() {
+    if (platform::windowExists()) return;
+    windowContext().quit = false;
+    clearEvents();
+}
+
 }  // namespace
 
 void installViewer() {
+    loaderHooks.sourceBegins = sourceBegins;
+    loaderHooks.clearImageState = clearViewerSession;
     loaderHooks.displayFit = currentDisplayFit;
     loaderHooks.frameLoaded = frameLoaded;
     loaderHooks.keepGoing = keepLoading;
     windowContext().command = runMenuCommand;
-}
-
-void beginSource() {
-    if (platform::windowExists()) return;
-    windowContext().quit = false;
-    clearEvents();
 }
 
 void runEmptyWindow() {

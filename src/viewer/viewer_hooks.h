@@ -6,9 +6,6 @@ namespace vistel {
 // Lets the loader hand its frames to the viewer. Once, at start.
 void installViewer();
 
-// A new file begins. When the window of the one before was closed, that quit is over.
-void beginSource();
-
 // The empty window: shown until the user closes it or opens a file from its menu.
 void runEmptyWindow();
 

@@ -164,6 +164,21 @@ TEST_F(FileWalk, ARangeBeforeAFileWinsOverTheOption) {
     EXPECT_EQ(range(seen_[2]), "1..3 step 1 at 1, play 1..3");
 }
 
+TEST_F(FileWalk, ARangeBeforeAFileIsThatFilesOnly) {
+    walk({"-c", "x", "-N5", "9", "1", "one", "after"});
+    ASSERT_EQ(seen_.size(), 3u);
+    EXPECT_EQ(seen_[1].oneFile, 1);
+    EXPECT_EQ(seen_[1].inter, 1);
+    EXPECT_EQ(range(seen_[2]), singleFrame);
+    EXPECT_EQ(seen_[2].oneFile, 0);
+    EXPECT_EQ(seen_[2].inter, 0);
+
+    walk({"-N", "x", "-n5", "9", "1", "numbered", "after"});
+    ASSERT_EQ(seen_.size(), 3u);
+    EXPECT_EQ(seen_[1].oneFile, 0);
+    EXPECT_EQ(seen_[2].oneFile, 1);
+}
+
 TEST_F(FileWalk, AnIncompleteRangeAsksForTheUsage) {
     for (const Words& words :
          {Words{"x", "-n5"}, Words{"x", "-n5", "9"}, Words{"x", "-n5", "9", "1"}, Words{"x", "-n"},

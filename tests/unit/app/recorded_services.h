@@ -7,6 +7,7 @@
 
 #include "app/start_up_services.h"
 #include "app/viewer_state.h"
+#include "sequence/frame_loader.h"
 
 namespace vistel {
 
@@ -39,8 +40,8 @@ inline StartUpServices recordedServices() {
         note("discover " + stem);
         return recorder.discovering ? recorder.discovering(stem) : 0;
     };
-    services.startSource = [] { note("start source"); };
-    services.clearImageState = [] { note("clear image state"); };
+    loaderHooks.sourceBegins = [] { note("start source"); };
+    loaderHooks.clearImageState = [] { note("clear image state"); };
     services.runEmptyWindow = [] {
         note("empty window");
         if (recorder.emptyWindow) recorder.emptyWindow();

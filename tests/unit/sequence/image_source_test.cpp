@@ -437,6 +437,7 @@ TEST_F(Source, TestModeShowsTheOutputOfTheTestCommand) {
     EXPECT_EQ(open("Pipe"), 0);
     EXPECT_EQ(viewer.reds, Reds{31});
     EXPECT_EQ(viewerState.sourceIsPipe, 1);
+    EXPECT_EQ(viewerState.sourceName, messageText("s_VistelStrings.rVTPipedCmd"));
 }
 
 // --- opened from the menus -----------------------------------------------------------------------
@@ -507,6 +508,29 @@ TEST_F(Source, ReopeningASingleImageForgetsTheAnimation) {
     EXPECT_EQ(viewerState.playLast, 1);
     EXPECT_EQ(duringOpen.kmem, 0.9f);
     EXPECT_EQ(viewerState.kmem, 0);
+}
+
+int sourcesBegun, imagesForgotten;
+
+TEST_F(Source, ReopeningForgetsHowTheImageBeforeWasLookedAt) {
+    write("a.iff", imageForm(7));
+    write("shot.1", imageForm(8));
+    struct Row {
+        const char* name;
+        int step, sequenceMode, forgotten;
+    };
+    const Row rows[] = {{"a.iff", 0, 0, 1}, {"shot", 1, 0, 0}, {"a.iff", 0, 1, 0}};
+    loaderHooks.sourceBegins = [] { ++sourcesBegun; };
+    loaderHooks.clearImageState = [] { ++imagesForgotten; };
+    for (const Row& row : rows) {
+        sourcesBegun = imagesForgotten = 0;
+        viewerState.sequenceMode = row.sequenceMode;
+        viewerState.quitRequested = 1;  // the window was closed
+        EXPECT_EQ(reopenSource(row.name, 1, 1, row.step), 0);
+        EXPECT_EQ(sourcesBegun, 1);
+        EXPECT_EQ(imagesForgotten, row.forgotten) << row.name << row.sequenceMode;
+        EXPECT_EQ(viewerState.quitRequested, 0);
+    }
 }
 
 TEST_F(Source, ReopeningInSequenceModeKeepsTheWindow) {

@@ -5,6 +5,7 @@
 
 #include "iff/result_codes.h"
 #include "platform/clock.h"
+#include "sequence/source_range.h"
 #include "viewer/frame_folder.h"
 #include "viewer/load_animation.h"
 #include "viewer/viewer_hooks.h"
