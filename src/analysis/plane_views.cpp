@@ -10,25 +10,11 @@ namespace vistel {
 
 namespace {
 
-constexpr uint32_t opaque = 0xFF000000;
-
-constexpr uint32_t grey(uint8_t value) { return opaque | value * 0x010101u; }
-
 struct Range {
     double low = 0, high = 0;
 };
 
-Range wholeRange(const float* z, size_t pixels) {
-    bool found = false;
-    Range range;
-    for (size_t i = 0; i < pixels; ++i) {
-        if (!std::isfinite(z[i])) continue;
-        range.low = found ? std::min(range.low, double{z[i]}) : z[i];
-        range.high = found ? std::max(range.high, double{z[i]}) : z[i];
-        found = true;
-    }
-    return range;
-}
+Range wholeRange(const DepthRange& range) { return {range.nearest, range.farthest}; }
 
 constexpr uint32_t signBit = 0x80000000;
 
@@ -70,18 +56,30 @@ void buildLuminanceView(const uint32_t* stored, size_t pixels, uint32_t* view) {
     std::fill(view + whole, view + pixels, 0);
 }
 
+DepthRange finiteRange(const float* z, size_t pixels) {
+    bool found = false;
+    DepthRange range;
+    for (size_t i = 0; i < pixels; ++i) {
+        if (!std::isfinite(z[i])) continue;
+        range.nearest = found ? std::min(range.nearest, z[i]) : z[i];
+        range.farthest = found ? std::max(range.farthest, z[i]) : z[i];
+        found = true;
+    }
+    return range;
+}
+
 void buildZView(const float* z, size_t pixels, ZScale scale, uint32_t* view) {
     // The samples are sorted where the view will be: showing frame after frame allocates nothing.
-    const Range range =
-        scale == ZScale::wholeRange ? wholeRange(z, pixels) : percentileRange(z, pixels, view);
+    const Range range = scale == ZScale::wholeRange ? wholeRange(finiteRange(z, pixels))
+                                                    : percentileRange(z, pixels, view);
     const double span = range.high - range.low;
     for (size_t i = 0; i < pixels; ++i) {
         if (!std::isfinite(z[i])) {
-            view[i] = grey(0);
+            view[i] = greyPixel(0);
             continue;
         }
         const double nearness = span > 0 ? (range.high - z[i]) / span : 1.0;
-        view[i] = grey(static_cast<uint8_t>(std::clamp(nearness, 0.0, 1.0) * 255 + 0.5));
+        view[i] = greyPixel(static_cast<uint8_t>(std::clamp(nearness, 0.0, 1.0) * 255 + 0.5));
     }
 }
 

@@ -18,6 +18,12 @@ void buildPlaneView(int plane, bool maskInverted, const uint32_t* stored, size_t
 // `stored` and `view` may be the same.
 void buildLuminanceView(const uint32_t* stored, size_t pixels, uint32_t* view);
 
+// Smallest and largest finite sample; both 0 when there is none.
+struct DepthRange {
+    float nearest = 0, farthest = 0;
+};
+DepthRange finiteRange(const float* z, size_t pixels);
+
 // How depth samples become grey.
 enum class ZScale {
     wholeRange,  // smallest finite sample white, largest black, linear between

@@ -20,13 +20,6 @@ constexpr int strongestRelief = 256;
 // The view that a relief of this slope is: inverted when the slope is above 0.
 constexpr int reliefViewOf(float slope) { return slope > 0 ? invertedReliefView : reliefView; }
 
-// Whether the luminance view has to be built before a relief is made from `view` (the view shown up
-// to now); `viewBuilt` tells whether that view has a display buffer of its own. The relief of the
-// depth view (5) is made from the grey view of the depth plane.
-constexpr bool reliefNeedsLuminance(int view, bool viewBuilt) {
-    return view == 6 || (view != 5 && !viewBuilt);
-}
-
 class ReliefShader {
  public:
     // Shades width x height pixels of `heights` into as many bytes of `shade`. Differences are

@@ -12,10 +12,6 @@ namespace vistel {
 
 namespace {
 
-constexpr uint32_t opaque = 0xFF000000;
-
-constexpr uint32_t grey(uint32_t value) { return opaque | value * 0x010101u; }
-
 // ---- look-up table: one loop for each set of planes ----
 
 // The tables of two neighbouring planes as one, which halves the look-ups.
@@ -112,18 +108,18 @@ void lookUpScalar(const ByteTables& tables, unsigned planes, const uint32_t* sto
 void greyPlaneScalar(int plane, uint8_t flip, const uint32_t* stored, size_t pixels,
                      uint32_t* view) {
     const int shift = planeShift(plane);
-    for (size_t i = 0; i < pixels; ++i) view[i] = grey((stored[i] >> shift & 255) ^ flip);
+    for (size_t i = 0; i < pixels; ++i) view[i] = greyPixel((stored[i] >> shift & 255) ^ flip);
 }
 
 void luminanceScalar(const uint32_t* stored, size_t pixels, uint32_t* view) {
     for (size_t i = 0; i < pixels; ++i) {
         const uint32_t pixel = stored[i];
-        view[i] = grey(((pixel & 255) + 2 * (pixel >> 8 & 255) + (pixel >> 16 & 255)) >> 2);
+        view[i] = greyPixel(((pixel & 255) + 2 * (pixel >> 8 & 255) + (pixel >> 16 & 255)) >> 2);
     }
 }
 
 void greyBytesScalar(const uint8_t* bytes, size_t pixels, uint32_t* view) {
-    for (size_t i = 0; i < pixels; ++i) view[i] = grey(bytes[i]);
+    for (size_t i = 0; i < pixels; ++i) view[i] = greyPixel(bytes[i]);
 }
 
 // ---- relief ----
@@ -146,7 +142,7 @@ void blendReliefScalar(ReliefBlend blend, const uint8_t* shade, const uint32_t* 
     };
     for (size_t i = 0; i < pixels; ++i) {
         const uint32_t pixel = stored[i], s = shade[i];
-        view[i] = opaque | blended(pixel >> 16, s) << 16 | blended(pixel >> 8, s) << 8 |
+        view[i] = opaquePixel | blended(pixel >> 16, s) << 16 | blended(pixel >> 8, s) << 8 |
                   blended(pixel, s);
     }
 }

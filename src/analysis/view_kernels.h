@@ -19,6 +19,10 @@ struct ByteTables {
 // The lowest bit of a plane's byte in the stored pixel.
 constexpr int planeShift(int plane) { return 8 * (3 - plane); }
 
+// The mask byte of an opaque pixel, and an opaque pixel of one value in its colours.
+constexpr uint32_t opaquePixel = 0xFF000000;
+constexpr uint32_t greyPixel(uint32_t value) { return opaquePixel | value * 0x010101u; }
+
 // The bytes of a pixel that belong to a set of planes (bit k stands for plane k), all ones.
 constexpr uint32_t planeBits(unsigned planes) {
     uint32_t bits = 0;

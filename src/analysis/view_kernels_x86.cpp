@@ -13,8 +13,6 @@ namespace {
 
 #define VISTEL_AVX2 __attribute__((target("avx2")))
 
-constexpr uint32_t opaque = 0xFF000000;
-
 inline __m128i load4(const uint32_t* pixels) {
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(pixels));
 }
@@ -26,7 +24,7 @@ inline void store4(uint32_t* pixels, __m128i four) {
 // Opaque grey of values 0..255.
 inline __m128i grey4(__m128i value) {
     const __m128i twice = _mm_or_si128(value, _mm_slli_epi32(value, 8));
-    const __m128i third = _mm_or_si128(_mm_slli_epi32(value, 16), _mm_set1_epi32(int(opaque)));
+    const __m128i third = _mm_or_si128(_mm_slli_epi32(value, 16), _mm_set1_epi32(int(opaquePixel)));
     return _mm_or_si128(twice, third);
 }
 
@@ -94,7 +92,7 @@ VISTEL_AVX2 void greyPlaneAvx2(int plane, uint8_t flip, const uint32_t* stored, 
                                uint32_t* view) {
     const __m256i spread = greyFrom(planeShift(plane) / 8);
     // The shuffle leaves 0 in the highest byte: the mask becomes opaque in the same operation.
-    const __m256i flips = _mm256_set1_epi32(int(opaque | flip * 0x010101u));
+    const __m256i flips = _mm256_set1_epi32(int(greyPixel(flip)));
     size_t i = 0;
     for (; i + 8 <= pixels; i += 8)
         store8(view + i, _mm256_xor_si256(_mm256_shuffle_epi8(load8(stored + i), spread), flips));
@@ -103,7 +101,7 @@ VISTEL_AVX2 void greyPlaneAvx2(int plane, uint8_t flip, const uint32_t* stored, 
 
 VISTEL_AVX2 void luminanceAvx2(const uint32_t* stored, size_t pixels, uint32_t* view) {
     const __m256i weights = _mm256_set1_epi32(0x00010201), pairs = _mm256_set1_epi16(1);
-    const __m256i spread = greyFrom(0), mask = _mm256_set1_epi32(int(opaque));
+    const __m256i spread = greyFrom(0), mask = _mm256_set1_epi32(int(opaquePixel));
     size_t i = 0;
     for (; i + 8 <= pixels; i += 8) {
         const __m256i weighted = _mm256_maddubs_epi16(load8(stored + i), weights);
@@ -170,7 +168,7 @@ VISTEL_AVX2 void blendReliefAvx2(ReliefBlend blend, const uint8_t* shade, const 
         const __m256i pixel = load8(stored + i);
         const __m128i shades = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(shade + i));
         const __m256i s = _mm256_cvtepu8_epi32(shades);
-        __m256i out = _mm256_set1_epi32(int(opaque));
+        __m256i out = _mm256_set1_epi32(int(opaquePixel));
         for (int shift = 0; shift < 24; shift += 8) {
             const __m256i colour = _mm256_and_si256(_mm256_srli_epi32(pixel, shift), largest);
             const __m256i lit = _mm256_add_epi32(_mm256_madd_epi16(colour, factor), base);

@@ -42,7 +42,7 @@ struct ViewerState {
     float defGamma = 1.0f;       // -g: gamma of all three channels at start
     float kmem = 0.9f;           // -k (value x 0.9): above 0, loaded frames stay in memory
     int32_t magnify = 1;         // -m: zoom factor, 1..8
-    int32_t currentZoom = 1;     // zoom in force for the file shown
+    int32_t currentZoom = 1;     // magnify as it was when the file was opened: its start-up zoom
     int32_t rfact = 1;           // -s: shrink factor, at least 1
     uint32_t maxLevel = 0xFFFFFFF0;  // -l: nesting level from which groups are skipped
     Tstring workDir;             // -W, GRAPH: root of the frame search directories

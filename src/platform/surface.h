@@ -20,19 +20,13 @@ namespace vistel::platform {
 void destroySurface();
 bool surfaceExists();
 
-// Colour depth of the screen in bits.
-int screenColourBits();
-
 void setDoubleBuffered(bool on);
 // Off in a new surface.
 void setDithering(bool on);
 
-// Viewport of the whole client area.
+// Viewport of the whole client area, with a two-dimensional orthographic projection over its pixels,
+// whose centres are at whole coordinates (from -0.5 to width - 0.5).
 void setViewport(int width, int height);
-
-// Two-dimensional orthographic projection over width x height pixels whose centres are at whole
-// coordinates (from -0.5 to width - 0.5).
-void setProjection(int width, int height);
 
 void setScissorTest(bool on);
 void setScissor(int x, int y, int width, int height);

@@ -18,9 +18,8 @@ namespace vistel {
 
 namespace {
 
-constexpr int smallestMargin = 20;  // of an animation, all round
-constexpr int leastWidth = 320;     // window pixels
-constexpr int leastAnimationHeight = 240;
+constexpr int smallestMargin = 20;         // of an animation, all round
+constexpr int leastAnimationHeight = 240;  // window pixels
 constexpr int leastImageHeight = 144;
 constexpr int halfHeightLines =
     491;  // lines of the picture area in half-height mode, whatever the screen
@@ -32,6 +31,10 @@ constexpr int titleRows = 29;           // of the screen, taken by the window's 
 bool showsAnimation() { return viewerState.animation != 0; }
 
 int screenMargin(int screen, int picture) { return std::max(0, (screen - picture) / 2); }
+
+int smallestWindowMargin() {
+    return showsAnimation() && !viewerState.noWinBorder ? smallestMargin : 0;
+}
 
 int windowMargin(int least, int picture) { return picture < least ? least / 2 - picture / 2 : 0; }
 
@@ -116,28 +119,68 @@ void computeMargins(int width, int height, int zoom) {
         layout.marginX = screenMargin(screen.width, zoomedWidth);
         layout.marginY = screenMargin(screen.height, zoomedHeight);
     } else {
-        layout.marginX = windowMargin(leastWidth, zoomedWidth);
-        layout.marginY =
-            windowMargin(showsAnimation() ? leastAnimationHeight : leastImageHeight, zoomedHeight);
-        if (showsAnimation() && !viewerState.noWinBorder) {
-            layout.marginX = std::max(layout.marginX, smallestMargin);
-            layout.marginY = std::max(layout.marginY, smallestMargin);
-        }
+        const int leastHeight = showsAnimation() ? leastAnimationHeight : leastImageHeight;
+        layout.marginX =
+            std::max(windowMargin(leastWindowWidth, zoomedWidth), smallestWindowMargin());
+        layout.marginY = std::max(windowMargin(leastHeight, zoomedHeight), smallestWindowMargin());
     }
     const platform::PixelRect work = platform::workArea();
     layout.visibleWidth = fittedSide(zoomedWidth, screen.width, work.width());
     layout.visibleHeight = fittedSide(zoomedHeight, screen.height, work.height());
 }
 
+// The pan with which the place that was in the middle of what showed is there again, in a picture
+// that may have become larger or smaller.
+float panKeepingMiddle(float pan, float growth, int visibleBefore, int visible) {
+    const int zoom = viewerSession().layout.zoom;
+    return pan * growth + (float(visibleBefore) * growth - float(visible)) / float(2 * zoom);
+}
+
+float growth(int before, int size) { return before > 0 ? float(size) / float(before) : 1.0f; }
+
+void keepMiddle(const PictureLayout& before) {
+    PictureLayout& layout = viewerSession().layout;
+    layout.panX = panKeepingMiddle(layout.panX, growth(before.width, layout.width),
+                                   before.visibleWidth, layout.visibleWidth);
+    layout.panY = panKeepingMiddle(layout.panY, growth(before.height, layout.height),
+                                   before.visibleHeight, layout.visibleHeight);
+    layout.clearWanted = true;
+}
+
+// Margin of a zoomed picture in a window that is there. A picture as large as the window was made
+// for keeps the window's margin at every zoom; around a smaller one there is more, and a larger one
+// takes all but the smallest margin.
+int marginInWindow(int windowSide, int pictureSide, int windowMargin) {
+    const PictureLayout& layout = viewerSession().layout;
+    const int least = smallestWindowMargin();
+    const auto around = [&](int zoom) { return (windowSide - pictureSide * zoom) / 2; };
+    const int own = std::clamp(around(layout.startZoom), least, std::max(least, windowMargin));
+    return std::max(own, around(layout.zoom));
+}
+
 }  // namespace
 
 void layOutPicture(int width, int height) {
     PictureLayout& layout = viewerSession().layout;
-    const int visibleWidth = layout.visibleWidth, visibleHeight = layout.visibleHeight;
+    const PictureLayout before = layout;
     computeMargins(width, height, viewerState.fullScreen ? layout.zoom : layout.startZoom);
-    layout.panX += float(visibleWidth - layout.visibleWidth) / float(2 * layout.zoom);
-    layout.panY += float(visibleHeight - layout.visibleHeight) / float(2 * layout.zoom);
-    layout.clearWanted = true;
+    layout.windowMarginX = layout.marginX;
+    layout.windowMarginY = layout.marginY;
+    keepMiddle(before);
+}
+
+void layOutInWindow(int width, int height) {
+    if (viewerState.fullScreen || viewerState.halfHeight) return layOutPicture(width, height);
+    PictureLayout& layout = viewerSession().layout;
+    const PictureLayout before = layout;
+    int windowWidth, windowHeight;
+    clientSize(windowWidth, windowHeight);
+    layout.width = width;
+    layout.height = height;
+    layout.marginX = marginInWindow(windowWidth, width, layout.windowMarginX);
+    layout.marginY = marginInWindow(windowHeight, height, layout.windowMarginY);
+    measureVisibleArea();
+    keepMiddle(before);
 }
 
 void measureVisibleArea() {
@@ -152,17 +195,17 @@ void beginDisplay(FrameStore& frame) {
     const bool sameView = viewerState.sequenceMode && viewerState.windowId >= 1;
     PictureLayout& layout = viewerSession().layout;
     layout.startZoom = std::max(1, viewerState.currentZoom);
-    if (!sameView) layout.zoom = layout.startZoom;
+    if (sameView) {
+        layout.width = frame.width;
+        layout.height = frame.height;
+    } else {
+        layout.zoom = layout.startZoom;
+        viewerSession().beforeFullScreen = {};
+    }
     setUpDisplay(frame, Refit::fitWindow);
     if (sameView) return;
     layout.panX = std::max(0.0f, (frame.width - float(layout.visibleWidth) / layout.zoom) / 2);
     layout.panY = std::max(0.0f, (frame.height - float(layout.visibleHeight) / layout.zoom) / 2);
-}
-
-void applyProjection() {
-    const PictureLayout& layout = viewerSession().layout;
-    platform::setProjection(layout.visibleWidth + 2 * layout.marginX,
-                            layout.visibleHeight + 2 * layout.marginY);
 }
 
 std::string shownSourceName() {
@@ -174,12 +217,13 @@ std::string shownSourceName() {
 std::string windowTitle() { return formatPositional("VisTel: ^1s^2s", {shownSourceName(), ""}); }
 
 void setUpDisplay(FrameStore& frame, Refit refit) {
+    const PictureLayout& layout = viewerSession().layout;
     viewerSession().shown = &frame;
     showNewFrame();
-    if (refit == Refit::fitWindow || viewerState.windowId < 1) {
+    if (refit == Refit::fitWindow || viewerState.windowId < 1)
         fitWindow(frame);
-        applyProjection();
-    }
+    else if (frame.width != layout.width || frame.height != layout.height)
+        layOutInWindow(frame.width, frame.height);
     if (!playing()) setViewerTitle(windowTitle());
 }
 

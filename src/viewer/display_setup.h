@@ -1,5 +1,4 @@
-// Fits the window to the picture: which buffer is shown, margins, window rectangle, projection,
-// title.
+// Fits the window to the picture: which buffer is shown, margins, window rectangle, title.
 #pragma once
 
 #include <string>
@@ -12,7 +11,7 @@ namespace vistel {
 DisplayFit currentDisplayFit();
 
 enum class Refit {
-    keepWindow,  // a frame change: the window stays as it is
+    keepWindow,  // a frame change: the window stays as it is, a frame of another size is centred
     fitWindow,   // first frame, reload, full screen or full resolution: margins and window are made
                  // anew
 };
@@ -30,15 +29,16 @@ void openWindowOrExit(const std::string& title);
 // of the session only: the image place in the middle of what shows stays there.
 void layOutPicture(int width, int height);
 
+// The same in the window as it is: for a frame of another size, or after the zoom has changed. Only
+// in full screen and in half-height mode the margins are those of a window made for the picture.
+void layOutInWindow(int width, int height);
+
 // Visible size of the picture in the window as it is.
 void measureVisibleArea();
 
 // Shows the first frame of a source, with the start-up zoom and, where it is larger than the
 // window, its middle. In sequence mode zoom and place stay as they were from file to file.
 void beginDisplay(FrameStore& frame);
-
-// Sets viewport-wide projection for the current layout.
-void applyProjection();
 
 // "VisTel: NAME", for the source that is open.
 std::string windowTitle();

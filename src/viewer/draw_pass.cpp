@@ -21,21 +21,6 @@ namespace {
 
 constexpr uint32_t bandColour = 0xFF202020;  // packed; dark grey
 
-// A frame of another size than the one before is centred on the same place.
-void followPictureSize() {
-    ViewerSession& session = viewerSession();
-    PictureLayout& layout = session.layout;
-    const FrameStore& frame = *session.shown;
-    if (frame.width == layout.width && frame.height == layout.height) return;
-    if (!viewerState.halfHeight) {
-        layout.marginX += (layout.width - frame.width) * layout.zoom / 2;
-        layout.marginY += (layout.height - frame.height) * layout.zoom / 2;
-    }
-    layout.width = frame.width;
-    layout.height = frame.height;
-    layout.clearWanted = true;
-}
-
 void drawMargins() {
     PictureLayout& layout = viewerSession().layout;
     if (!layout.marginX && !layout.marginY) return;
@@ -155,7 +140,6 @@ void drawPass() {
     clientSize(width, height);
     platform::setScissorTest(true);
     platform::setScissor(0, 0, width, height);
-    followPictureSize();
     measureVisibleArea();
     drawMargins();
     drawPicture(width, height);

@@ -21,7 +21,7 @@ void setColourIndex(int index);
 // in this order on purpose, callers pack their colours so.
 void setColourPacked(uint32_t packed);
 
-// Fills the window with the current colour.
+// Fills the scissor rectangle (the window, when none is in force) with the current colour.
 void clearDrawing();
 
 void setUnpackRowLength(int which, int pixels);  // only when which is 1

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "app/viewer_state.h"
@@ -19,6 +20,10 @@ namespace vistel {
 
 namespace {
 
+// How far from a frame that is not in memory reading ahead begins; from then on its own room
+// counts.
+constexpr size_t framesLookedAhead = 4;
+
 // Held keys must not pile up behind a slow frame: all but the first so many go.
 void dropRepeatedSteps(int kept) {
     windowContext().queue.drop([&](const InputEvent& event) {
@@ -27,6 +32,20 @@ void dropRepeatedSteps(int kept) {
         const bool step = event.code == 'U' || (arrow && event.value);
         return step && kept-- <= 0;
     });
+}
+
+// Whether the frames that could be read ahead are all in memory. Allocates nothing: it is asked
+// before each frame that is played from there.
+bool upcomingInMemory() {
+    ViewerSession& session = viewerSession();
+    UpcomingFrames upcoming;
+    const size_t count = session.ahead ? session.ahead->room() : framesLookedAhead;
+    for (size_t i = 0; i < count; ++i) {
+        const std::optional<int> frame = upcoming.next();
+        if (!frame) break;
+        if (!session.slots.find(*frame)) return false;
+    }
+    return true;
 }
 
 // Playing reads the frames that follow ahead, where they are not in memory.
@@ -81,6 +100,18 @@ FrameStore& keepFrame(int frame, FrameStore&& store) {
     return session.loose = std::move(store);
 }
 
+bool keepFittingFrames() {
+    ViewerSession& session = viewerSession();
+    const DisplayFit fit = currentDisplayFit();
+    const auto fits = [&](const FrameStore& frame) {
+        const DisplaySize size = displaySize(frame.header.width, frame.header.height, fit);
+        return static_cast<int>(size.shrink) == frame.shrink;
+    };
+    session.slots.dropWhere(
+        [&](const FrameStore& frame) { return &frame != session.shown && !fits(frame); });
+    return !session.shown || fits(*session.shown);
+}
+
 void reportUnreadableFrame() {
     const Tstring text =
         formatMessage("s_VistelStrings.rVTFrameUnreadable",
@@ -91,6 +122,7 @@ void reportUnreadableFrame() {
 bool showCurrentFrame(FrameRead read) {
     if (read == FrameRead::always) return reload();
     if (FrameStore* kept = viewerSession().slots.find(viewerState.currentFrame)) {
+        if (playing() && !upcomingInMemory()) readFollowingAhead();
         return show(*kept, SourceMark::memory, Refit::keepWindow);
     }
     int result = iffOk;

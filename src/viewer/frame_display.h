@@ -12,6 +12,11 @@ enum class FrameRead { ifNeeded, always };
 // picture (or the status line) must be drawn again.
 bool showCurrentFrame(FrameRead read);
 
+// Empties the slots of frames that their reader would shrink otherwise now than it did: full screen
+// and full resolution have other limits than a window. They are read again when they are shown. The
+// frame on screen stays; false when it should be read again, too.
+bool keepFittingFrames();
+
 // Puts a frame that was read into its slot, or into the one loose store when frames are not kept or
 // memory is used up.
 FrameStore& keepFrame(int frame, FrameStore&& store);

@@ -4,15 +4,25 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <unordered_map>
 
 #include "iff/frame_store.h"
 
 namespace vistel {
 
-// Bytes of planes that may be kept: the environment variable VISTEL_MEMORY (megabytes), else three
-// quarters of the machine's memory.
-size_t frameMemoryLimit();
+// Bytes of planes that may be kept, of a machine with so many bytes of memory (0: unknown): as many
+// megabytes as the text says, three quarters of the machine's memory when it is empty or no such
+// number.
+struct MemoryLimit {
+    size_t bytes = 0;
+    bool understood = true;  // the text
+};
+MemoryLimit memoryLimit(const std::string& text, size_t machine);
+
+// The limit from the environment variable VISTEL_MEMORY and this machine. Says so on standard error
+// when the variable is no number.
+size_t readFrameMemoryLimit();
 
 class FrameSlots {
  public:
@@ -42,9 +52,11 @@ class FrameSlots {
     void clear();
 
  private:
+    static size_t ownLimit();  // read once
+
     std::unordered_map<int32_t, FrameStore> slots_;  // only frames that were read have an entry
     size_t bytes_ = 0;
-    size_t limit_ = frameMemoryLimit();
+    size_t limit_ = ownLimit();
 };
 
 }  // namespace vistel

@@ -1,6 +1,7 @@
 #include "viewer/load_animation.h"
 
 #include <algorithm>
+#include <bitset>
 #include <cstdio>
 #include <optional>
 #include <vector>
@@ -147,10 +148,8 @@ class WaitingKey {
     bool operator()(const InputEvent& event) {
         const bool arrow = event.code == keyLeftArrow || event.code == keyRightArrow;
         if (!event.value) letGo_ |= arrow;
-        if (!event.value || event.code == EV_TIMER || event.code == EV_MOUSEX ||
-            event.code == EV_MOUSEY || event.code == 'U') {
+        if (!event.value || event.code == EV_TIMER || isMove(event.code) || event.code == 'U')
             return false;
-        }
         return !arrow || letGo_ || viewerState.synchro || playing();
     }
 
@@ -167,25 +166,65 @@ bool keyWaitsTooLong() {
     return windowContext().queue.any(WaitingKey());
 }
 
+// What leaves the queue while a frame is read, so that the keys and buttons that wait there for the
+// loop do not run out of room. Asked about each event in turn.
+// - Ticks, and the presses by which a held key repeats.
+// - Moves while no button is down or waiting: where they lead is noted. With one, those that
+// another
+//   move follows; what is painted is painted along each.
+class CarriesNothing {
+ public:
+    bool operator()(const InputEvent& event) {
+        if (isMove(event.code)) return move(event);
+        if (!isButton(event.code)) return event.code == EV_TIMER || repeats(event);
+        button_ = true;
+        if (event.code == EV_RIGHTMOUSE) painting_ = event.value != 0;
+        return false;
+    }
+
+ private:
+    bool move(const InputEvent& event) const {
+        if (!button_) {
+            viewerSession().noteCursor(event);
+            return true;
+        }
+        const int own = event.code == EV_MOUSEX ? 1 : 0;  // its other half is still queued
+        return !painting_ && windowContext().queue.movesBeforeButton() > own;
+    }
+    bool repeats(const InputEvent& event) {
+        const auto code = static_cast<size_t>(event.code);
+        if (code >= down_.size()) return false;
+        const bool before = down_[code];
+        down_[code] = event.value != 0;
+        return event.value && before;
+    }
+
+    bool painting_ = viewerState.viewerLoopRunning && viewerSession().painting.active;
+    bool button_ = painting_ || (viewerState.viewerLoopRunning && viewerSession().dragging.any());
+    std::bitset<512> down_;
+};
+
+// Takes what concerns the reading itself out of the queue, and what carries nothing. True when the
+// window must be drawn again.
+bool takeEvents() {
+    bool redraw = false;
+    windowContext().queue.drop([&, unneeded = CarriesNothing()](const InputEvent& event) mutable {
+        const bool escape = loading && event.code == keyEscape;
+        stopped |= escape && event.value;
+        if (escape) viewerSession().escapeTaken = event.value != 0;
+        if (event.code == EV_REDRAW) redraw = true;
+        return escape || event.code == EV_REDRAW || unneeded(event);
+    });
+    return redraw;
+}
+
 }  // namespace
 
 bool keepLoading() {
     if (progress) progress->refresh();
     if (!platform::windowExists()) return !platform::interruptRequested() && !windowContext().quit;
     pumpEvents();
-    bool redraw = false;
-    // Keys wait for the loop: one pressed while a frame is read acts after it. What would only fill
-    // the queue during a long load goes.
-    windowContext().queue.drop([&](const InputEvent& event) {
-        const bool escape = loading && event.code == keyEscape;
-        stopped |= escape && event.value;
-        if (escape) viewerSession().escapeTaken = event.value != 0;
-        redraw |= event.code == EV_REDRAW;
-        const bool move = event.code == EV_MOUSEX || event.code == EV_MOUSEY;
-        if (loading && move) viewerSession().noteCursor(event);
-        return escape || event.code == EV_REDRAW || (loading && (move || event.code == EV_TIMER));
-    });
-    if (redraw) redrawPicture();
+    if (takeEvents()) redrawPicture();
     if (windowContext().quit) viewerState.quitRequested = 1;
     return !stopped && !windowContext().quit && !keyWaitsTooLong();
 }

@@ -3,6 +3,7 @@
 #include "app/viewer_state.h"
 #include "platform/menu.h"
 #include "viewer/display_setup.h"
+#include "viewer/frame_display.h"
 #include "viewer/viewer_session.h"
 #include "viewer/window_layer.h"
 
@@ -24,30 +25,18 @@ void refitWindow() {
 void enterFullScreen(int) {
     if (viewerState.fullScreen) return;
     const PictureLayout& layout = viewerSession().layout;
-    viewerSession().beforeFullScreen = {layout.zoom, layout.panX, layout.panY};
+    viewerSession().beforeFullScreen = {layout.width, layout.height, layout.zoom, layout.panX,
+                                        layout.panY};
     viewerState.fullScreen = 1;
     refitWindow();
-}
-
-// Frames that were fitted to the screen by their reader, or now are to be, are read again when they
-// are shown; the one on screen stays until it has been.
-void readAgainAtNewFit() {
-    ViewerSession& session = viewerSession();
-    if (!session.shown) return;
-    const DisplayFit fit = currentDisplayFit();
-    const auto fits = [&](const FrameStore& frame) {
-        const DisplaySize size = displaySize(frame.header.width, frame.header.height, fit);
-        return static_cast<int>(size.shrink) == frame.shrink;
-    };
-    session.slots.dropWhere(
-        [&](const FrameStore& frame) { return &frame != session.shown && !fits(frame); });
-    fits(*session.shown) ? refitWindow() : postKey('U');
+    if (!keepFittingFrames()) postKey('U');
 }
 
 void toggleFullResolution(int) {
     viewerState.noRescale = !viewerState.noRescale;
     platform::checkMenuItem(commandFullResolution, viewerState.noRescale);
-    readAgainAtNewFit();
+    if (!viewerSession().shown) return;
+    keepFittingFrames() ? refitWindow() : postKey('U');
 }
 
 struct MenuCommand {

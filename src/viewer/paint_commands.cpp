@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
-#include <limits>
 
+#include "analysis/plane_views.h"
 #include "viewer/picture_view.h"
 
 namespace vistel {
@@ -61,31 +61,15 @@ Paint choosePaint(const KeyPress& press) {
     return {channel, channel};
 }
 
-// Smallest and largest finite sample.
-struct DepthRange {
-    float nearest = std::numeric_limits<float>::max();
-    float farthest = std::numeric_limits<float>::lowest();
-};
-
-DepthRange depthRange(const FrameStore& frame) {
-    DepthRange range;
-    const float* z = frame.z.data();
-    for (size_t i = 0; i < size_t(frame.width) * frame.height; ++i) {
-        if (!std::isfinite(z[i])) continue;
-        range.nearest = std::min(range.nearest, z[i]);
-        range.farthest = std::max(range.farthest, z[i]);
-    }
-    return range;
-}
-
 // In the depth view the depth is painted: as near as the nearest sample, which is shown white, or
-// with Control as far as the farthest.
+// with Control as far as the farthest. Where no sample is finite it is painted 0.
 class Brush {
  public:
     Brush(FrameStore& frame, const KeyPress& press) : frame_(frame), paint_(choosePaint(press)) {
         depth_ = viewerSession().mode == ChannelMode::zBuffer;
         if (!depth_) return;
-        const DepthRange range = depthRange(frame);
+        const DepthRange range =
+            finiteRange(frame.z.data(), size_t(frame.width) * size_t(frame.height));
         sample_ = press.modifiers.control() ? range.farthest : range.nearest;
     }
 

@@ -40,6 +40,7 @@ float centringPan(int visible, int upperZoom) {
 void resetView() {
     PictureLayout& layout = viewerSession().layout;
     layout.zoom = layout.startZoom;
+    layOutInWindow(layout.width, layout.height);
     layout.panX = layout.panY = 0;
 }
 
@@ -65,7 +66,7 @@ bool zoomPicture(const KeyPress&, int direction) {
     layout.panX += float(direction) * centringPan(layout.visibleWidth, upper);
     layout.panY += float(direction) * centringPan(layout.visibleHeight, upper);
     layout.zoom = zoom;
-    if (viewerState.fullScreen) layOutPicture(layout.width, layout.height);
+    layOutInWindow(layout.width, layout.height);
     return true;
 }
 

@@ -26,7 +26,8 @@ class PlaybackClock {
     // Milliseconds until the current frame is due at this rate; negative when it is late.
     float timeAhead(int frameRate) const;
 
-    // Later than this (milliseconds, 0) the player skips frames when skipping is on.
+    // Later than this many milliseconds the player skips frames when skipping is on. None is
+    // allowed: what is late is skipped.
     float allowedLag() const { return 0.0f; }
     int framesDue() const { return framesDue_; }
 

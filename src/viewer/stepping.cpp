@@ -12,8 +12,6 @@ namespace {
 // Milliseconds by which playing that skips frames may be late from one round to the next.
 constexpr float longestSkippedLag = 250;
 
-int stepSize() { return viewerState.frameStep > 0 ? viewerState.frameStep : 1; }
-
 bool pastRange(Direction direction, int64_t frame) {
     return direction == Direction::forward ? frame > viewerState.playLast
                                            : frame < viewerState.playFirst;
@@ -78,41 +76,50 @@ int beyondEnd(const Step& step, int64_t frame) {
 
 }  // namespace
 
+int stepSize() { return viewerState.frameStep > 0 ? viewerState.frameStep : 1; }
+
 int lastReachableFrame() {
     const int64_t first = viewerState.playFirst, span = int64_t{viewerState.playLast} - first;
     return static_cast<int>(first + span / stepSize() * stepSize());
 }
 
+UpcomingFrames::UpcomingFrames()
+    : frame_(viewerState.currentFrame),
+      direction_(viewerState.playMode == PlayMode::forward ? Direction::forward
+                                                           : Direction::backward),
+      ended_(!playing()) {}
+
+std::optional<int> UpcomingFrames::next() {
+    if (ended_) return std::nullopt;
+    frame_ += int64_t{stepSize()} * static_cast<int>(direction_);
+    if (pastRange(direction_, frame_)) {
+        ended_ = viewerState.playOnce != 0;
+        frame_ = ended_ ? endOfRange(direction_) : wrapped(direction_, frame_);
+        if (viewerState.pingPong)
+            direction_ = static_cast<Direction>(-static_cast<int>(direction_));
+    }
+    return static_cast<int>(frame_);
+}
+
 std::vector<int> upcomingFrames(size_t count) {
     std::vector<int> frames;
-    if (!playing()) return frames;
-    int64_t frame = viewerState.currentFrame;
-    auto direction =
-        viewerState.playMode == PlayMode::forward ? Direction::forward : Direction::backward;
+    UpcomingFrames upcoming;
     while (frames.size() < count) {
-        frame += int64_t{stepSize()} * static_cast<int>(direction);
-        if (pastRange(direction, frame)) {
-            if (viewerState.playOnce) {
-                frames.push_back(endOfRange(direction));
-                break;
-            }
-            frame = wrapped(direction, frame);
-            if (viewerState.pingPong)
-                direction = static_cast<Direction>(-static_cast<int>(direction));
-        }
-        frames.push_back(static_cast<int>(frame));
+        const std::optional<int> frame = upcoming.next();
+        if (!frame) break;
+        frames.push_back(*frame);
     }
     return frames;
 }
 
 bool stepFrame(const Step& step) {
     if (!step.synthetic && !step.toEnd && playing()) return false;
-    viewerSession().wentBackward |= step.direction == Direction::backward;
     if (!step.synthetic && step.toEnd) {
         viewerState.currentFrame = endOfRange(step.direction);
         playbackClock().reset();
         return true;
     }
+    viewerSession().wentBackward |= step.direction == Direction::backward;
     const int64_t frame = advance(step);
     if (pastRange(step.direction, frame)) {
         restartClock(step);

@@ -3,6 +3,8 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <optional>
 #include <vector>
 
 namespace vistel {
@@ -19,11 +21,26 @@ struct Step {
 // key's step while playing.
 bool stepFrame(const Step& step);
 
+// Frames of one step, at least 1.
+int stepSize();
+
 // Highest frame that steps from the range's start reach.
 int lastReachableFrame();
 
-// The next `count` frames of the playing that goes on, the one after the current frame first: round
-// and round, back and forth, or once up to the range's end. None when stopped.
+// The frames of the playing that goes on, the one after the current frame first: round and round,
+// back and forth, or once up to the range's end. None when stopped.
+class UpcomingFrames {
+ public:
+    UpcomingFrames();
+    std::optional<int> next();
+
+ private:
+    int64_t frame_;
+    Direction direction_;
+    bool ended_;
+};
+
+// The first so many of them.
 std::vector<int> upcomingFrames(size_t count);
 
 // Sets the start or the end of the play range to the current frame; on the frame that is the bound

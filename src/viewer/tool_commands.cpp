@@ -8,6 +8,7 @@
 #include "platform/surface.h"
 #include "viewer/display_setup.h"
 #include "viewer/drawing.h"
+#include "viewer/frame_display.h"
 #include "viewer/window_layer.h"
 
 namespace vistel {
@@ -41,12 +42,23 @@ void outline(const TileRect& tile) {
     penDraw(left, bottom);
 }
 
+// The part of the picture that showed before full screen, unless another size of it is shown now.
+void restoreWindowView() {
+    PictureLayout& layout = viewerSession().layout;
+    const WindowView& before = viewerSession().beforeFullScreen;
+    if (before.width != layout.width || before.height != layout.height) return;
+    if (before.zoom != layout.zoom) return;
+    layout.panX = before.panX;
+    layout.panY = before.panY;
+}
+
 }  // namespace
 
 bool writePicture(const KeyPress& press, int) {
-    viewerState.frameSkip = 0;
+    const bool skipped = std::exchange(viewerState.frameSkip, 0) != 0;
     const bool all = viewerState.animation && press.modifiers.shift();
-    return run(all ? viewerTools.writeAnimation : viewerTools.writeFrame);
+    const bool redraw = run(all ? viewerTools.writeAnimation : viewerTools.writeFrame);
+    return redraw || skipped;  // the status line tells of the skipping
 }
 
 bool pickPoint(const KeyPress&, int) { return run(viewerTools.pickPoint); }
@@ -101,12 +113,9 @@ bool leaveFullScreen(const KeyPress& press, int) {
     if (std::exchange(session.escapeTaken, false)) return false;
     if (!viewerState.fullScreen) return removeOverlay(press, 0);
     viewerState.fullScreen = 0;
-    setUpDisplay(*session.shown, Refit::fitWindow);
-    const WindowView& before = session.beforeFullScreen;
-    if (before.zoom == session.layout.zoom) {
-        session.layout.panX = before.panX;
-        session.layout.panY = before.panY;
-    }
+    if (keepFittingFrames() || !showCurrentFrame(FrameRead::always))
+        setUpDisplay(*session.shown, Refit::fitWindow);
+    restoreWindowView();
     return true;
 }
 

@@ -14,6 +14,7 @@
 #include "viewer/paint_commands.h"
 #include "viewer/pan_commands.h"
 #include "viewer/picture_view.h"
+#include "viewer/stepping.h"
 #include "viewer/viewer_session.h"
 #include "viewer/window_layer.h"
 
@@ -57,6 +58,13 @@ KeyPress playbackStep() {
     return keyPress({arrow, 1}, true);
 }
 
+// Whether the frame after the one on screen is due already.
+bool stepIsDue() {
+    if (!playing()) return false;
+    const int rate = effectiveFrameRate();
+    return playbackClock().timeAhead(rate) + 1000.0f * float(stepSize()) / float(rate) <= 1;
+}
+
 int queuedEvents() {
     pumpEvents();
     return windowContext().queue.count();
@@ -69,27 +77,15 @@ bool otherReleased(const KeyPress& press) {
     return false;
 }
 
-bool isButton(int code) {
-    return code == EV_LEFTMOUSE || code == EV_RIGHTMOUSE || code == EV_MIDDLEMOUSE;
-}
-
 // Whether the mouse has moved on already: then this place need not be shown. What a button does
 // meanwhile needs it.
-bool laterMoveQueued() {
-    bool button = false;
-    return windowContext().queue.any([&](const InputEvent& event) {
-        button |= isButton(event.code);
-        return !button && event.code == EV_MOUSEY;
-    });
-}
+bool laterMoveQueued() { return windowContext().queue.movesBeforeButton() > 0; }
 
 // The cursor may be where no move led to: where the window opened under it. Where one did, the
 // cursor may have left the place by now.
 void findCursor() {
     if (viewerSession().cursorKnown) return;
-    const auto moved = [](const InputEvent& event) {
-        return event.code == EV_MOUSEX || event.code == EV_MOUSEY;
-    };
+    const auto moved = [](const InputEvent& event) { return isMove(event.code); };
     if (windowContext().queue.any(moved)) return;  // the cursor has left the place
     cursorPlace(viewerSession().cursorX, viewerSession().cursorY);
 }
@@ -164,7 +160,8 @@ Ended handleEvent(const KeyPress& press, bool& redraw) {
 // Handles events until one changes the picture: those that are queued, then the step of playback or
 // whatever comes next. `drawn` is false when the current frame was not presented yet because an
 // event came before it was due: then no step is made. Events that arrive meanwhile wait for the
-// next pass, so a flood of them does not hold playback up.
+// next pass, and a step that is due is made though the picture has changed: a flood of events, even
+// of ones that change it, does not hold playback up.
 Ended handleEvents(bool drawn) {
     Ended ended = Ended::no;
     bool redraw = false;
@@ -173,6 +170,8 @@ Ended handleEvents(bool drawn) {
         ended = handleEvent(keyPress(windowContext().queue.take(), false), redraw);
     }
     if (!playing()) viewerSession().ahead.reset();
+    if (drawn && redraw && ended == Ended::no && stepIsDue())
+        ended = handleEvent(playbackStep(), redraw);
     while (drawn && !redraw && ended == Ended::no) {
         ended = handleEvent(playing() ? playbackStep() : keyPress(waitEvent(), false), redraw);
     }

@@ -48,6 +48,8 @@ struct PictureLayout {
     int zoom = 1;                  // window pixels per image pixel
     int startZoom = 1;             // the zoom given at start: margins and window are made for it
     int marginX = 0, marginY = 0;  // window pixels between the window's edge and the picture
+    // The margins that the window was made with.
+    int windowMarginX = 0, windowMarginY = 0;
     int visibleWidth = 0, visibleHeight = 0;  // window pixels
     float panX = 0, panY = 0;  // image column and row at the picture's lower-left corner
     bool clearWanted = true;   // the margins must be painted
@@ -55,6 +57,7 @@ struct PictureLayout {
 
 // What full screen was entered with, to come back to.
 struct WindowView {
+    int width = 0, height = 0;  // of the frame, image pixels
     int zoom = 0;
     float panX = 0, panY = 0;
 };
@@ -74,6 +77,8 @@ struct Dragging {
     int cursorX = 0, cursorY = 0;  // at the last pan, or where the scrub began; client pixels
     int frame = 0;                 // where the scrub began
     PlayMode playMode = PlayMode::stopped;  // before it
+
+    bool any() const { return pan || scrub; }
 };
 
 struct ViewerSession {

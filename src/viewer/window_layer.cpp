@@ -1,5 +1,7 @@
 #include "viewer/window_layer.h"
 
+#include <algorithm>
+
 #include "app/viewer_state.h"
 #include "platform/menu.h"
 #include "platform/process.h"
@@ -12,10 +14,9 @@ namespace {
 
 constexpr int commandImportSound = 40023;
 constexpr int commandToggleSound = 40024;
-constexpr int minimumWidth = 320;
 
 WindowPlacement centredPlacement() {
-    constexpr int width = 320, height = 240;
+    constexpr int width = leastWindowWidth, height = 240;
     const platform::PixelRect work = platform::workArea();
     WindowPlacement placement;
     placement.left = work.left + (work.width() - width) / 2;
@@ -36,7 +37,7 @@ int controlBarRows() { return viewerState.controlBarShown ? CONTROL_BAR_HEIGHT :
 platform::PixelRect clientRect(const WindowPlacement& placement) {
     platform::PixelRect rect{placement.left, placement.top, placement.right,
                              placement.bottom + controlBarRows()};
-    if (rect.width() < minimumWidth) rect.right = rect.left + minimumWidth;
+    rect.right = std::max(rect.right, rect.left + leastWindowWidth);
     return rect;
 }
 

@@ -16,10 +16,13 @@ namespace vistel {
 // Rows of the client area that the control bar takes when it is shown.
 constexpr int CONTROL_BAR_HEIGHT = 29;
 
+// No window is narrower, pixels: its menu needs the room.
+constexpr int leastWindowWidth = 320;
+
 // Where the window is to go, screen pixels; freed once applied.
 struct WindowPlacement {
     bool usePreferredPosition = true;              // false: borderless
-    bool second = true;                            // cleared once the window is open
+    bool second = true;                            // always set: nothing clears it or asks for it
     int left = 0, top = 0, right = 0, bottom = 0;  // client area; right and bottom exclusive
 };
 

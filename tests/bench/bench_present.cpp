@@ -37,7 +37,6 @@ bool openSurface() {
     if (!platform::createSurface()) return false;
     platform::setDoubleBuffered(true);
     platform::setViewport(width, height);
-    platform::setProjection(width, height);
     return true;
 }
 

@@ -7,9 +7,11 @@ namespace vistel::platform {
 
 namespace {
 
-// One unit is one window pixel. The projection starts at -0.499 and not at -0.5, so that a raster
-// position at a whole coordinate falls inside its pixel and not on the border of two, where drivers
-// differ; rectangles reach half a unit round a pixel's centre and are not moved by it.
+// One unit is one window pixel, whatever part of the window the picture takes: under another
+// projection rectangles and lines would be stretched, pictures and text would not. The projection
+// starts at -0.499 and not at -0.5, so that a raster position at a whole coordinate falls inside
+// its pixel and not on the border of two, where drivers differ; rectangles reach half a unit round
+// a pixel's centre and are not moved by it.
 void loadProjection() {
     const DrawingState& state = drawingState();
     if (state.viewWidth <= 0 || state.viewHeight <= 0) return;
@@ -65,11 +67,6 @@ void setViewport(int width, int height) {
     glViewport(0, 0, width, height);
     loadProjection();
 }
-
-// The window's pixels are the unit whatever part of the window the picture takes: with a viewport
-// of another size than the projection's, only the projection's pixels would be stretched, pictures
-// and text would not.
-void setProjection(int, int) { loadProjection(); }
 
 void setScissorTest(bool on) {
     drawingState().scissorTest = on;

@@ -99,14 +99,12 @@ bool createSurface() {
 }
 void destroySurface() { surface.exists = false; }
 bool surfaceExists() { return surface.exists; }
-int screenColourBits() { return 24; }
 void setDoubleBuffered(bool on) {
     surface.doubleBuffered = on;
     if (!on && surface.exchange) surface.drawn = surface.visible;
 }
 void setDithering(bool on) { surface.dithering = on; }
 void setViewport(int, int) {}
-void setProjection(int, int) {}
 void setScissorTest(bool on) { surface.scissorTest = on; }
 void setScissor(int x, int y, int width, int height) {
     surface.scissor = {x, y, x + width, y + height};

@@ -59,7 +59,6 @@ bool windowExists() { return desktop.open; }
 void placeWindow(const PixelRect& client, bool border) {
     desktop.client = client;
     desktop.border = border;
-    if (client.width() < 320) desktop.client.right = client.left + 320;
     sendResize();
 }
 

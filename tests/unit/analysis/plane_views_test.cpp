@@ -123,6 +123,24 @@ TEST(PlaneViews, SamplesThatAreNotFiniteAreBlackAndDoNotCount) {
     EXPECT_EQ(greys({}), (std::vector<int>{}));
 }
 
+TEST(PlaneViews, TheRangeOfADepthPlaneIsThatOfItsFiniteSamples) {
+    const float infinite = std::numeric_limits<float>::infinity();
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    const struct {
+        std::vector<float> z;
+        float nearest, farthest;
+    } rows[] = {
+        {{3, -2, 7}, -2, 7}, {{infinite, 5, nan, -infinite, 6}, 5, 6},
+        {{nan, -4}, -4, -4}, {{infinite, nan}, 0, 0},
+        {{}, 0, 0},
+    };
+    for (const auto& row : rows) {
+        const DepthRange range = finiteRange(row.z.data(), row.z.size());
+        EXPECT_EQ(range.nearest, row.nearest);
+        EXPECT_EQ(range.farthest, row.farthest);
+    }
+}
+
 TEST(PlaneViews, EqualDepthsAreWhite) {
     EXPECT_EQ(greys({7, 7, 7}), (std::vector<int>{255, 255, 255}));
 }

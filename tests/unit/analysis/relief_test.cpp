@@ -193,17 +193,6 @@ TEST(Relief, ASlopeAboveZeroIsTheInvertedView) {
     EXPECT_EQ(reliefViewOf(0.0f), 8);
 }
 
-TEST(Relief, LuminanceIsBuiltFirstForItsOwnViewAndWhereThereIsNoView) {
-    const struct {
-        int view;
-        bool built, needed;
-    } rows[] = {
-        {4, false, true}, {0, true, false},  {0, false, true}, {3, true, false},
-        {5, true, false}, {5, false, false}, {6, true, true},  {6, false, true},
-    };
-    for (const auto& row : rows) EXPECT_EQ(reliefNeedsLuminance(row.view, row.built), row.needed);
-}
-
 TEST(ReliefView, IsGreyWithoutColourOrStrength) {
     const std::vector<uint8_t> shade = {0, 1, 99, 254, 255};
     const std::vector<uint32_t> grey = {0xFF000000, 0xFF010101, 0xFF636363, 0xFFFEFEFE, 0xFFFFFFFF};

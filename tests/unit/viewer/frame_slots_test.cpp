@@ -59,6 +59,51 @@ TEST(FrameSlots, TheDepthPlaneCountsToo) {
     EXPECT_FALSE(slots.hasRoomFor(1, both));
 }
 
+// --- how much memory ----------------------------------------------------------------------------
+
+TEST(FrameMemory, TheLimitIsTheNumberOrThreeQuartersOfTheMachine) {
+    constexpr size_t megabyte = size_t{1} << 20, machine = 1000 * megabyte;
+    struct Row {
+        const char* text;
+        size_t machine, megabytes;
+        bool understood;
+    };
+    const Row rows[] = {
+        {"", machine, 750, true},
+        {"12", machine, 12, true},
+        {"0", machine, 0, true},
+        {"12abc", machine, 750, false},
+        {"12 ", machine, 750, false},
+        {"-5", machine, 750, false},
+        {"many", machine, 750, false},
+        {"99999999999999999999", machine, 750, false},
+        {"17592186044416", machine, 750, false},  // more bytes than can be counted
+        {"", 0, 1536, true},                      // the machine does not tell
+        {"x", 0, 1536, false},
+    };
+    for (const Row& row : rows) {
+        const MemoryLimit limit = memoryLimit(row.text, row.machine);
+        EXPECT_EQ(limit.bytes, row.megabytes * megabyte) << row.text;
+        EXPECT_EQ(limit.understood, row.understood) << row.text;
+    }
+}
+
+TEST(FrameMemory, AVariableThatIsNoNumberIsToldOf) {
+    const auto said = [](const char* value) {
+        platform::setEnvironmentVariable("VISTEL_MEMORY", value);
+        testing::internal::CaptureStderr();
+        const size_t limit = readFrameMemoryLimit();
+        platform::setEnvironmentVariable("VISTEL_MEMORY", "");
+        return std::pair{testing::internal::GetCapturedStderr(), limit >> 20};
+    };
+    EXPECT_EQ(said("25"), (std::pair<std::string, size_t>{"", 25}));
+    const size_t usual = said("").second;
+    EXPECT_EQ(said("12abc"), (std::pair<std::string, size_t>{
+                                 "VISTEL_MEMORY: \"12abc\" is no number of megabytes; " +
+                                     std::to_string(usual) + " MB are used\n",
+                                 usual}));
+}
+
 // --- in the viewer ------------------------------------------------------------------------------
 
 // Frame files shot.1 to shot.6 of 4 x 4 pixels whose red is ten times their number.
@@ -137,6 +182,35 @@ TEST_F(MemoryLimitTest, FramesPlayedFromTheirFilesHaveBeenReadAhead) {
     platform::setEnvironmentVariable("VISTEL_THREADS", "");
     ASSERT_GT(shown, 20u);
     EXPECT_GT(taken, shown / 2);
+}
+
+TEST_F(MemoryLimitTest, ReadingAheadBeginsBeforeTheFirstFrameThatIsNotInMemory) {
+    struct Row {
+        const char* name;
+        int frames;  // that fit in memory
+        PlayMode mode;
+        int shown;
+        bool ahead;
+    };
+    const Row rows[] = {
+        {"the next frame is on disk", 3, PlayMode::forward, 3, true},
+        {"the next but one", 3, PlayMode::forward, 2, true},
+        {"backward, beyond the start", 3, PlayMode::backward, 1, true},
+        {"stopped", 3, PlayMode::stopped, 3, false},
+        {"all in memory", 6, PlayMode::forward, 3, false},
+    };
+    platform::setEnvironmentVariable("VISTEL_THREADS", "1");
+    for (const Row& row : rows) {
+        clearViewerSession();
+        viewerState.currentFrame = 1;
+        load(row.frames);
+        viewerState.playMode = row.mode;
+        viewerState.currentFrame = row.shown;
+        showCurrentFrame(FrameRead::ifNeeded);
+        EXPECT_EQ(viewerSession().mark, SourceMark::memory) << row.name;
+        EXPECT_EQ(viewerSession().ahead != nullptr, row.ahead) << row.name;
+    }
+    platform::setEnvironmentVariable("VISTEL_THREADS", "");
 }
 
 TEST_F(MemoryLimitTest, WithRoomForAllNothingIsReadAgain) {

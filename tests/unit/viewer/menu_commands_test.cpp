@@ -4,6 +4,7 @@
 #include <set>
 #include <vector>
 
+#include "viewer/frame_folder.h"
 #include "viewer_fixture.h"
 
 namespace vistel {
@@ -83,6 +84,58 @@ TEST_F(MenuCommandsTest, FullScreenWithoutAPictureWaitsForOne) {
     EXPECT_EQ(viewerState.fullScreen, 1);
     showImage(testFrame(1, 400, 300));
     EXPECT_EQ(headless::windowRect().width(), 1280);
+}
+
+// Images of 1000 x 1010: the window, whose title takes rows of the screen, has them at half size.
+TEST_F(MenuCommandsTest, FullScreenReadsAgainWhatOnlyTheWindowHadShrunk) {
+    showAnimation(1, 4, 1, 400, 300);
+    for (const int number : {1, 3}) keepFrame(number, shrunkFrame(number, 500, 505, 2));
+    showCurrentFrame(FrameRead::ifNeeded);
+    queuedCodes();
+    headless::choose(fullScreenCommand);
+    EXPECT_EQ(headless::windowRect().width(), 1280);
+    EXPECT_EQ(queuedCodes(), (std::vector<int>{EV_REDRAW, 'U'}));
+    EXPECT_NE(viewerSession().slots.find(1), nullptr);  // on screen
+    for (const int number : {2, 4}) EXPECT_NE(viewerSession().slots.find(number), nullptr);
+    EXPECT_EQ(viewerSession().slots.find(3), nullptr);
+}
+
+TEST_F(MenuCommandsTest, EscapeReadsAgainWhatIsTooLargeForAWindow) {
+    const FrameFolder folder;
+    FrameFolder::animation("shot", 1, 3);  // by now of 4 x 4 pixels
+    viewerState.fullScreen = 1;
+    for (const int number : {1, 2}) keepFrame(number, testFrame(number, 1000, 1010));
+    keepFrame(3, testFrame(3, 400, 300));
+    beginDisplay(*viewerSession().slots.find(1));
+    windowContext().drawPass = drawPass;
+    released(keyEscape);
+    EXPECT_EQ(viewerState.fullScreen, 0);
+    EXPECT_EQ(viewerSession().shown->width, 4);
+    EXPECT_EQ(headless::windowRect().width(), 320);
+    EXPECT_EQ(viewerSession().slots.find(2), nullptr);
+    EXPECT_NE(viewerSession().slots.find(3), nullptr);
+}
+
+TEST_F(MenuCommandsTest, EscapeLeavesFullScreenThoughTheFileHasGone) {
+    viewerState.fileName = "no such file";
+    viewerState.fullScreen = 1;
+    showImage(testFrame(1, 1000, 1010));
+    released(keyEscape);
+    EXPECT_EQ(viewerState.fullScreen, 0);
+    EXPECT_EQ(headless::windowRect().width(), 1000);
+    expectPicture([](int x, int y) { return testPixel(1, x, y); });
+}
+
+TEST_F(MenuCommandsTest, TheNextSourceDoesNotComeBackToThePlaceOfTheOneBefore) {
+    viewerState.noRescale = 1;
+    showImage(testFrame(1, 2000, 300));
+    layout().panX = 100;
+    headless::choose(fullScreenCommand);
+    releaseFrames();
+    showImage(testFrame(2, 2000, 300));
+    released(keyEscape);
+    redraw();
+    EXPECT_FLOAT_EQ(layout().panX, (2000 - 1160) / 2.0f);  // its own middle
 }
 
 // --- full resolution -----------------------------------------------------------------------------

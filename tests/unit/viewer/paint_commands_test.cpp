@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <set>
 #include <utility>
 #include <vector>
@@ -121,6 +122,21 @@ TEST_F(PaintCommandsTest, TheDepthIsPaintedInItsView) {
     EXPECT_EQ(viewerSession().shown->z.row(4)[3], *high);
     EXPECT_EQ(displayedPixels()[4 * 20 + 3] & 255, 0u);
     EXPECT_TRUE(paintedPoints().empty());  // the colours stay
+}
+
+TEST_F(PaintCommandsTest, ADepthWithoutAFiniteSampleIsPaintedZero) {
+    const float infinite = std::numeric_limits<float>::infinity();
+    for (const unsigned held : {none, control}) {
+        FrameStore frame = planesFrame(1, 20, 10);
+        std::fill_n(frame.z.data(), 200, infinite);
+        frame.z.data()[7] = std::numeric_limits<float>::quiet_NaN();
+        showImage(std::move(frame));
+        key('Z');
+        paintAt(3, 4, held);
+        EXPECT_EQ(viewerSession().shown->z.row(4)[3], 0.0f) << held;
+        EXPECT_EQ(viewerSession().shown->z.row(4)[4], infinite);
+        EXPECT_EQ(displayedPixels()[4 * 20 + 3] & 255, 255u);  // it shows
+    }
 }
 
 TEST_F(PaintCommandsTest, SuccessivePointsAreJoined) {

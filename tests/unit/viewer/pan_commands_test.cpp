@@ -111,6 +111,19 @@ TEST_F(PanCommandsTest, KeypadFiveWithControlResetsPanAndZoom) {
     EXPECT_FLOAT_EQ(layout().panY, 0);
 }
 
+TEST_F(PanCommandsTest, InFullScreenTheViewAsAtTheStartHasItsMarginsAgain) {
+    showImage(testFrame(1, 400, 300));
+    runMenuCommand(40025);
+    const headless::Image before = redraw();
+    for (int i = 0; i < 3; ++i) key(keyPadDecimal);
+    redraw();
+    EXPECT_EQ(layout().marginX, 0);
+    EXPECT_TRUE(key(keyPad0 + 5, control));
+    EXPECT_EQ(layout().marginX, 440);
+    EXPECT_EQ(layout().marginY, 362);
+    EXPECT_EQ(redraw().pixels, before.pixels);
+}
+
 // --- zoom ---------------------------------------------------------------------------------------
 
 TEST_F(PanCommandsTest, ZoomingMovesThePanByTheRule) {
@@ -239,15 +252,79 @@ TEST_F(PanCommandsTest, ZoomAndPanAreKeptFromFileToFileInSequenceModeOnly) {
     }
 }
 
-TEST_F(PanCommandsTest, AZoomedPictureThatLeavesNoRoomIsNotDrawn) {
+// --- frames of another size ----------------------------------------------------------------------
+
+TEST_F(PanCommandsTest, AFrameOfAnotherSizeIsCentredInTheWindowThatIsThere) {
+    struct Row {
+        const char* name;
+        bool fullResolution;
+        int width, height, zoom;            // of the first frame
+        int otherWidth, otherHeight;        // of the second
+        int marginX, marginY, back, backY;  // around the second; around the first again
+    };
+    const Row rows[] = {
+        {"smaller", false, 400, 300, 1, 300, 200, 70, 70, 20, 20},
+        {"smaller, zoomed", false, 640, 480, 8, 64, 48, 84, 68, 20, 20},
+        {"much smaller, zoomed", false, 640, 480, 8, 4, 4, 324, 244, 20, 20},
+        {"hardly smaller, zoomed", false, 640, 480, 8, 600, 470, 20, 20, 20, 20},
+        {"full resolution", true, 3000, 400, 1, 1000, 200, 100, 120, 20, 20},
+        {"in a window wider than the frame", false, 100, 80, 2, 90, 70, 110, 80, 110, 80},
+        {"larger", false, 100, 80, 1, 640, 480, 20, 20, 110, 80},
+        {"larger, zoomed", false, 100, 80, 4, 640, 480, 20, 20, 110, 80},
+    };
+    for (const Row& row : rows) {
+        SetUp();
+        viewerState.noRescale = row.fullResolution;
+        showAnimation(1, 2, 1, row.width, row.height);
+        keepFrame(2, testFrame(2, row.otherWidth, row.otherHeight));
+        while (layout().zoom < row.zoom) key(keyPadDecimal);
+        redraw();
+        const platform::PixelRect window = headless::windowRect();
+        for (const int frame : {2, 1, 2}) {
+            viewerState.currentFrame = frame;
+            showCurrentFrame(FrameRead::ifNeeded);
+            EXPECT_EQ(layout().marginX, frame == 2 ? row.marginX : row.back) << row.name;
+            EXPECT_EQ(layout().marginY, frame == 2 ? row.marginY : row.backY) << row.name;
+            expectTestPicture(frame);
+            const int lastX = layout().marginX - 1;
+            EXPECT_EQ(headless::visibleImage().at(lastX, window.height() / 2), 0xFF202020u)
+                << row.name;
+        }
+        EXPECT_EQ(headless::windowRect(), window) << row.name;
+    }
+}
+
+TEST_F(PanCommandsTest, ASmallerFrameStaysInTheMiddleWhenItIsZoomed) {
     showAnimation(1, 2, 1, 640, 480);
     keepFrame(2, testFrame(2, 64, 48));
-    layout().zoom = 8;
     viewerState.currentFrame = 2;
     showCurrentFrame(FrameRead::ifNeeded);
-    redraw();  // margins of (640 - 64) x 8 / 2 and more are wider than the window
-    EXPECT_EQ(layout().visibleWidth, 0);
-    EXPECT_EQ(layout().visibleHeight, 0);
+    redraw();
+    EXPECT_EQ(layout().marginX, 308);
+    const std::pair<int, int> rows[] = {{2, 276}, {3, 244}, {9, 52}, {10, 20}, {12, 20}};
+    for (const auto& [zoom, margin] : rows) {
+        while (layout().zoom < zoom) key(keyPadDecimal);
+        EXPECT_EQ(layout().marginX, margin) << zoom;
+        expectTestPicture(2);
+    }
+    while (key(keyPad0)) {
+    }
+    EXPECT_EQ(layout().marginX, 308);
+    expectTestPicture(2);
+}
+
+TEST_F(PanCommandsTest, InFullScreenAFrameOfAnotherSizeIsCentredOnTheScreen) {
+    showAnimation(1, 2, 1, 400, 300);
+    keepFrame(2, testFrame(2, 200, 100));
+    runMenuCommand(40025);
+    key(keyPadDecimal);
+    redraw();
+    for (const auto& [frame, margin] : {std::pair{2, 440}, {1, 240}}) {
+        viewerState.currentFrame = frame;
+        showCurrentFrame(FrameRead::ifNeeded);
+        EXPECT_EQ(layout().marginX, margin);
+        expectTestPicture(frame);
+    }
 }
 
 // --- dragging -----------------------------------------------------------------------------------

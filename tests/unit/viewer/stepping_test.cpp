@@ -131,6 +131,16 @@ TEST_F(SteppingTest, EveryStepBackIsMarked) {
     }
 }
 
+TEST_F(SteppingTest, AJumpToTheStartIsNoStepBack) {
+    range(1, 10, 1, 5);
+    EXPECT_TRUE(stepFrame({Direction::backward, false, true}));
+    EXPECT_EQ(viewerState.currentFrame, 1);
+    EXPECT_FALSE(viewerSession().wentBackward);
+    viewerState.currentFrame = 5;
+    EXPECT_TRUE(stepFrame({Direction::backward, false, false}));
+    EXPECT_TRUE(viewerSession().wentBackward);
+}
+
 TEST_F(SteppingTest, AStepThatIsIgnoredMarksNothing) {
     range(1, 10, 1, 5);
     viewerState.playMode = PlayMode::forward;

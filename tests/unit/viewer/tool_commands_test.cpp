@@ -220,8 +220,9 @@ TEST_F(ToolCommandsTest, EachToolIsCalledByItsKey) {
 TEST_F(ToolCommandsTest, WritingTurnsFrameSkippingOff) {
     showAnimation(1, 3);
     viewerState.frameSkip = 1;
-    key('W');
+    EXPECT_TRUE(key('W'));  // the status line tells
     EXPECT_EQ(viewerState.frameSkip, 0);
+    EXPECT_FALSE(key('W'));
 }
 
 }  // namespace vistel

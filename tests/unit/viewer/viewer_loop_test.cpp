@@ -57,6 +57,33 @@ TEST_F(ViewerLoopTest, ShowsNoFrameTwiceAndLeavesNoneOutWhenTheMouseMoves) {
     for (size_t i = 0; i < 50; ++i) EXPECT_EQ(shown[i], int(i) + 1);
 }
 
+// A drag whose moves come in every pass, each of which changes the picture.
+TEST_F(ViewerLoopTest, AFloodOfEventsThatChangeThePictureDoesNotHoldPlaybackUp) {
+    showAnimation(1, 50);
+    viewerState.frameRate = 25;
+    std::vector<std::pair<int, uint32_t>> shown;  // frame, millisecond at which it came first
+    int presents = 0;
+    headless::whenPresented([&] {
+        ++presents;
+        if (shown.empty() || shown.back().first != visibleFrame())
+            shown.emplace_back(visibleFrame(), platform::tickMilliseconds());
+        headless::advanceMilliseconds(4);
+        if (presents > 1) headless::moveMouse(100 + presents % 2, 100);
+        if (presents == 400) postEvent(EV_QUIT, 1);
+    });
+    headless::script([] {
+        viewerSession().dragging.pan = true;
+        headless::moveMouse(50, 50);
+    });
+    runViewerLoop();
+    ASSERT_GT(shown.size(), 20u);
+    for (size_t i = 0; i < 20; ++i) {
+        EXPECT_EQ(shown[i].first, int(i) + 1);
+        EXPECT_NEAR(double(shown[i].second), 40.0 * double(i), 9) << i;
+    }
+    EXPECT_GT(presents, 2 * int(shown.size()));  // the drag is seen between the frames
+}
+
 TEST_F(ViewerLoopTest, SpacePausesAndTheArrowStepsOneFrame) {
     showAnimation(1, 9);
     std::vector<int> shown;

@@ -66,12 +66,6 @@ void makeSurfaceCurrent() {
     if (context && window) context->makeCurrent(window);
 }
 
-int screenColourBits() {
-    if (!startApplication()) return 0;
-    const QScreen* screen = QGuiApplication::primaryScreen();
-    return screen ? screen->depth() : 0;
-}
-
 void swapBuffers() {
     QWindow* window = drawable();
     if (context && window) context->swapBuffers(window);

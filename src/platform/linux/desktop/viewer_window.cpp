@@ -12,8 +12,6 @@ namespace vistel::platform {
 
 namespace {
 
-constexpr int smallestWidth = 320;
-
 // A caption and its buttons, but no sizing and no maximising.
 constexpr Qt::WindowFlags withBorder = Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
                                        Qt::WindowSystemMenuHint | Qt::WindowMinimizeButtonHint |
@@ -87,7 +85,7 @@ void ViewerWindow::place(const PixelRect& rect, bool border, bool keepOnScreen) 
     if (border != bordered || windowFlags() != (border ? withBorder : withoutBorder)) {
         showBorder(border);
     }
-    QRect whole(rect.left, rect.top - menuHeight(), std::max(rect.width(), smallestWidth),
+    QRect whole(rect.left, rect.top - menuHeight(), std::max(rect.width(), 1),
                 std::max(rect.height(), 1) + menuHeight());
     if (keepOnScreen && whole.top() < 0) whole.moveTop(0);
     if (!border || fullScreen) showFullScreenState(!border && whole == screen()->geometry());

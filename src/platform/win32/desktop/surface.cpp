@@ -53,14 +53,6 @@ void destroySurface() {
 
 bool surfaceExists() { return nativeWindow().context != nullptr; }
 
-// A 32-bit screen has 24 bits of colour, the rest is padding.
-int screenColourBits() {
-    const HDC screen = GetDC(nullptr);
-    const int bits = GetDeviceCaps(screen, BITSPIXEL) * GetDeviceCaps(screen, PLANES);
-    ReleaseDC(nullptr, screen);
-    return std::min(bits, 24);
-}
-
 void swapBuffers() {
     const NativeWindow& native = nativeWindow();
     if (!native.context) return;

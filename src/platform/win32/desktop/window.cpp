@@ -11,7 +11,6 @@ namespace vistel::platform {
 
 namespace {
 
-constexpr int smallestWidth = 320;
 constexpr DWORD plainStyle = WS_POPUP | WS_VISIBLE | WS_CLIPCHILDREN;
 // No sizing border and no maximise box: the picture decides the size.
 constexpr DWORD borderedStyle = plainStyle | WS_CAPTION | WS_SYSMENU | WS_MINIMIZEBOX;
@@ -20,8 +19,7 @@ DWORD styleFor(bool border) { return border ? borderedStyle : plainStyle; }
 
 // The window's outer rectangle round a client rectangle.
 RECT outerRectangle(const PixelRect& client, bool border) {
-    RECT outer = {client.left, client.top, std::max(client.right, client.left + smallestWidth),
-                  client.bottom};
+    RECT outer = {client.left, client.top, client.right, client.bottom};
     AdjustWindowRect(&outer, styleFor(border), border && nativeWindow().menu);
     return outer;
 }
