@@ -169,9 +169,8 @@ bool keyWaitsTooLong() {
 // What leaves the queue while a frame is read, so that the keys and buttons that wait there for the
 // loop do not run out of room. Asked about each event in turn.
 // - Ticks, and the presses by which a held key repeats.
-// - Moves while no button is down or waiting: where they lead is noted. With one, those that
-// another
-//   move follows; what is painted is painted along each.
+// - Moves while no button is down or waiting: where they lead is noted. With one, those that a
+//   further move follows; but what is painted is painted along each.
 class CarriesNothing {
  public:
     bool operator()(const InputEvent& event) {
