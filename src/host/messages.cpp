@@ -1,6 +1,7 @@
 #include "host/messages.h"
 
 #include <algorithm>
+#include <cstdio>
 
 namespace vistel {
 
@@ -30,5 +31,7 @@ Tstring messageText(std::string_view id) {
 Tstring formatMessage(std::string_view id, std::initializer_list<FormatArgument> arguments) {
     return formatPositional(messageText(id), arguments);
 }
+
+void printError(const Tstring& line) { std::fprintf(stderr, "%s\n", line.c_str()); }
 
 }  // namespace vistel

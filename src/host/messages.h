@@ -24,4 +24,7 @@ Tstring messageText(std::string_view id);
 // The text with its "^1s" placeholders filled.
 Tstring formatMessage(std::string_view id, std::initializer_list<FormatArgument> arguments);
 
+// Prints a line on standard error.
+void printError(const Tstring& line);
+
 }  // namespace vistel

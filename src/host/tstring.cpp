@@ -76,9 +76,9 @@ Real readReal(const std::string& text) {
     return start.negative ? -value : value;
 }
 
-char lowerCase(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
-
 }  // namespace
+
+char lowerCase(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
 int32_t Tstring::asInt32() const {
     const NumberStart start = skipToNumber(*this);

@@ -30,6 +30,9 @@ class Tstring : public std::string {
     Tstring replacingAll(char from, char to) const;
 };
 
+// Of the letters A to Z; every other byte stays.
+char lowerCase(char c);
+
 // One argument of a positional format: a text or an integer.
 class FormatArgument {
  public:

@@ -39,7 +39,7 @@ class RereadMark {
     int32_t before_;
 };
 
-bool keepGoing(void*) { return !loaderHooks.keepGoing || loaderHooks.keepGoing(); }
+bool keepGoing(void*) { return mayGoOn(); }
 
 DisplayFit fitFromState() {
     if (loaderHooks.displayFit) return loaderHooks.displayFit();
@@ -65,16 +65,12 @@ int noSuchForm() { return failed(iffNotIff, messageText("s_VistelStrings.rVTNoIm
 // A command that has closed its output has as good as ended.
 class LastMoments {
  public:
-    bool operator()() const {
-        return platform::tickMilliseconds() - begin_ < longest && keepGoing(nullptr);
-    }
+    bool operator()() const { return platform::tickMilliseconds() - begin_ < longest && mayGoOn(); }
 
  private:
     static constexpr uint32_t longest = 2000;  // milliseconds
     uint32_t begin_ = platform::tickMilliseconds();
 };
-
-bool mayGoOn() { return keepGoing(nullptr); }
 
 int readOpened(ChosenSource& source, int number, FrameStore& frame, bool& found) {
     const int result = readForm(loadRequest(source.file), number, frame, found);

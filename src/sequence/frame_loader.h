@@ -29,6 +29,9 @@ struct LoaderHooks {
 };
 inline LoaderHooks loaderHooks;
 
+// Whether the user still wants what is being loaded.
+inline bool mayGoOn() { return !loaderHooks.keepGoing || loaderHooks.keepGoing(); }
+
 // Whether a file that its converter could not read is converted again although it has not changed.
 enum class Retry { never, asked };
 

@@ -21,14 +21,12 @@ namespace vistel {
 
 namespace {
 
-void print(const Tstring& line) { std::fprintf(stderr, "%s\n", line.c_str()); }
-
 int reportNothingOpened(const ChosenSource& source) {
     const OpenedSource& opened = source.opened;
     if (source.notFoundTold || viewerState.sourceOpened || viewerState.rereading) return iffNotIff;
     if (!opened.complaint.empty()) {
         const Tstring file = opened.located.empty() ? Tstring() : opened.located + ": ";
-        print(file + opened.complaint);
+        printError(file + opened.complaint);
         return iffNotIff;
     }
     const Tstring base = source.name.substr(baseNameStart(source.name));
@@ -98,11 +96,9 @@ const Tstring& shownName(const ChosenSource& source, const Tstring& name) {
 }
 
 int reportNoImage(const Tstring& name) {
-    print(name + ": " + messageText("s_VistelStrings.rVTNoImage"));
+    printError(name + ": " + messageText("s_VistelStrings.rVTNoImage"));
     return iffNotIff;
 }
-
-bool mayGoOn() { return !loaderHooks.keepGoing || loaderHooks.keepGoing(); }
 
 // Waits until a command has something to say. As long as there is no window a terminal tells what
 // is waited for. False when the user does not want to wait.
@@ -114,7 +110,7 @@ bool awaitCommand(const ChosenSource& source, const Tstring& name) {
         if (!mayGoOn()) return false;
         if (told || platform::windowExists()) continue;
         told = platform::tickMilliseconds() - begin >= patience;
-        if (told) print(formatMessage("s_VistelStrings.rVTWaiting", {name}));
+        if (told) printError(formatMessage("s_VistelStrings.rVTWaiting", {name}));
     }
     return true;
 }

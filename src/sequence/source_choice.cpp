@@ -58,10 +58,10 @@ OpenedSource openNumberedFile(const Tstring& pattern, Tstring& name) {
 }
 
 // Whether a search that has tried so many names may try one more.
-bool mayGoOn(int64_t tried) {
+bool mayTryOneMore(int64_t tried) {
     if (platform::interruptRequested()) return false;
     if (tried % namesBetweenChecks != 0) return true;
-    return !loaderHooks.keepGoing || loaderHooks.keepGoing();
+    return mayGoOn();
 }
 
 // A long search is told of on the console: there is no window yet.
@@ -95,8 +95,8 @@ class SearchProgress {
 OpenedSource openFirstThatExists(const Tstring& pattern, OpenedSource missing) {
     const int64_t step = std::max(viewerState.frameStep, 1);
     SearchProgress progress(pattern);
-    for (int64_t tried = 0; viewerState.currentFrame <= viewerState.lastFrame && mayGoOn(tried);
-         ++tried) {
+    for (int64_t tried = 0;
+         viewerState.currentFrame <= viewerState.lastFrame && mayTryOneMore(tried); ++tried) {
         const int64_t next = viewerState.currentFrame + step;
         if (next > INT32_MAX) break;
         viewerState.currentFrame = static_cast<int32_t>(next);
@@ -107,13 +107,11 @@ OpenedSource openFirstThatExists(const Tstring& pattern, OpenedSource missing) {
     return missing;
 }
 
-void print(const Tstring& line) { std::fprintf(stderr, "%s\n", line.c_str()); }
-
 // Names the pattern, the file that was looked for, and the system's reason.
 void tellAnimationNotFound(const Tstring& pattern, const ChosenSource& source) {
-    print(formatMessage("s_VistelStrings.rVTAnimationNotFound",
-                        {pattern, source.name, std::strerror(source.opened.systemError)}));
-    if (!viewerState.oneFile) print(messageText("s_VistelStrings.rVTFindFirstHint"));
+    printError(formatMessage("s_VistelStrings.rVTAnimationNotFound",
+                             {pattern, source.name, std::strerror(source.opened.systemError)}));
+    if (!viewerState.oneFile) printError(messageText("s_VistelStrings.rVTFindFirstHint"));
 }
 
 // A file of a one-file animation that is open already is read from its start again. A pipe cannot

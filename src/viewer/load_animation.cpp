@@ -80,16 +80,15 @@ class MissingFrames {
     }
     void report() {
         if (count_ == 1)
-            print(formatMessage("s_VistelStrings.rVTFrameMissing", {first_, name_, reason_}));
+            printError(formatMessage("s_VistelStrings.rVTFrameMissing", {first_, name_, reason_}));
         if (count_ > 1) {
-            print(
+            printError(
                 formatMessage("s_VistelStrings.rVTFramesMissing", {first_, last_, name_, reason_}));
         }
         count_ = 0;
     }
 
  private:
-    static void print(const Tstring& text) { std::fprintf(stderr, "%s\n", text.c_str()); }
     int first_ = 0, last_ = 0, count_ = 0;
     Tstring name_, reason_;  // of the last one
 };

@@ -21,8 +21,6 @@ Tstring onOrOff(bool on) {
     return messageText(on ? "s_VistelStrings.rVTOn" : "s_VistelStrings.rVTOff");
 }
 
-void print(const Tstring& line) { std::fprintf(stderr, "%s\n", line.c_str()); }
-
 // The outline of a tile in the window, corners inclusive.
 void outline(const TileRect& tile) {
     const ViewerSession& session = viewerSession();
@@ -79,13 +77,14 @@ bool toggleDoubleBuffer(const KeyPress&, int) {
 
 bool toggleLuminanceCurve(const KeyPress&, int) {
     viewerState.luminanceCurve = !viewerState.luminanceCurve;
-    print(formatMessage("s_VistelStrings.rVTLumCurve", {onOrOff(viewerState.luminanceCurve)}));
+    printError(formatMessage("s_VistelStrings.rVTLumCurve", {onOrOff(viewerState.luminanceCurve)}));
     return false;
 }
 
 bool toggleOverwrite(const KeyPress&, int) {
     viewerState.overwriteMode = !viewerState.overwriteMode;
-    print(formatMessage("s_VistelStrings.rVTOverwriteMode", {onOrOff(viewerState.overwriteMode)}));
+    printError(
+        formatMessage("s_VistelStrings.rVTOverwriteMode", {onOrOff(viewerState.overwriteMode)}));
     return false;
 }
 

@@ -19,12 +19,8 @@ constexpr size_t startBytes = 64;
 // Files beside each other that other converters are at, or could not remove.
 constexpr int mostUnfinished = 10000;
 
-char lower(char letter) {
-    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-}
-
 std::string lowered(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(), lower);
+    std::transform(text.begin(), text.end(), text.begin(), lowerCase);
     return text;
 }
 

@@ -282,6 +282,8 @@ Failure write(const Picture& picture, const TargetFile& target) {
                              [](const std::string&) { return cannotWriteText; });
 }
 
+bool isExr(std::span<const uint8_t> start) { return startsWith(start, "\x76\x2F\x31\x01"); }
+
 }  // namespace
 
 const Codec exrCodec = {"exr", isExr, read, write};

@@ -21,6 +21,7 @@
 #include "byte_source.h"
 #include "byte_target.h"
 #include "codecs.h"
+#include "file_starts.h"
 #include "samples.h"
 #include "text_header.h"
 #include "turned.h"
@@ -36,12 +37,9 @@ struct Header {
 };
 
 bool recognises(std::span<const uint8_t> start) {
-    const auto startsWith = [&](const char* text) {
-        const size_t length = std::strlen(text);
-        return start.size() >= length && std::memcmp(start.data(), text, length) == 0;
-    };
-    return startsWith("#?RADIANCE\n") || startsWith("#?RGBE\n") || startsWith("#?RADIANCE\r") ||
-           startsWith("#?RGBE\r");
+    for (const char* mark : {"#?RADIANCE\n", "#?RADIANCE\r", "#?RGBE\n", "#?RGBE\r"})
+        if (startsWith(start, mark)) return true;
+    return false;
 }
 
 // Multiplies the gamma by the one in the line, when the line holds one and it is sensible.

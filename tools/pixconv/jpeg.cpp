@@ -204,6 +204,8 @@ Failure write(const Picture& picture, const TargetFile& target) {
     return {};
 }
 
+bool isJpeg(std::span<const uint8_t> start) { return startsWith(start, "\xFF\xD8\xFF"); }
+
 }  // namespace
 
 const Codec jpegCodec = {"jpeg", isJpeg, read, write};

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "byte_source.h"
+#include "file_starts.h"
 
 namespace vistel {
 
@@ -15,10 +16,6 @@ constexpr uint16_t orientationTag = 0x112, shortType = 3;
 constexpr size_t entryBytes = 12;
 
 constexpr int app1 = 0xE1, startOfScan = 0xDA, endOfImage = 0xD9;
-
-bool startsWith(std::span<const uint8_t> bytes, std::string_view mark) {
-    return bytes.size() >= mark.size() && std::memcmp(bytes.data(), mark.data(), mark.size()) == 0;
-}
 
 // The next segment's marker; below 0 when there is none before the first scan.
 int nextMarker(ByteSource& source) {

@@ -159,6 +159,8 @@ Failure write(const Picture& picture, const TargetFile& target) {
     return {};
 }
 
+bool isPng(std::span<const uint8_t> start) { return startsWith(start, "\x89PNG\r\n\x1A\n"); }
+
 }  // namespace
 
 const Codec pngCodec = {"png", isPng, read, write};

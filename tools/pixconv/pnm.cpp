@@ -17,6 +17,7 @@
 #include "byte_source.h"
 #include "byte_target.h"
 #include "codecs.h"
+#include "host/tstring.h"
 #include "samples.h"
 #include "text_header.h"
 
@@ -206,10 +207,8 @@ Failure read(const SourceFile& file, Picture& picture) {
 }
 
 bool endsInPam(const std::string& path) {
-    std::string end = path.substr(path.size() - std::min<size_t>(path.size(), 4));
-    for (char& letter : end)
-        if (letter >= 'A' && letter <= 'Z') letter = char(letter - 'A' + 'a');
-    return end == ".pam";
+    return Tstring(path.substr(path.size() - std::min<size_t>(path.size(), 4)))
+        .equalsIgnoringCase(".pam");
 }
 
 bool writeHeader(const Picture& picture, const ChannelOrder& order, bool tuples, FILE* file) {
