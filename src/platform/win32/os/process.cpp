@@ -7,19 +7,10 @@
 
 namespace vistel::platform {
 
-// Between quotes every sign stands for itself, but what stands between two percent signs is taken
-// as the name of a variable, and there is no other way to write one than as the value of a
-// variable.
-static std::string quoted(const std::string& text) {
-    if (text.find('%') == std::string::npos) return "\"" + text + "\"";
-    setEnvironmentVariable("VISTEL_PERCENT", "%");
-    std::string words = "\"";
-    for (const char sign : text) words += sign == '%' ? "%VISTEL_PERCENT%" : std::string(1, sign);
-    return words + "\"";
-}
-
-// The interpreter strips the outermost pair of quotes of a command that begins with one.
-std::string quotedCommand(const std::string& program) { return "\"" + quoted(program) + "\""; }
+// The interpreter strips the outermost pair of quotes of a command that begins with one. Between
+// quotes every sign stands for itself, but the name of a variable between two percent signs is
+// replaced by its value, which no other sign prevents: a file with such a name is not found.
+std::string quotedCommand(const std::string& program) { return "\"\"" + program + "\"\""; }
 
 std::string quotedCommand(const std::string& program, const std::string& argument,
                           const std::string& furtherWords) {
@@ -28,9 +19,9 @@ std::string quotedCommand(const std::string& program, const std::string& argumen
 
 std::string quotedCommand(const std::string& program, const std::string& leadingWords,
                           const std::string& argument, const std::string& furtherWords) {
-    std::string command = "\"" + quoted(program) + " ";
+    std::string command = "\"\"" + program + "\" ";
     if (!leadingWords.empty()) command += leadingWords + " ";
-    command += quoted(argument);
+    command += "\"" + argument + "\"";
     if (!furtherWords.empty()) command += " " + furtherWords;
     return command + "\"";
 }
