@@ -1,5 +1,5 @@
-// Comparing a text with a file of the tree. On a mismatch the new text is written beside it as
-// .new.
+// Files of the tree, and comparing a text with one: on a mismatch the new text is written beside it
+// as .new.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -10,6 +10,10 @@
 #include <string>
 
 namespace vistel {
+
+// A file of the tree that is built, by its path in it. The tree's own path is compiled into
+// unit/main.cpp alone, so that other trees can share the objects of everything else.
+std::filesystem::path fileOfTree(const std::string& path);
 
 inline void expectGolden(const std::string& text, const std::filesystem::path& file) {
     std::ifstream stream(file, std::ios::binary);

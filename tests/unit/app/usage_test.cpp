@@ -53,7 +53,7 @@ TEST(Usage, TheManualListsTheOptionsAsTheyAre) {
         "# Options\n\nGenerated from the program's own table "
         "(`src/app/option_table.cpp`).\n\n```\n" +
             optionList() + "```\n",
-        VISTEL_SOURCE_DIR "/docs/options.md");
+        fileOfTree("docs/options.md"));
 }
 
 TEST(Usage, BeginsWithTheBannerAndNamesTheProgram) {

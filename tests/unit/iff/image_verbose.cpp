@@ -5,6 +5,7 @@
 
 #include <fstream>
 
+#include "golden.h"
 #include "host/messages.h"
 #include "iff/every_form.h"
 #include "iff/image_sample.h"
@@ -33,7 +34,7 @@ std::string report(Loading& load, int expected = iffOk) {
 }
 
 void expectReport(const std::string& name, const std::string& got) {
-    const std::string path = std::string(VISTEL_TEST_DATA) + "/verbose/" + name + ".txt";
+    const std::string path = fileOfTree("tests/data/verbose/" + name + ".txt").string();
     std::ifstream file(path, std::ios::binary);
     std::string expected{std::istreambuf_iterator<char>(file), {}};
     replaceAll(expected, "{unknown}", messageText("s_VistelStrings.rVTUnknown"));

@@ -18,7 +18,7 @@ TEST_F(KeyTableTest, TheManualListsTheKeysAsTheyAre) {
         page += binding.when == When::animation ? " (animations) |\n" : " |\n";
     }
     page += "| Escape | While frames are loaded: stop loading. |\n";
-    expectGolden(page, VISTEL_SOURCE_DIR "/docs/keys.md");
+    expectGolden(page, fileOfTree("docs/keys.md"));
 }
 
 TEST_F(KeyTableTest, KeysOfAnimationsDoNothingOnASingleImage) {
