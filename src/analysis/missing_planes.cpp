@@ -4,16 +4,12 @@
 
 namespace vistel {
 
-const char* missingPlaneMessage(PlaneRequest request, const LoadedPlanes& loaded) {
+const char* missingPlaneMessage(ChannelMode view, const LoadedPlanes& loaded) {
     const auto has = [&](ImageFlag flag) { return (loaded.headerFlags & flag) != 0; };
-    switch (request) {
-        case PlaneRequest::colour:
-            return loaded.colour && !has(imageBlack) ? nullptr : "s_VistelStrings.rVTNoColor";
-        case PlaneRequest::mask:
-            return loaded.colour && has(imageMask) ? nullptr : "s_VistelStrings.rVTNoMask";
-        case PlaneRequest::depth:
-            break;
-    }
+    if (view == ChannelMode::matte)
+        return loaded.colour && has(imageMask) ? nullptr : "s_VistelStrings.rVTNoMask";
+    if (view != ChannelMode::zBuffer)
+        return loaded.colour && !has(imageBlack) ? nullptr : "s_VistelStrings.rVTNoColor";
     if (loaded.depth) return nullptr;
     return has(imageZ) ? "s_VistelStrings.rVTZNotLoaded" : "s_VistelStrings.rVTNoZBuffer";
 }

@@ -3,9 +3,9 @@
 
 #include <cstdint>
 
-namespace vistel {
+#include "analysis/view_mode.h"
 
-enum class PlaneRequest { colour, mask, depth };
+namespace vistel {
 
 // What a frame has loaded, and the flags of its header.
 struct LoadedPlanes {
@@ -14,7 +14,7 @@ struct LoadedPlanes {
     uint32_t headerFlags = 0;
 };
 
-// Null when the plane can be shown, else the id of the message to show instead.
-const char* missingPlaneMessage(PlaneRequest request, const LoadedPlanes& loaded);
+// Null when the view's planes are there, else the id of the message to show instead.
+const char* missingPlaneMessage(ChannelMode view, const LoadedPlanes& loaded);
 
 }  // namespace vistel

@@ -6,26 +6,26 @@
 #include "host/application.h"
 #include "host/messages.h"
 #include "platform/process.h"
+#include "resources/command_ids.h"
+#include "viewer/viewer_state.h"
 
 namespace vistel {
 
 namespace {
 
-constexpr int fullResolutionCommand = 40028;
-
 // -B, -S ...: sets one field of the state to a fixed value.
-template <int32_t ViewerState::*field, int32_t value = 1>
+template <auto field, int32_t value = 1>
 void set(OptionUse&) {
     viewerState.*field = value;
 }
 
 // -s, -m: one integer argument.
-template <int32_t ViewerState::*field>
+template <auto field>
 void setInt(OptionUse& use) {
     viewerState.*field = use.argument(0).asInt32();
 }
 
-template <Tstring ViewerState::*field>
+template <auto field>
 void setName(OptionUse& use) {
     viewerState.*field = use.argument(0);
 }
@@ -68,7 +68,7 @@ void setSequenceDelay(OptionUse& use) {
 
 void setFullResolution(OptionUse& use) {
     viewerState.noRescale = 1;
-    callIfSet(use.services.checkMenuItem, fullResolutionCommand, true);
+    callIfSet(use.services.checkMenuItem, COMMAND_FULL_RESOLUTION, true);
 }
 
 void keepPlayFormat(OptionUse& use) { use.line.playFormat = use.argument(0); }

@@ -7,6 +7,7 @@
 #include "app/usage.h"
 #include "host/messages.h"
 #include "settings/saved_settings.h"
+#include "viewer/viewer_state.h"
 
 namespace vistel {
 
@@ -43,7 +44,7 @@ int runSession(int argc, const char* const* argv, const StartUpServices& service
 
     if (viewerState.verbose) printCounts(counts);
     viewerState.savedFrameRate = viewerState.frameRate;
-    writeSettings();
+    writeSettings(viewerState);
     return statusDone;
 }
 

@@ -2,9 +2,10 @@
 #pragma once
 
 #include <cstdio>
-#include <functional>
 #include <optional>
 #include <string>
+
+#include "platform/go_on.h"
 
 namespace vistel::platform {
 
@@ -20,17 +21,21 @@ enum class CommandErrors { shown, dropped };
 // Waits for the command and returns its exit status (-1 when it did not end normally).
 int closePipe(FILE* pipe);
 // The same, but `goOn` is asked about every millisecond; false abandons the command (-1).
-int closePipe(FILE* pipe, const std::function<bool()>& goOn);
+int closePipe(FILE* pipe, const GoOn& goOn);
 
 // Closes our end: what the command still writes fails, what it still does it may do, even when the
 // program ends before it. Does not wait for it, unless so many linger already that one of them has
 // to end first: `goOn` then is asked about every millisecond, false ends that wait (none: never
 // waits).
-void releasePipe(FILE* pipe, const std::function<bool()>& goOn = {});
+void releasePipe(FILE* pipe, const GoOn& goOn = {});
 
 // Closes our end and ends the command with everything it has started, with force when it has not
 // ended after some time or when the program ends. Does not wait.
 void abandonPipe(FILE* pipe);
+
+// Gives back what the system keeps for released and abandoned commands that have ended meanwhile:
+// none stays behind while the program does nothing else. To be called now and then.
+void collectEndedCommands();
 
 // The command that runs one program with one argument (and further words as they are) through the
 // interpreter of this system, each name quoted so that blanks and the interpreter's own signs in it

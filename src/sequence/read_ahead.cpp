@@ -10,9 +10,8 @@
 
 #include "iff/result_codes.h"
 #include "platform/process.h"
-#include "sequence/converted_files.h"
 #include "sequence/form_reader.h"
-#include "sequence/source_stream.h"
+#include "sequence/opened_source.h"
 
 namespace vistel {
 
@@ -37,11 +36,15 @@ int decodingThreads() {
     return processors < 2 ? 0 : std::min(processors, mostThreads);
 }
 
-// Where the system gives no more threads, those that there are do.
-ReadAhead::ReadAhead(int threads) try {
+// Where the system gives no more threads, those that there are do, be it none.
+ReadAhead::ReadAhead(int threads, std::shared_ptr<ConvertedFiles> converted)
+    : converted_(std::move(converted)) {
     threads_.reserve(static_cast<size_t>(threads));
-    for (int i = 0; i < threads; ++i) threads_.emplace_back([this] { work(); });
-} catch (const std::system_error&) {
+    try {
+        while (threads_.size() < static_cast<size_t>(threads))
+            threads_.emplace_back([this] { work(); });
+    } catch (const std::system_error&) {
+    }
 }
 
 ReadAhead::~ReadAhead() {
@@ -85,14 +88,14 @@ void ReadAhead::drop(size_t jobs) {
 }
 
 ReadAhead::Taken ReadAhead::take(const Tstring& path, const ImageLoadRequest& request,
-                                 const platform::FileStamp& stamp, bool (*goOn)(),
+                                 const platform::FileStamp& stamp, const platform::GoOn& goOn,
                                  FrameStore& frame) {
     std::unique_lock lock(mutex_);
     const auto job = find(path, request);
     if (job == jobs_.end()) return Taken::nothing;
     const auto mayGoOn = [&] {
         lock.unlock();
-        const bool goes = !goOn || goOn();
+        const bool goes = platform::mayGoOn(goOn);
         lock.lock();
         return goes;
     };
@@ -194,7 +197,7 @@ bool ReadAhead::read(Job& job) const try {
     if (!stamp || stamp->size == 0 || platform::modifiedJustNow(*stamp)) return false;
     const SourceReader reader = readerOfFile(job.path, job.request.waitForWriter);
     const bool direct = reader == SourceReader::direct;
-    if (!direct && convertedFiles().failure(job.path, *stamp)) return false;
+    if (!direct && converted_->failure(job.path, *stamp)) return false;
     if (!(direct ? readFrame(job, file.file()) : convert(job, reader))) return false;
     job.stamp = *stamp;
     return platform::fileStamp(file.file()) == stamp;

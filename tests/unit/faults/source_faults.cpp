@@ -4,16 +4,19 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "app/viewer_state.h"
 #include "faults/fault_points.h"
 #include "iff/every_form.h"
 #include "iff/plane_pool.h"
-#include "sequence/frame_loader.h"
-#include "sequence/source_stream.h"
+#include "platform/files.h"
+#include "sequence/converter.h"
+#include "sequence/frame_reader.h"
 
 namespace vistel {
 namespace {
@@ -31,20 +34,16 @@ Bytes frameOf(uint8_t grey) {
 class SourceFaults : public testing::Test {
  protected:
     void SetUp() override {
-        viewerState = ViewerState{};
-        viewerState.animation = viewerState.sourceOpened = 1;
-        viewerState.firstFrame = 1;
-        viewerState.lastFrame = 3;
-        viewerState.frameStep = 1;
-        viewerState.startDirectory = platform::currentDirectory();
-        viewerState.searchDirs = {"", "", "", "", "", ""};
-        loaderHooks = LoaderHooks{};
-        setCurrentSource(stem_.name());
+        state_.animation = state_.sourceOpened = 1;
+        state_.currentFrame = state_.firstFrame = 1;
+        state_.lastFrame = 3;
+        state_.frameStep = 1;
+        state_.startDirectory = platform::currentDirectory();
+        state_.openedName = stem_.name();
         for (const int number : {1, 2, 3}) write(number);
-        for (const int number : {1, 2, 3}) EXPECT_EQ(readFrame(number), iffOk);  // made once
+        for (const int number : {1, 2, 3}) EXPECT_EQ(read(number), iffOk);  // made once
     }
     void TearDown() override {
-        viewerState = ViewerState{};
         for (const int number : {1, 2, 3}) std::filesystem::remove(nameOf(number));
     }
 
@@ -56,11 +55,11 @@ class SourceFaults : public testing::Test {
                    static_cast<std::streamsize>(bytes.size()));
     }
     // The code, or 1 when another frame's picture came.
-    int readFrame(int number) {
-        viewerState.currentFrame = number;
+    int read(int number) {
         FrameStore frame;
-        const int code = readFrameAgain(frame);
-        if (code != iffOk) return code;
+        FrameRead result = readFrame(state_, number, {}, frame);
+        reason_ = std::move(result.reason);
+        if (result.code != iffOk) return result.code;
         return !frame.colour.empty() && (frame.colour.data()[0] & 255) == uint32_t(number) ? 0 : 1;
     }
 
@@ -78,6 +77,8 @@ class SourceFaults : public testing::Test {
         return most;
     }
     TemporaryFile stem_{std::string()};
+    SequenceState state_;
+    Tstring reason_;  // of the frame read last
 
  private:
     bool failOne(unsigned kinds, int n, FaultSpan span, const std::vector<int>& codes) {
@@ -87,7 +88,7 @@ class SourceFaults : public testing::Test {
         bool happened = false;
         {
             const test::Fault fault(kinds, n, span);
-            code = readFrame(2);
+            code = read(2);
             happened = fault.happened();
         }
         if (!happened) {
@@ -96,11 +97,11 @@ class SourceFaults : public testing::Test {
             EXPECT_TRUE(std::find(codes.begin(), codes.end(), code) != codes.end()) << code;
             // Without any memory there is no room for words either.
             const bool speechless = (kinds & test::faultMemory) && span == FaultSpan::fromThenOn;
-            EXPECT_TRUE(speechless || !lastFrameReason().empty());
+            EXPECT_TRUE(speechless || !reason_.empty());
         }
         EXPECT_EQ(count.streams(), 0u);
-        EXPECT_EQ(readFrame(3), iffOk);
-        EXPECT_EQ(lastFrameReason(), "");
+        EXPECT_EQ(read(3), iffOk);
+        EXPECT_EQ(reason_, "");
         return happened;
     }
 };
