@@ -509,7 +509,7 @@ def test_wrong_words_lead_to_the_usage_of_the_older_converter(system, words):
 
 # --- memory ---------------------------------------------------------------------------------------
 
-LONG = 60  # seconds that no conversion takes
+LONG = 300  # seconds that no conversion takes
 MB = 1 << 20
 
 
