@@ -9,8 +9,8 @@ import pytest
 import view
 from desktop import wait_until
 from framefile import (
-    COLOUR, DEPTH, Animation, Picture, Style, blocky, chunk, group, image_form, image_header, noise,
-    on_screen, padded, wrap, write,
+    COLOUR, DEPTH, Animation, Picture, blocky, chunk, group, image_form, image_header, noise,
+    on_screen, wrap, write,
 )
 from program import Player
 

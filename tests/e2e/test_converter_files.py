@@ -8,7 +8,7 @@ import pytest
 from PIL import Image
 
 from desktop import PATIENCE, wait_until
-from framefile import Picture, noise, on_screen, write
+from framefile import Picture, Style, noise, on_screen, write
 from program import end_processes
 
 SIGNALS = [signal.SIGINT, signal.SIGTERM, signal.SIGHUP]
@@ -18,7 +18,7 @@ SIGNALS = [signal.SIGINT, signal.SIGTERM, signal.SIGHUP]
 def large_frame(tmp_path_factory):
     """A frame that takes its converter seconds to write as PNG."""
     path = tmp_path_factory.mktemp("frame") / "large"
-    write(path, Picture(colour=noise(5000, 4000, seed=5)))
+    write(path, Picture(colour=noise(5000, 4000, seed=5)), Style(codec="raw"))
     return path
 
 

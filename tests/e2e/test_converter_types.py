@@ -8,7 +8,6 @@ import sys
 import tempfile
 import time
 import zlib
-from pathlib import Path
 
 import numpy as np
 import pytest

@@ -6,8 +6,8 @@ import pytest
 import view
 from desktop import HEIGHT, WIDTH, occurrences, pack, wait_until
 from framefile import (
-    Animation, Picture, blocky, encode_packets, group, image_form, noise, on_screen, packets,
-    shrunk, stored_pixels,
+    Animation, Picture, blocky, encode_bytes, encode_packets, group, image_form, noise, on_screen,
+    packets, shrunk, stored_pixels,
 )
 
 
@@ -68,6 +68,16 @@ def test_packets_hold_what_was_put_in():
     assert encode_packets([b"a"] * 128) == b"\xffa"
     assert encode_packets([b"a"] * 130) == b"\xffa\x81a"
     assert encode_packets([b"a", b"b"]) == b"\x01ab"
+
+
+@pytest.mark.parametrize("options", [{}, {"largest": 5}, {"shortest_run": 3}], ids=str)
+def test_packets_of_bytes_are_those_of_values(options):
+    random = np.random.default_rng(1)
+    for size in (1, 2, 127, 128, 129, 130, 600):
+        for several in (1, 2, 200):
+            data = np.repeat(random.integers(0, several, size), 3)[:size].astype(np.uint8).tobytes()
+            values = [bytes((value,)) for value in data]
+            assert encode_bytes(data, **options) == encode_packets(values, **options)
 
 
 def test_an_image_of_one_pixel_byte_for_byte():

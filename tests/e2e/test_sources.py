@@ -2,7 +2,6 @@
 misbehave), one-file animations, and files that are still being written."""
 
 import os
-import signal
 import subprocess
 import threading
 import time
