@@ -1,8 +1,14 @@
 """The suite's own eyes: they see one wrong pixel, and a margin that is one pixel off."""
 
+import os
+import subprocess
+import sys
+from pathlib import Path
+
 import numpy as np
 import pytest
 
+import activity
 import view
 from desktop import HEIGHT, WIDTH, occurrences, pack, wait_until
 from framefile import (
@@ -59,6 +65,40 @@ def test_red_text_belongs_to_the_band_above_and_other_colours_do_not():
 def test_waiting_fails_when_nothing_comes():
     with pytest.raises(AssertionError, match="in vain for: rain"):
         wait_until(lambda: False, 0.05, "rain")
+
+
+INHERITED = "import program, subprocess; START subprocess.run(['cat', '/proc/self/status'])"
+
+
+@pytest.mark.parametrize("begin, ignored", [("program.be_an_ordinary_parent();", 0), ("", 3)])
+def test_programs_inherit_no_signal_that_is_ignored_and_no_mask(begin, ignored):
+    """A hang-up and an interrupt (bits 0 and 1) are ignored where the tests are started."""
+    command = ["sh", "-c", 'trap "" HUP INT; umask 077; exec "$@"', "sh", sys.executable, "-c"]
+    shown = subprocess.run(
+        [*command, INHERITED.replace("START", begin)],
+        cwd=Path(__file__).parent, capture_output=True, text=True, check=True,
+    )
+    status = dict(line.split(":", 1) for line in shown.stdout.splitlines())
+    assert int(status["SigIgn"], 16) & 3 == ignored
+    assert int(status["Umask"], 8) == (0o077 if ignored else 0o022)
+
+
+def test_who_sleeps_is_told_from_who_works():
+    asleep = subprocess.Popen(["sleep", "100"])
+    at_work = subprocess.Popen(["sh", "-c", "while :; do :; done"])
+    try:
+        assert activity.is_working(at_work.pid)
+        wait_until(lambda: not activity.is_working(asleep.pid), what="sleep")
+        assert {asleep.pid, at_work.pid} <= set(activity.family(os.getpid()))
+        patience = 0.2
+        with pytest.raises(AssertionError, match="an end of the work"):
+            activity.stays(int, lambda: activity.is_working(at_work.pid), 0.1, patience)
+        assert activity.stays(int, lambda: activity.is_working(asleep.pid), 0.1, 60)
+        assert not activity.stays(iter([1, 2]).__next__, lambda: False, 0.1, patience)
+    finally:
+        for process in (asleep, at_work):
+            process.kill()
+            process.wait()
 
 
 def test_packets_hold_what_was_put_in():
