@@ -8,7 +8,6 @@ import sys
 import tempfile
 import time
 import zlib
-from pathlib import Path
 
 import numpy as np
 import pytest
@@ -509,7 +508,7 @@ def test_wrong_words_lead_to_the_usage_of_the_older_converter(system, words):
 
 # --- memory ---------------------------------------------------------------------------------------
 
-LONG = 60  # seconds that no conversion takes
+LONG = 300  # seconds that no conversion takes
 MB = 1 << 20
 
 

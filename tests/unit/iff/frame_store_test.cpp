@@ -1,4 +1,4 @@
-// Planes, display size and where a tile lands.
+// Planes and display size.
 
 #include <gtest/gtest.h>
 
@@ -8,9 +8,6 @@
 
 #include "iff/frame_store.h"
 #include "iff/plane_pool.h"
-#include "iff/result_codes.h"
-#include "iff/tile_codec.h"
-#include "platform/memory.h"
 
 namespace vistel {
 namespace {
@@ -150,41 +147,6 @@ TEST(Plane, KeepsWhatWasWrittenInAnyOrderAndIsZeroElsewhere) {
     }
 }
 
-TEST(PlanePool, KeepsOnlyWhatWasUsedCompletely) {
-    emptyPlanePool();
-    {
-        Plane<uint32_t> plane;
-        ASSERT_TRUE(plane.allocate(60, 60));
-    }
-    const PlaneMemory memory = takePlaneMemory(60 * 60 * 4);
-    EXPECT_FALSE(memory.touched);
-    givePlaneMemory(memory, 60 * 60 * 4);
-}
-
-TEST(PlanePool, GivesTheOldestBackBeyondItsLimit) {
-    emptyPlanePool();
-    constexpr size_t half = planePoolLimit / 2;
-    for (const size_t bytes : {size_t{4096}, half, half - 4096, size_t{8192}, planePoolLimit + 1}) {
-        const PlaneMemory memory = takePlaneMemory(bytes);
-        ASSERT_TRUE(memory.start && platform::commitMemory(memory.start, bytes));
-        givePlaneMemory({memory.start, true}, bytes);
-    }
-    // 4096 and both halves fill it; 8192 pushes out 4096 and then the first half.
-    const struct {
-        size_t bytes;
-        bool kept;
-    } rows[] = {{4096, false},
-                {half, false},
-                {half - 4096, true},
-                {8192, true},
-                {planePoolLimit + 1, false}};
-    for (const auto& row : rows) {
-        const PlaneMemory memory = takePlaneMemory(row.bytes);
-        EXPECT_EQ(memory.touched, row.kept) << row.bytes;
-        givePlaneMemory({memory.start, false}, row.bytes);
-    }
-}
-
 TEST(FrameStore, ClearingForgetsPlanesAndGeometry) {
     FrameStore frame;
     ASSERT_TRUE(frame.colour.allocate(2, 2));
@@ -243,69 +205,6 @@ TEST(DisplaySize, IsWhatSteppingByOneFinds) {
             ++shrink;
         ASSERT_EQ(displaySize(width, height, fit).shrink, shrink) << "seed " << seed;
     }
-}
-
-TEST(TilePlacement, CoversFromTheFirstPixelDividedToTheEndDivided) {
-    const struct {
-        TileRect rect;
-        uint32_t shrink, column, row, columns, rows;
-    } cases[] = {
-        {{64, 128, 127, 191}, 1, 64, 128, 64, 64},
-        {{64, 128, 127, 191}, 2, 32, 64, 32, 32},
-        {{64, 0, 127, 63}, 3, 21, 0, 21, 21},  // 128/3 - 64/3 columns
-        {{0, 0, 63, 63}, 3, 0, 0, 21, 21},
-        {{3, 3, 3, 3}, 4, 0, 0, 1, 1},
-        {{0, 0, 2, 2}, 4, 0, 0, 0, 0},  // falls between the samples
-        {{0, 0, 65534, 65534}, 65535, 0, 0, 1, 1},
-        {{5, 5, 5, 5}, UINT32_MAX, 0, 0, 0, 0},
-    };
-    for (const auto& c : cases) {
-        const TilePlacement place = placeTile(c.rect, c.shrink);
-        SCOPED_TRACE(testing::Message() << c.rect.x1 << " shrink " << c.shrink);
-        EXPECT_EQ(place.column, c.column);
-        EXPECT_EQ(place.row, c.row);
-        EXPECT_EQ(place.columns, c.columns);
-        EXPECT_EQ(place.rows, c.rows);
-    }
-}
-
-TEST(TilePlacement, NeverLeavesTheTileOrThePlane) {
-    const unsigned seed = std::random_device{}();
-    std::mt19937 random(seed);
-    for (int round = 0; round < 20000; ++round) {
-        const uint32_t width = random() % 300 + 1, height = random() % 300 + 1;
-        const uint32_t shrink = random() % 12 + 1;
-        TileRect rect;
-        rect.x1 = static_cast<uint16_t>(random() % width);
-        rect.y1 = static_cast<uint16_t>(random() % height);
-        rect.x2 = static_cast<uint16_t>(rect.x1 + random() % (width - rect.x1));
-        rect.y2 = static_cast<uint16_t>(rect.y1 + random() % (height - rect.y1));
-        const TilePlacement place = placeTile(rect, shrink);
-        ASSERT_LE(place.column + place.columns, std::max<uint32_t>(width / shrink, 1)) << seed;
-        ASSERT_LE(place.row + place.rows, std::max<uint32_t>(height / shrink, 1)) << seed;
-        if (place.columns > 0) {
-            ASSERT_LT((place.columns - 1) * shrink, rect.width()) << seed;
-        }
-        if (place.rows > 0) {
-            ASSERT_LT((place.rows - 1) * shrink, rect.height()) << seed;
-        }
-    }
-}
-
-TEST(TileRectCheck, RefusesRectanglesOutsideTheImage) {
-    ImageHeader header;
-    header.width = 100;
-    header.height = 50;
-    const struct {
-        TileRect rect;
-        int code;
-    } rows[] = {
-        {{0, 0, 99, 49}, iffOk},          {{99, 49, 99, 49}, iffOk},
-        {{0, 0, 100, 49}, iffBadTiling},  {{0, 0, 99, 50}, iffBadTiling},
-        {{5, 0, 4, 49}, iffBadTiling},    {{0, 5, 99, 4}, iffBadTiling},
-        {{100, 0, 100, 0}, iffBadTiling}, {{0, 0, 65535, 65535}, iffBadTiling},
-    };
-    for (const auto& row : rows) EXPECT_EQ(checkTileRect(row.rect, header), row.code);
 }
 
 }  // namespace

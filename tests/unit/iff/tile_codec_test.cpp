@@ -47,31 +47,6 @@ std::vector<uint32_t> decodeRow(const ImageHeader& header, uint16_t width, const
 
 constexpr uint32_t colourFlags = imageColour, maskFlags = imageColour | imageMask;
 
-TEST(TileFormat, ChannelsAreThoseTheImageHas) {
-    const struct {
-        uint32_t flags;
-        std::vector<int> channels;
-    } rows[] = {
-        {imageColour | imageMask, {0, 1, 2, 3}},
-        {imageColour, {1, 2, 3}},
-        {imageMask, {0, 2}},
-        {0, {2}},
-        {imageBlack, {}},
-        {imageBlack | imageMask, {0}},
-        {imageBlack | imageMask | imageColour, {0}},
-        {imageBlack | imageColour, {}},
-    };
-    for (const auto& row : rows)
-        for (uint16_t wide : {0, 1}) {
-            const ImageHeader header = test::header(1, 1, row.flags, compressRle, wide);
-            const TileFormat format = colourTileFormat(header);
-            EXPECT_EQ(std::vector<int>(format.channels, format.channels + format.channelCount),
-                      row.channels);
-            EXPECT_EQ(format.pixelBytes(), header.bytesPerPixel()) << row.flags;
-        }
-    EXPECT_EQ(depthTileFormat().pixelBytes(), 4);
-}
-
 TEST(TileCodec, DataOfTheRawSizeIsStoredWhole) {
     // 0x80-looking bytes are values here, not packets.
     const Bytes data = Bytes().u8(4).u8(3).u8(2).u8(1).u8(0x80).u8(0x81).u8(0x82).u8(0x83);
@@ -405,41 +380,6 @@ TEST(TileCodec, EveryKernelSetGivesTheSamePixelsAndLeavesThoseAroundTheTile) {
                             ASSERT_EQ(canvas.pixels, expected.pixels);
                         }
                 }
-}
-
-// --- hostile sizes ---
-
-TEST(TileDataSize, MoreThanTheWholeTileIsACompressionError) {
-    const TileRect rect{0, 0, 9, 9};
-    const TileFormat colour = colourTileFormat(test::header(10, 10, colourFlags));
-    EXPECT_EQ(checkTileDataSize(colour, rect, 300), iffOk);
-    EXPECT_EQ(checkTileDataSize(colour, rect, 301), iffCompression);
-    EXPECT_EQ(checkTileDataSize(depthTileFormat(), rect, 400), iffOk);
-    EXPECT_EQ(checkTileDataSize(depthTileFormat(), rect, 401), iffCompression);
-    const TileFormat nothing = colourTileFormat(test::header(10, 10, imageBlack));
-    EXPECT_EQ(checkTileDataSize(nothing, rect, 0), iffOk);
-    EXPECT_EQ(checkTileDataSize(nothing, rect, 1), iffCompression);
-}
-
-TEST(TileDataSize, TooLittleForAnyPackingIsACompressionError) {
-    const TileRect rect{0, 0, 65534, 65534};  // 12 GB whole
-    const TileFormat colour = colourTileFormat(test::header(65535, 65535, colourFlags));
-    EXPECT_EQ(checkTileDataSize(colour, rect, 0), iffCompression);
-    EXPECT_EQ(checkTileDataSize(colour, rect, 1000), iffCompression);
-    EXPECT_EQ(checkTileDataSize(depthTileFormat(), rect, 1000), iffCompression);
-    // The densest packets there are just pass.
-    const TileRect row{0, 0, 1279, 0};
-    EXPECT_EQ(checkTileDataSize(colour, row, 3 * 20), iffOk);
-    const TileFormat pixels = colourTileFormat(test::header(1280, 1, colourFlags, compressQrl));
-    EXPECT_EQ(checkTileDataSize(pixels, row, 4 * 10), iffOk);
-}
-
-TEST(TileDataSize, ATileOfOrdinarySizeMayBeShortOrEmpty) {
-    const TileRect all{0, 0, 63, 63};
-    for (uint32_t compression : {0u, 1u, 2u, 3u}) {
-        const TileFormat format = colourTileFormat(test::header(64, 64, maskFlags, compression));
-        for (uint64_t size : {0, 1, 16}) EXPECT_EQ(checkTileDataSize(format, all, size), iffOk);
-    }
 }
 
 TEST(TileCodec, DataBehindAWholeTileChangesNothing) {
