@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 
-#include "iff/big_endian.h"
+#include "host/byte_order.h"
 #include "iff/with_memory.h"
 #include "platform/files.h"
 #include "platform/process.h"

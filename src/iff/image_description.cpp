@@ -4,8 +4,8 @@
 #include <bit>
 #include <cmath>
 
+#include "host/byte_order.h"
 #include "host/messages.h"
-#include "iff/big_endian.h"
 #include "iff/iff_context.h"
 
 namespace vistel {

@@ -7,7 +7,7 @@
 #include <new>
 #include <optional>
 
-#include "iff/big_endian.h"
+#include "host/byte_order.h"
 #include "iff/iff_writer.h"
 #include "iff/result_codes.h"
 #include "iff/tile_codec.h"

@@ -7,7 +7,7 @@
 
 #include "codecs.h"
 #include "convert.h"
-#include "iff/big_endian.h"
+#include "host/byte_order.h"
 #include "iff/file_kind.h"
 #include "iff/iff_reader.h"
 #include "iff/image_header.h"

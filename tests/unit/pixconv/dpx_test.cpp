@@ -1,4 +1,5 @@
 #include "codec_files.h"
+#include "host/byte_order.h"
 
 using namespace vistel;
 using namespace vistel::test;
@@ -11,12 +12,10 @@ struct Header {
     FileBytes bytes = FileBytes(2048);
 
     void put16(size_t at, uint32_t number) {
-        bytes[at + (little ? 0 : 1)] = uint8_t(number);
-        bytes[at + (little ? 1 : 0)] = uint8_t(number >> 8);
+        (little ? writeLittle16 : writeBig16)(&bytes[at], uint16_t(number));
     }
     void put32(size_t at, uint32_t number) {
-        put16(at + (little ? 2 : 0), number >> 16);
-        put16(at + (little ? 0 : 2), number);
+        (little ? writeLittle32 : writeBig32)(&bytes[at], number);
     }
 };
 
