@@ -21,22 +21,11 @@ constexpr int widestStep = 9;
 // No run of frames is longer than this, whatever a file system claims to hold.
 constexpr int longestRun = 10'000'000;
 
-// Whether the first letter of a name can be a drive: only where folders have drives.
-bool drivesExist() {
-    const Tstring& folder = viewerState.startDirectory;
-    return folder.empty() || (folder.size() > 1 && folder[1] == ':');
-}
-
-bool isAbsolute(const Tstring& name) {
-    if (name.starts_with('/') || name.starts_with('\\')) return true;
-    return name.size() > 1 && name[1] == ':' && drivesExist();
-}
-
 std::vector<std::string> listStemFolder(const Tstring& searchDirectory, const Tstring& folder) {
     if (!searchDirectory.empty()) {
         return platform::listFolder(fromStartDirectory(searchDirectory), folder);
     }
-    if (isAbsolute(folder)) return platform::listFolder({}, folder);
+    if (platform::isAbsolutePath(folder)) return platform::listFolder({}, folder);
     return platform::listFolder(viewerState.startDirectory, folder);
 }
 
@@ -83,7 +72,7 @@ int moreTelling(int error, int later) {
 }  // namespace
 
 Tstring fromStartDirectory(const Tstring& name) {
-    if (viewerState.startDirectory.empty() || isAbsolute(name)) return name;
+    if (viewerState.startDirectory.empty() || platform::isAbsolutePath(name)) return name;
     return viewerState.startDirectory + "/" + name;
 }
 

@@ -283,6 +283,23 @@ TEST_F(Lookup, TakesAbsoluteNames) {
     EXPECT_EQ(located(path("sub/shot.1")), path("sub/shot.1"));
 }
 
+TEST_F(Lookup, TakesBackslashesForSlashesInAbsoluteNames) {
+    touch({"sub/shot.1"});
+    const Tstring name = path("sub/shot.1");
+    EXPECT_EQ(located(name.replacingAll('/', '\\')), name);
+}
+
+// Wherever the program was started: on a drive, a share, or a system that has neither.
+TEST_F(Lookup, AsksTheSystemWhichNamesAreAbsolute) {
+    for (const char* start : {"/start", "c:/start", "//server/share"})
+        for (const char* name : {"c:/shot.1", "\\shot.1", "/shot.1", "shot.1"}) {
+            viewerState.startDirectory = start;
+            const Tstring relative = Tstring(start) + "/" + name;
+            EXPECT_EQ(fromStartDirectory(name),
+                      platform::isAbsolutePath(name) ? Tstring(name) : relative);
+        }
+}
+
 TEST_F(Lookup, TellsWhyThereIsNone) {
     EXPECT_EQ(located("shot.1"), "none");
     EXPECT_EQ(errno, ENOENT);
