@@ -52,7 +52,7 @@ static size_t unpackQrlSse2(const uint8_t*& source, const uint8_t* end, uint8_t*
     uint8_t* const green = planes[1];
     uint8_t* const blue = planes[2];
     size_t done = 0;
-    while (done < count && end - data >= 1 + 3 * 128) {
+    while (done < count && end - data >= ptrdiff_t{1 + 3 * longestPacket}) {
         const uint8_t control = data[0];
         const size_t length = (control & 127u) + 1;
         if (length > count - done) {
