@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <new>
 
+#include "host/image_plugins.h"
 #include "host/messages.h"
 #include "iff/file_kind.h"
 #include "platform/files.h"
@@ -14,7 +15,6 @@ namespace vistel {
 
 namespace {
 
-constexpr const char* imageConverter = "pixconv";
 constexpr const char* olderConverter = "rasconv";
 
 // Every other kind is the image converter's.
