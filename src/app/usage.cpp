@@ -4,14 +4,13 @@
 #include <cstdio>
 
 #include "app/option_table.h"
+#include "host/application.h"
 #include "host/messages.h"
 #include "platform/process.h"
 
 namespace vistel {
 
 namespace {
-
-constexpr const char* versionNumber = "8.5";
 
 constexpr const char* helpIds[] = {
     "s_VistelStrings.rVTHelp1", "s_VistelStrings.rVTHelp2", "s_VistelStrings.rVTHelp3",
@@ -57,7 +56,8 @@ Tstring optionList() {
 
 Tstring usageText(const Tstring& programName) {
     const Tstring name = baseName(programName);
-    const Tstring version = messageText("s_VistelStrings.rVTVistelVersionForWin") + versionNumber;
+    const Tstring version =
+        messageText("s_VistelStrings.rVTVistelVersionForWin") + applicationVersion();
     const Tstring description = messageText("s_VistelStrings.rVTVistelDescWin");
     return formatMessage("s_VistelStrings.rVTVistelUsage", {version, description}) + "\n" +
            formatMessage("s_VistelStrings.rVTUsage", {name, optionList()}) +
