@@ -4,18 +4,18 @@
 
 namespace vistel {
 
-const char* missingPlaneMessage(PlaneRequest request, const LoadedPlanes& loaded) {
+Message missingPlaneMessage(PlaneRequest request, const LoadedPlanes& loaded) {
     const auto has = [&](ImageFlag flag) { return (loaded.headerFlags & flag) != 0; };
     switch (request) {
         case PlaneRequest::colour:
-            return loaded.colour && !has(imageBlack) ? nullptr : "s_VistelStrings.rVTNoColor";
+            return loaded.colour && !has(imageBlack) ? Message::none : Message::rVTNoColor;
         case PlaneRequest::mask:
-            return loaded.colour && has(imageMask) ? nullptr : "s_VistelStrings.rVTNoMask";
+            return loaded.colour && has(imageMask) ? Message::none : Message::rVTNoMask;
         case PlaneRequest::depth:
             break;
     }
-    if (loaded.depth) return nullptr;
-    return has(imageZ) ? "s_VistelStrings.rVTZNotLoaded" : "s_VistelStrings.rVTNoZBuffer";
+    if (loaded.depth) return Message::none;
+    return has(imageZ) ? Message::rVTZNotLoaded : Message::rVTNoZBuffer;
 }
 
 }  // namespace vistel

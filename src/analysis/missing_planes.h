@@ -3,6 +3,8 @@
 
 #include <cstdint>
 
+#include "host/messages.h"
+
 namespace vistel {
 
 enum class PlaneRequest { colour, mask, depth };
@@ -14,7 +16,7 @@ struct LoadedPlanes {
     uint32_t headerFlags = 0;
 };
 
-// Null when the plane can be shown, else the id of the message to show instead.
-const char* missingPlaneMessage(PlaneRequest request, const LoadedPlanes& loaded);
+// None when the plane can be shown, else the message to show instead.
+Message missingPlaneMessage(PlaneRequest request, const LoadedPlanes& loaded);
 
 }  // namespace vistel

@@ -23,8 +23,8 @@ bool isNews(const NumberVariable& variable, const std::string& text) {
 
 void complain(const NumberVariable& variable, const std::string& text, uint64_t instead) {
     printError(formatMessage(
-        "s_VistelStrings.rVTVariableNotANumber",
-        {variable.name, text, messageText(variable.unitId), std::to_string(variable.least),
+        Message::rVTVariableNotANumber,
+        {variable.name, text, messageText(variable.unit), std::to_string(variable.least),
          std::to_string(variable.most), std::to_string(instead)}));
 }
 

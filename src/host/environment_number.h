@@ -5,12 +5,14 @@
 #include <optional>
 #include <string_view>
 
+#include "host/messages.h"
+
 namespace vistel {
 
 struct NumberVariable {
     const char* name;
     uint64_t least, most;
-    const char* unitId;  // of the message that names what is counted ("threads")
+    Message unit;  // what is counted ("threads")
 };
 
 // The number whose decimal digits, and nothing else, the text holds; none outside the range.

@@ -60,7 +60,7 @@ int nothingOpened(const ChosenSource& source) {
                                                       : opened.complaint);
 }
 
-int noSuchForm() { return failed(iffNotIff, messageText("s_VistelStrings.rVTNoImage")); }
+int noSuchForm() { return failed(iffNotIff, messageText(Message::rVTNoImage)); }
 
 // A command that has closed its output has as good as ended.
 class LastMoments {

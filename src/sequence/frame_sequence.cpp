@@ -57,7 +57,7 @@ int findEnd(const PickedName& picked) {
 
 void tellTooManyFiles(const Tstring& stem) {
     const Tstring text =
-        formatMessage("s_VistelStrings.rVTTooManyFiles", {stem, static_cast<int>(mostNumbers)});
+        formatMessage(Message::rVTTooManyFiles, {stem, static_cast<int>(mostNumbers)});
     std::fprintf(stderr, "%s\n", text.c_str());
 }
 

@@ -96,7 +96,7 @@ const Tstring& shownName(const ChosenSource& source, const Tstring& name) {
 }
 
 int reportNoImage(const Tstring& name) {
-    printError(name + ": " + messageText("s_VistelStrings.rVTNoImage"));
+    printError(name + ": " + messageText(Message::rVTNoImage));
     return iffNotIff;
 }
 
@@ -110,7 +110,7 @@ bool awaitCommand(const ChosenSource& source, const Tstring& name) {
         if (!mayGoOn()) return false;
         if (told || platform::windowExists()) continue;
         told = platform::tickMilliseconds() - begin >= patience;
-        if (told) printError(formatMessage("s_VistelStrings.rVTWaiting", {name}));
+        if (told) printError(formatMessage(Message::rVTWaiting, {name}));
     }
     return true;
 }

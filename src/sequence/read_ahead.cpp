@@ -32,7 +32,7 @@ int decodingThreads() {
     const unsigned processors = std::thread::hardware_concurrency();
     const unsigned own = processors < 2 ? 0 : std::min(processors, mostThreads);
     return static_cast<int>(
-        environmentNumber({"VISTEL_THREADS", 0, mostThreads, "s_VistelStrings.rVTThreads"}, own));
+        environmentNumber({"VISTEL_THREADS", 0, mostThreads, Message::rVTThreads}, own));
 }
 
 // Where the system gives no more threads, those that there are do.

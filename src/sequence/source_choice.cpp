@@ -79,7 +79,7 @@ class SearchProgress {
         if (now - last_ < interval || !platform::isTerminal(2)) return;
         last_ = now;
         told_ = true;
-        const Tstring text = formatMessage("s_VistelStrings.rVTSearching", {pattern_, frame});
+        const Tstring text = formatMessage(Message::rVTSearching, {pattern_, frame});
         std::fprintf(stderr, "\r%s", text.c_str());
     }
 
@@ -109,9 +109,9 @@ OpenedSource openFirstThatExists(const Tstring& pattern, OpenedSource missing) {
 
 // Names the pattern, the file that was looked for, and the system's reason.
 void tellAnimationNotFound(const Tstring& pattern, const ChosenSource& source) {
-    printError(formatMessage("s_VistelStrings.rVTAnimationNotFound",
+    printError(formatMessage(Message::rVTAnimationNotFound,
                              {pattern, source.name, std::strerror(source.opened.systemError)}));
-    if (!viewerState.oneFile) printError(messageText("s_VistelStrings.rVTFindFirstHint"));
+    if (!viewerState.oneFile) printError(messageText(Message::rVTFindFirstHint));
 }
 
 // A file of a one-file animation that is open already is read from its start again. A pipe cannot
@@ -184,10 +184,10 @@ ChosenSource chooseFile(const Tstring& name) {
 ChosenSource chooseCommand(const Tstring& name) {
     ChosenSource source;
     viewerState.sourceName = name;
-    source.name = messageText("s_VistelStrings.rVTPipedCmd");
+    source.name = messageText(Message::rVTPipedCmd);
     const Tstring command = name.substr(commandPrefix.size());
     if (command.find_first_not_of(" \t") == Tstring::npos) {
-        source.opened.complaint = formatMessage("s_VistelStrings.rVTEmptyCommand", {name});
+        source.opened.complaint = formatMessage(Message::rVTEmptyCommand, {name});
         return source;
     }
     if (!viewerState.startDirectory.empty())
@@ -198,7 +198,7 @@ ChosenSource chooseCommand(const Tstring& name) {
 
 ChosenSource chooseStandardInput() {
     ChosenSource source;
-    source.name = viewerState.sourceName = messageText("s_VistelStrings.rVTStdin");
+    source.name = viewerState.sourceName = messageText(Message::rVTStdin);
     source.opened = openStandardInput();
     // What was read once is there a second time only when it comes from a file.
     if (viewerState.rereading && source.opened.stream &&
@@ -212,7 +212,7 @@ ChosenSource chooseStandardInput() {
 ChosenSource chooseTestOutput(const Tstring& name) {
     ChosenSource source;
     source.name = name;
-    viewerState.sourceName = messageText("s_VistelStrings.rVTPipedCmd");
+    viewerState.sourceName = messageText(Message::rVTPipedCmd);
     source.opened = openTestOutput();
     return source;
 }

@@ -93,7 +93,7 @@ DisplayFit currentDisplayFit() {
 
 void openWindowOrExit(const std::string& title) {
     if (!openViewerWindow(title)) {
-        std::fprintf(stderr, "%s\n", messageText("s_VistelStrings.rVTNoWindow").c_str());
+        std::fprintf(stderr, "%s\n", messageText(Message::rVTNoWindow).c_str());
         saveSettingsAndExit(1);
     }
     viewerState.windowId = 1;
@@ -209,7 +209,7 @@ void beginDisplay(FrameStore& frame) {
 }
 
 std::string shownSourceName() {
-    if (namesCommand(viewerState.fileName)) return messageText("s_VistelStrings.rVTPipedCmd");
+    if (namesCommand(viewerState.fileName)) return messageText(Message::rVTPipedCmd);
     const bool named = !viewerState.fileName.empty();
     return named ? viewerState.fileName : viewerState.sourceName;
 }

@@ -76,8 +76,7 @@ bool show(FrameStore& frame, SourceMark mark, Refit refit) {
 }
 
 bool reload() {
-    if (!viewerSession().dragging.scrub)
-        showMessageBand(messageText("s_VistelStrings.rVTReloadingImage"));
+    if (!viewerSession().dragging.scrub) showMessageBand(messageText(Message::rVTReloadingImage));
     int result = iffOk;
     if (FrameStore* frame = readCurrentFrame(result, Retry::asked))
         return show(*frame, SourceMark::disk, Refit::fitWindow);
@@ -85,7 +84,7 @@ bool reload() {
         restoreFrontImage();
         return false;
     }
-    showMessageBand(messageText("s_VistelStrings.rVTFileRemoved"));
+    showMessageBand(messageText(Message::rVTFileRemoved));
     viewerSession().bandShown = true;
     return false;
 }
@@ -114,7 +113,7 @@ bool keepFittingFrames() {
 
 void reportUnreadableFrame() {
     const Tstring text =
-        formatMessage("s_VistelStrings.rVTFrameUnreadable",
+        formatMessage(Message::rVTFrameUnreadable,
                       {lastFrameName(), lastFrameReason(), viewerState.currentFrame});
     std::fprintf(stderr, "%s\n", text.c_str());
 }

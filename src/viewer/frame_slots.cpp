@@ -17,8 +17,7 @@ size_t usualFrameMegabytes(size_t machine) {
 }
 
 size_t readFrameMemoryLimit() {
-    const NumberVariable variable{"VISTEL_MEMORY", 0, mostMegabytes,
-                                  "s_VistelStrings.rVTMegabytes"};
+    const NumberVariable variable{"VISTEL_MEMORY", 0, mostMegabytes, Message::rVTMegabytes};
     return environmentNumber(variable, usualFrameMegabytes(platform::physicalMemory())) << 20;
 }
 

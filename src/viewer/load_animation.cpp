@@ -48,7 +48,7 @@ class Progress {
         shown_ = done_;
         shownAt_ = now;
         const Tstring text =
-            formatMessage("s_VistelStrings.rVTLoading", {shownSourceName(), done_, frames_});
+            formatMessage(Message::rVTLoading, {shownSourceName(), done_, frames_});
         setViewerTitle(text);
         if (console_) std::fprintf(stderr, "\r%s", text.c_str());
     }
@@ -80,10 +80,9 @@ class MissingFrames {
     }
     void report() {
         if (count_ == 1)
-            printError(formatMessage("s_VistelStrings.rVTFrameMissing", {first_, name_, reason_}));
+            printError(formatMessage(Message::rVTFrameMissing, {first_, name_, reason_}));
         if (count_ > 1) {
-            printError(
-                formatMessage("s_VistelStrings.rVTFramesMissing", {first_, last_, name_, reason_}));
+            printError(formatMessage(Message::rVTFramesMissing, {first_, last_, name_, reason_}));
         }
         count_ = 0;
     }
@@ -124,13 +123,12 @@ int megabytes(size_t bytes) { return static_cast<int>(std::min<size_t>(bytes >> 
 void reportMemoryLimit() {
     if (!viewerState.verbose) return;
     const int limit = megabytes(viewerSession().slots.limit());
-    std::printf("%s\n", formatMessage("s_VistelStrings.rVTMemoryLimit", {limit}).c_str());
+    std::printf("%s\n", formatMessage(Message::rVTMemoryLimit, {limit}).c_str());
 }
 
 void reportMemoryUsedUp(int frame) {
     const int limit = megabytes(viewerSession().slots.limit());
-    std::fprintf(stderr, "%s\n",
-                 formatMessage("s_VistelStrings.rVTMemoryUsedUp", {frame, limit}).c_str());
+    std::fprintf(stderr, "%s\n", formatMessage(Message::rVTMemoryUsedUp, {frame, limit}).c_str());
 }
 
 void redrawPicture() {

@@ -105,8 +105,8 @@ PlaneRequest requestOf(ChannelMode mode) {
     return mode == ChannelMode::matte ? PlaneRequest::mask : PlaneRequest::colour;
 }
 
-// Why the frame on screen cannot be shown so; null when it can.
-const char* missingFor(ChannelMode mode) {
+// Why the frame on screen cannot be shown so; none when it can.
+Message missingFor(ChannelMode mode) {
     const FrameStore& frame = *viewerSession().shown;
     return missingPlaneMessage(requestOf(mode),
                                {!frame.colour.empty(), !frame.z.empty(), frame.header.flags});
@@ -142,7 +142,7 @@ void showNewFrame() {
     const ChannelMode plain = plainView(*session.shown);
     const bool relief = isRelief(session.chosen);
     const ChannelMode wanted = relief ? session.chosenSource : session.chosen;
-    const bool there = !missingFor(wanted);
+    const bool there = missingFor(wanted) == Message::none;
     if (relief)
         showReliefOf(there ? wanted : plain);
     else
@@ -150,7 +150,7 @@ void showNewFrame() {
 }
 
 bool chooseView(ChannelMode mode) {
-    if (const char* message = missingFor(mode)) {
+    if (const Message message = missingFor(mode); message != Message::none) {
         const PictureLayout& layout = viewerSession().layout;
         showMessageBand(messageText(message), layout.marginX, layout.visibleWidth);
         viewerSession().bandShown = true;

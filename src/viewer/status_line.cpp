@@ -49,30 +49,29 @@ RangeText rangeText() {
     return text;
 }
 
-// Name of a plain view, and of the relief made from it, by channel mode. Null: none.
+// Name of a plain view, and of the relief made from it, by channel mode.
 struct LabelRow {
-    const char* view;
-    const char* relief;
+    Message view;
+    Message relief;
 };
 constexpr LabelRow labels[] = {
-    {"s_VistelStrings.rVTMask", "s_VistelStrings.rVTMaskBump"},
-    {"s_VistelStrings.rVTBPlane", "s_VistelStrings.rVTBlueBump"},
-    {"s_VistelStrings.rVTGPlane", "s_VistelStrings.rVTGreenBump"},
-    {"s_VistelStrings.rVTRPlane", "s_VistelStrings.rVTRedBump"},
-    {nullptr, nullptr},
-    {"s_VistelStrings.rVTZBuffer", "s_VistelStrings.rVTZBump"},
-    {"s_VistelStrings.rVTLuminance", "s_VistelStrings.rVTLumBump"},
+    {Message::rVTMask, Message::rVTMaskBump},
+    {Message::rVTBPlane, Message::rVTBlueBump},
+    {Message::rVTGPlane, Message::rVTGreenBump},
+    {Message::rVTRPlane, Message::rVTRedBump},
+    {Message::none, Message::none},
+    {Message::rVTZBuffer, Message::rVTZBump},
+    {Message::rVTLuminance, Message::rVTLumBump},
 };
-
-Tstring textOf(const char* id) { return id ? messageText(id) : Tstring(); }
 
 Tstring viewLabel() {
     const ViewerSession& session = viewerSession();
-    if (session.mode < ChannelMode::invertedBump) return textOf(labels[int(session.mode)].view);
+    if (session.mode < ChannelMode::invertedBump)
+        return messageText(labels[int(session.mode)].view);
     const bool known = session.bumpSource >= 0 && session.bumpSource < int(std::size(labels));
-    const Tstring label = known ? textOf(labels[session.bumpSource].relief) : Tstring();
+    const Tstring label = known ? messageText(labels[session.bumpSource].relief) : Tstring();
     if (session.mode == ChannelMode::bump) return label;
-    return label.empty() ? label : formatMessage("s_VistelStrings.rVTInv", {label});
+    return label.empty() ? label : formatMessage(Message::rVTInv, {label});
 }
 
 // What the label says, and what it is made from.
@@ -89,8 +88,8 @@ Tstring makeLabel() {
     if (session.controlChannel == 0) return label;
     const std::string letter(
         1, (session.controlComplement ? "YMC" : "BGR")[session.controlChannel - 1]);
-    if (label.empty()) return formatMessage("s_VistelStrings.rVTControl2", {letter});
-    return formatMessage("s_VistelStrings.rVTControl", {label, letter});
+    if (label.empty()) return formatMessage(Message::rVTControl2, {letter});
+    return formatMessage(Message::rVTControl, {label, letter});
 }
 
 }  // namespace

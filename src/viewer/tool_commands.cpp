@@ -17,9 +17,7 @@ namespace {
 
 bool run(bool (*tool)()) { return tool && tool(); }
 
-Tstring onOrOff(bool on) {
-    return messageText(on ? "s_VistelStrings.rVTOn" : "s_VistelStrings.rVTOff");
-}
+Tstring onOrOff(bool on) { return messageText(on ? Message::rVTOn : Message::rVTOff); }
 
 // The outline of a tile in the window, corners inclusive.
 void outline(const TileRect& tile) {
@@ -77,14 +75,13 @@ bool toggleDoubleBuffer(const KeyPress&, int) {
 
 bool toggleLuminanceCurve(const KeyPress&, int) {
     viewerState.luminanceCurve = !viewerState.luminanceCurve;
-    printError(formatMessage("s_VistelStrings.rVTLumCurve", {onOrOff(viewerState.luminanceCurve)}));
+    printError(formatMessage(Message::rVTLumCurve, {onOrOff(viewerState.luminanceCurve)}));
     return false;
 }
 
 bool toggleOverwrite(const KeyPress&, int) {
     viewerState.overwriteMode = !viewerState.overwriteMode;
-    printError(
-        formatMessage("s_VistelStrings.rVTOverwriteMode", {onOrOff(viewerState.overwriteMode)}));
+    printError(formatMessage(Message::rVTOverwriteMode, {onOrOff(viewerState.overwriteMode)}));
     return false;
 }
 

@@ -306,7 +306,7 @@ TEST_F(FileWalk, AnEmptyArgumentIsAFailureAndNotStandardInput) {
         testing::internal::CaptureStderr();
         const FileCounts counts = walk(row.words);
         const std::string errors = testing::internal::GetCapturedStderr();
-        EXPECT_EQ(errors, messageText("s_VistelStrings.rVTEmptyName"));
+        EXPECT_EQ(errors, messageText(Message::rVTEmptyName));
         EXPECT_TRUE(errors.starts_with("\"\": ")) << errors;
         EXPECT_EQ(opened(), row.opened);
         EXPECT_EQ(counts.processed - counts.failed, static_cast<int>(seen_.size()));
@@ -339,7 +339,7 @@ TEST_F(FileWalk, StandardInputCarriesOneImageOnly) {
     testing::internal::CaptureStderr();
     walk({"-n", "1", "9", "1", "stdin"});
     const std::string errors = testing::internal::GetCapturedStderr();
-    EXPECT_EQ(errors, messageText("s_VistelStrings.rVTNoAnimPipeMode"));
+    EXPECT_EQ(errors, messageText(Message::rVTNoAnimPipeMode));
     EXPECT_EQ(opened(), "[]");
     EXPECT_EQ(range(seen_[0]), singleFrame);
     EXPECT_EQ(seen_[0].animationShown, 0);
@@ -364,8 +364,8 @@ TEST_F(FileWalk, VerboseNamesEachFileAsItWasGiven) {
     testing::internal::CaptureStdout();
     walk({"-v", "a/b", "shot."});
     EXPECT_EQ(testing::internal::GetCapturedStdout(),
-              formatMessage("s_VistelStrings.rVTFileName", {"a/b"}) +
-                  formatMessage("s_VistelStrings.rVTFileName", {"shot."}));
+              formatMessage(Message::rVTFileName, {"a/b"}) +
+                  formatMessage(Message::rVTFileName, {"shot."}));
     testing::internal::CaptureStdout();
     walk({"a"});
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
@@ -403,8 +403,7 @@ TEST_F(FileWalk, TestModeShowsTheConvertersImageAndNoFile) {
 TEST_F(FileWalk, TestModeShowsNoAnimation) {
     testing::internal::CaptureStderr();
     walk({"-t", "-n", "1", "9", "1"});
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              messageText("s_VistelStrings.rVTNoAnimTestMode"));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), messageText(Message::rVTNoAnimTestMode));
     EXPECT_EQ(range(seen_[0]), singleFrame);
 }
 

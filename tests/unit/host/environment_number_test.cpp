@@ -19,7 +19,7 @@ struct Read {
 Read read(const char* name, const char* text) {
     platform::setEnvironmentVariable(name, text);
     testing::internal::CaptureStderr();
-    const uint64_t number = environmentNumber({name, 1, 64, "s_VistelStrings.rVTThreads"}, 7);
+    const uint64_t number = environmentNumber({name, 1, 64, Message::rVTThreads}, 7);
     platform::setEnvironmentVariable(name, "");
     return {number, testing::internal::GetCapturedStderr()};
 }
@@ -63,7 +63,7 @@ TEST(EnvironmentNumber, IsTheVariables) {
 }
 
 TEST(EnvironmentNumber, WithoutTheVariableIsTheOther) {
-    EXPECT_EQ(environmentNumber({"VISTEL_TEST_NONE", 1, 64, "s_VistelStrings.rVTThreads"}, 7), 7u);
+    EXPECT_EQ(environmentNumber({"VISTEL_TEST_NONE", 1, 64, Message::rVTThreads}, 7), 7u);
     const Read empty = read("VISTEL_TEST_EMPTY", "");
     EXPECT_EQ(empty.number, 7u);
     EXPECT_EQ(empty.said, "");

@@ -203,7 +203,7 @@ TEST_F(ConvertedAgain, AFileThatFailedIsNotBeforeItChanges) {
     for (int pass = 1; pass <= 3; ++pass) {
         EXPECT_EQ(read(), iffNotIff);
         EXPECT_EQ(lastFrameName(), "shot.1");
-        EXPECT_EQ(lastFrameReason(), messageText("s_VistelStrings.rVTNoImage"));
+        EXPECT_EQ(lastFrameReason(), messageText(Message::rVTNoImage));
     }
     EXPECT_EQ(conversionsOf(1), 1);
     EXPECT_EQ(complaints_, 1u);

@@ -147,7 +147,7 @@ TEST_F(Listing, StopsAt4095NumbersAndTellsWhenThereAreMore) {
     testing::internal::CaptureStderr();
     EXPECT_EQ(discoverNumberedFiles("n."), 1);
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              formatMessage("s_VistelStrings.rVTTooManyFiles", {"n.", 4095}) + "\n");
+              formatMessage(Message::rVTTooManyFiles, {"n.", 4095}) + "\n");
     EXPECT_GE(viewerState.firstFrame, 1);
     EXPECT_LE(viewerState.lastFrame, 4096);
     EXPECT_GE(viewerState.lastFrame - viewerState.firstFrame, 4094);

@@ -67,7 +67,7 @@ class Source : public SequenceTest {
         return result;
     }
     static std::string notFound(const char* pattern, const char* tried, int error) {
-        return formatMessage("s_VistelStrings.rVTAnimationNotFound",
+        return formatMessage(Message::rVTAnimationNotFound,
                              {pattern, tried, std::strerror(error)}) +
                "\n";
     }
@@ -139,7 +139,7 @@ TEST_F(Source, AFileOfNoBytesIsReported) {
     write("empty.iff", "");
     EXPECT_EQ(open("empty.iff"), iffNotIff);
     const std::string file = fromStartDirectory("empty.iff");
-    EXPECT_EQ(errors_, file + ": " + messageText("s_VistelStrings.rVTNoImage") + "\n");
+    EXPECT_EQ(errors_, file + ": " + messageText(Message::rVTNoImage) + "\n");
     EXPECT_TRUE(viewer.reds.empty());
 }
 
@@ -266,8 +266,8 @@ TEST_F(Source, AMissingFirstFrameIsAnAnimationNotFound) {
     write("shot.2", imageForm(12));
     setRange(1, 2, 1);
     EXPECT_EQ(open("shot"), iffNotIff);
-    EXPECT_EQ(errors_, notFound("shot", "shot.1", ENOENT) +
-                           messageText("s_VistelStrings.rVTFindFirstHint") + "\n");
+    EXPECT_EQ(errors_,
+              notFound("shot", "shot.1", ENOENT) + messageText(Message::rVTFindFirstHint) + "\n");
     EXPECT_TRUE(viewer.reds.empty());
 }
 
@@ -399,7 +399,7 @@ TEST_F(Source, ACommandRunsOncePerFrameWithItsNumber) {
 
 TEST_F(Source, ACommandThatFailsIsReported) {
     EXPECT_EQ(open("pipe:no_such_command_here"), iffNotIff);
-    const std::string text = messageText("s_VistelStrings.rVTNoImage");
+    const std::string text = messageText(Message::rVTNoImage);
     EXPECT_TRUE(contains(errors_, "pipe:no_such_command_here: " + text)) << errors_;
 }
 
@@ -408,13 +408,13 @@ TEST_F(Source, ACommandThatWritesNothingHoldsNoImage) {
     const std::string program = childProgram(ChildRole::printFile);
     const Tstring name = "pipe:" + platform::quotedCommand(program, path("nothing"), "stdout");
     EXPECT_EQ(open(name), iffNotIff);
-    EXPECT_EQ(errors_, name + ": " + messageText("s_VistelStrings.rVTNoImage") + "\n");
+    EXPECT_EQ(errors_, name + ": " + messageText(Message::rVTNoImage) + "\n");
 }
 
 TEST_F(Source, AnEmptyCommandIsRefused) {
     for (const char* name : {"pipe:", "pipe:  "}) {
         EXPECT_EQ(open(name), iffNotIff);
-        EXPECT_EQ(errors_, formatMessage("s_VistelStrings.rVTEmptyCommand", {name}) + "\n");
+        EXPECT_EQ(errors_, formatMessage(Message::rVTEmptyCommand, {name}) + "\n");
     }
 }
 
@@ -437,7 +437,7 @@ TEST_F(Source, TestModeShowsTheOutputOfTheTestCommand) {
     EXPECT_EQ(open("Pipe"), 0);
     EXPECT_EQ(viewer.reds, Reds{31});
     EXPECT_EQ(viewerState.sourceIsPipe, 1);
-    EXPECT_EQ(viewerState.sourceName, messageText("s_VistelStrings.rVTPipedCmd"));
+    EXPECT_EQ(viewerState.sourceName, messageText(Message::rVTPipedCmd));
 }
 
 // --- opened from the menus -----------------------------------------------------------------------

@@ -113,7 +113,7 @@ TEST_F(Streams, AFileOfNoBytesIsAFrameBeingWrittenOnlyWhenItIsWaitedFor) {
     const OpenedSource opened = openFrameFile("empty.iff", false);
     EXPECT_FALSE(opened.stream);
     EXPECT_EQ(opened.located, fromStartDirectory("empty.iff"));
-    EXPECT_EQ(opened.complaint, messageText("s_VistelStrings.rVTNoImage"));
+    EXPECT_EQ(opened.complaint, messageText(Message::rVTNoImage));
 }
 
 // Only some systems have such names.
