@@ -33,16 +33,6 @@ Tstring formatMessage(Message message, std::initializer_list<FormatArgument> arg
     return formatPositional(messageText(message), arguments);
 }
 
-Tstring messageText(std::string_view id) {
-    for (const CatalogueEntry& entry : table)
-        if (entry.id == id) return entry.text;
-    return Tstring(id);
-}
-
-Tstring formatMessage(std::string_view id, std::initializer_list<FormatArgument> arguments) {
-    return formatPositional(messageText(id), arguments);
-}
-
 void printError(const Tstring& line) { std::fprintf(stderr, "%s\n", line.c_str()); }
 
 }  // namespace vistel

@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <initializer_list>
 #include <span>
-#include <string_view>
 
 #include "host/tstring.h"
 
@@ -34,10 +33,6 @@ Tstring messageText(Message message);
 
 // The text with its "^1s" placeholders filled.
 Tstring formatMessage(Message message, std::initializer_list<FormatArgument> arguments);
-
-// The same by id. An unknown id gives the id itself, so that a missing text is seen, not lost.
-Tstring messageText(std::string_view id);
-Tstring formatMessage(std::string_view id, std::initializer_list<FormatArgument> arguments);
 
 // Prints a line on standard error.
 void printError(const Tstring& line);
