@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "analysis/view_mode.h"
+#include "host/messages.h"
 
 namespace vistel {
 
@@ -14,7 +15,7 @@ struct LoadedPlanes {
     uint32_t headerFlags = 0;
 };
 
-// Null when the view's planes are there, else the id of the message to show instead.
-const char* missingPlaneMessage(ChannelMode view, const LoadedPlanes& loaded);
+// None when the view's planes are there, else the message to show instead.
+Message missingPlaneMessage(ChannelMode view, const LoadedPlanes& loaded);
 
 }  // namespace vistel

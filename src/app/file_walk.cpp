@@ -96,13 +96,13 @@ void takeFileName(const Tstring& name) {
 // Standard input carries one image only: a range for it is forgotten before anything follows it.
 void refuseAnimationFromInput() {
     if (!viewerState.animation) return;
-    print(stderr, messageText("s_VistelStrings.rVTNoAnimPipeMode"));
+    print(stderr, messageText(Message::rVTNoAnimPipeMode));
     forgetAnimation(viewerState);
 }
 
 // The empty name stands for standard input elsewhere; as an argument it names nothing.
 void refuseEmptyName(FileCounts& counts) {
-    print(stderr, messageText("s_VistelStrings.rVTEmptyName"));
+    print(stderr, messageText(Message::rVTEmptyName));
     ++counts.processed;
     ++counts.failed;
 }
@@ -114,8 +114,7 @@ void showArgument(const Tstring& argument, const StartUpServices& services, File
     const Tstring name = discoverSequence(argument, services);
     takeFileName(name);
     normaliseRange(services);
-    if (viewerState.verbose)
-        print(stdout, formatMessage("s_VistelStrings.rVTFileName", {argument}));
+    if (viewerState.verbose) print(stdout, formatMessage(Message::rVTFileName, {argument}));
     open(standardInput ? Tstring() : name, services, counts);
 }
 
@@ -135,7 +134,7 @@ bool showNextFile(WordReader& words, CommandLine& line, const StartUpServices& s
         argument = takeInlineRange(opener, words);
         if (!argument) {
             line.outcome = StartUpOutcome::usageWanted;
-            line.complaint = formatMessage("s_VistelStrings.rVTMissingArgument", {opener});
+            line.complaint = formatMessage(Message::rVTMissingArgument, {opener});
             return false;
         }
     }
@@ -171,7 +170,7 @@ void showFilesRepeatedly(CommandLine& line, const StartUpServices& services, Fil
 }
 
 void showTestImage(const StartUpServices& services, FileCounts& counts) {
-    if (viewerState.animation) print(stderr, messageText("s_VistelStrings.rVTNoAnimTestMode"));
+    if (viewerState.animation) print(stderr, messageText(Message::rVTNoAnimTestMode));
     forgetAnimation(viewerState);
     beginSource(services);
     open(testModeSource, services, counts);

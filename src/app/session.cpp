@@ -23,7 +23,7 @@ int endWithUsage(const CommandLine& line) {
 
 // The text is a printf format with two integers.
 void printCounts(const FileCounts& counts) {
-    const Tstring format = messageText("s_VistelStrings.rVTResult");
+    const Tstring format = messageText(Message::rVTResult);
     std::fputs(formatPrintf(format.c_str(), counts.processed, counts.failed).c_str(), stderr);
     std::fflush(stderr);
 }

@@ -98,6 +98,10 @@ std::vector<std::string> listFolder(const std::string& searchDirectory, const st
 // Full path of the running program, with the system's own separators.
 std::string programPath();
 
+// Whether a name does not count from the current folder: it begins with a slash, or, where there
+// are drives, with a backslash or a drive's letter and a colon.
+bool isAbsolutePath(const std::string& name);
+
 std::string currentDirectory();
 bool setCurrentDirectory(const std::string& folder);
 

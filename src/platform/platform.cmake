@@ -27,7 +27,8 @@ if(WIN32)
   target_sources(platform_os INTERFACE
     $<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:${CMAKE_SOURCE_DIR}/resources/manifest.rc>)
   target_include_directories(platform_os INTERFACE
-    $<$<COMPILE_LANGUAGE:RC>:${CMAKE_SOURCE_DIR}/resources>)
+    $<$<COMPILE_LANGUAGE:RC>:${CMAKE_SOURCE_DIR}/resources>
+    $<$<COMPILE_LANGUAGE:RC>:${CMAKE_CURRENT_BINARY_DIR}/generated/version>)
 else()
   find_package(Qt6 REQUIRED COMPONENTS Widgets)
   find_package(OpenGL REQUIRED)

@@ -1,5 +1,6 @@
 #include "sequence/converter.h"
 
+#include "host/image_plugins.h"
 #include "host/tstring.h"
 #include "iff/file_kind.h"
 
@@ -7,7 +8,6 @@ namespace vistel {
 
 namespace {
 
-constexpr const char* imageConverter = "pixconv";
 constexpr const char* olderConverter = "rasconv";
 
 // Every other kind is the image converter's.

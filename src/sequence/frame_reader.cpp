@@ -31,7 +31,7 @@ struct FrameReading {
         result.reason = reason;
         return code;
     }
-    int noSuchForm() { return failed(iffNotIff, messageText("s_VistelStrings.rVTNoImage")); }
+    int noSuchForm() { return failed(iffNotIff, messageText(Message::rVTNoImage)); }
     int nothingOpened(const OpenedSource& source);
     int readOpened(OpenedSource& source, int form, bool& found);
     int readStream(OpenedSource& source, int form);

@@ -20,21 +20,11 @@ constexpr int widestStep = 9;
 // No run of frames is longer than this, whatever a file system claims to hold.
 constexpr int longestRun = 10'000'000;
 
-// Whether the first letter of a name can be a drive: only where folders have drives.
-bool drivesExist(const Tstring& startDirectory) {
-    return startDirectory.empty() || (startDirectory.size() > 1 && startDirectory[1] == ':');
-}
-
-bool isAbsolute(const Tstring& startDirectory, const Tstring& name) {
-    if (name.starts_with('/') || name.starts_with('\\')) return true;
-    return name.size() > 1 && name[1] == ':' && drivesExist(startDirectory);
-}
-
 std::vector<std::string> listStemFolder(const Tstring& startDirectory,
                                         const Tstring& searchDirectory, const Tstring& folder) {
     if (!searchDirectory.empty())
         return platform::listFolder(fromStartDirectory(startDirectory, searchDirectory), folder);
-    if (isAbsolute(startDirectory, folder)) return platform::listFolder({}, folder);
+    if (platform::isAbsolutePath(folder)) return platform::listFolder({}, folder);
     return platform::listFolder(startDirectory, folder);
 }
 
@@ -82,7 +72,7 @@ int moreTelling(int error, int later) {
 }  // namespace
 
 Tstring fromStartDirectory(const Tstring& startDirectory, const Tstring& name) {
-    if (startDirectory.empty() || isAbsolute(startDirectory, name)) return name;
+    if (startDirectory.empty() || platform::isAbsolutePath(name)) return name;
     return startDirectory + "/" + name;
 }
 
@@ -94,8 +84,8 @@ int listNumberedFiles(const Tstring& startDirectory, const Tstring& searchDirect
         const std::optional<NumberedFile> file = readNumberedFile(name, parts.base);
         if (!file) continue;
         if (numbers.size() == mostNumbers) {
-            printError(formatMessage("s_VistelStrings.rVTTooManyFiles",
-                                     {stem, static_cast<int>(mostNumbers)}));
+            printError(
+                formatMessage(Message::rVTTooManyFiles, {stem, static_cast<int>(mostNumbers)}));
             break;
         }
         numbers.push_back(file->number);

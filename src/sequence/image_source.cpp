@@ -39,7 +39,7 @@ bool awaitCommand(FILE* stream, const Tstring& name, const platform::GoOn& goOn,
         if (!platform::mayGoOn(goOn)) return false;
         if (told) continue;
         told = platform::tickMilliseconds() - begin >= patience;
-        if (told) printError(formatMessage("s_VistelStrings.rVTWaiting", {name}));
+        if (told) printError(formatMessage(Message::rVTWaiting, {name}));
     }
     return true;
 }
@@ -81,7 +81,7 @@ bool isRegularFile(const OpenedSource& source, const Tstring& name) {
 }
 
 int reportNoImage(const Tstring& name) {
-    printError(name + ": " + messageText("s_VistelStrings.rVTNoImage"));
+    printError(name + ": " + messageText(Message::rVTNoImage));
     return iffNotIff;
 }
 

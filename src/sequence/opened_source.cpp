@@ -28,8 +28,7 @@ static void findConverter(OpenedSource& opened) {
         return;
     }
     opened.stream.release();
-    opened.complaint =
-        formatMessage("s_VistelStrings.rVTConverterMissing", {converterName(opened.reader)});
+    opened.complaint = formatMessage(Message::rVTConverterMissing, {converterName(opened.reader)});
 }
 
 OpenedSource openFrameFile(FramePlaces& places, const Tstring& name, bool waitForWriter) {
@@ -46,7 +45,7 @@ OpenedSource openFrameFile(FramePlaces& places, const Tstring& name, bool waitFo
     opened.located = located;
     if (status.size == 0 && !waitForWriter) {
         opened.stream.release();
-        opened.complaint = messageText("s_VistelStrings.rVTNoImage");
+        opened.complaint = messageText(Message::rVTNoImage);
         return opened;
     }
     opened.reader = readerOfFile(located, waitForWriter);
@@ -79,7 +78,7 @@ OpenedSource openStandardInput() {
     opened.stream = SourceStream(platform::duplicateStandardStream(0, "r+"), false);
     if (opened.stream) return opened;
     opened.systemError = errno;
-    if (errno == EBADF) opened.complaint = messageText("s_VistelStrings.rVTStdinClosed");
+    if (errno == EBADF) opened.complaint = messageText(Message::rVTStdinClosed);
     return opened;
 }
 

@@ -1,13 +1,13 @@
 #include "sequence/read_ahead.h"
 
 #include <algorithm>
-#include <charconv>
 #include <chrono>
 #include <iterator>
 #include <new>
 #include <system_error>
 #include <utility>
 
+#include "host/environment_number.h"
 #include "iff/result_codes.h"
 #include "platform/process.h"
 #include "sequence/form_reader.h"
@@ -17,7 +17,7 @@ namespace vistel {
 
 namespace {
 
-constexpr int mostThreads = 64;
+constexpr unsigned mostThreads = 64;
 constexpr std::chrono::milliseconds waitPiece{2};
 
 bool sameReading(const ImageLoadRequest& a, const ImageLoadRequest& b) {
@@ -28,12 +28,10 @@ bool sameReading(const ImageLoadRequest& a, const ImageLoadRequest& b) {
 }  // namespace
 
 int decodingThreads() {
-    const std::string text = platform::environmentVariable("VISTEL_THREADS").value_or("");
-    int threads = -1;
-    std::from_chars(text.data(), text.data() + text.size(), threads);
-    if (threads >= 0) return std::min(threads, mostThreads);
-    const auto processors = static_cast<int>(std::thread::hardware_concurrency());
-    return processors < 2 ? 0 : std::min(processors, mostThreads);
+    const unsigned processors = std::thread::hardware_concurrency();
+    const unsigned own = processors < 2 ? 0 : std::min(processors, mostThreads);
+    return static_cast<int>(
+        environmentNumber({"VISTEL_THREADS", 0, mostThreads, Message::rVTThreads}, own));
 }
 
 // Where the system gives no more threads, those that there are do, be it none.

@@ -25,7 +25,8 @@
 namespace vistel {
 
 // Threads that decode frames: the environment variable VISTEL_THREADS (0 to 64; 0: none ahead),
-// else one for each processor, none where there is only one.
+// else one for each processor, none where there is only one. Says so on standard error when the
+// variable is no such number.
 int decodingThreads();
 
 class ReadAhead {

@@ -62,7 +62,7 @@ class SearchProgress {
         if (now - last_ < interval || !platform::isTerminal(2)) return;
         last_ = now;
         told_ = true;
-        const Tstring text = formatMessage("s_VistelStrings.rVTSearching", {pattern_, frame});
+        const Tstring text = formatMessage(Message::rVTSearching, {pattern_, frame});
         std::fprintf(stderr, "\r%s", text.c_str());
     }
 
@@ -95,9 +95,9 @@ OpenedSource openFirstThatExists(SequenceState& state, const Tstring& pattern,
 
 // Names the pattern, the file that was looked for, and the system's reason.
 void tellAnimationNotFound(const Tstring& pattern, const OpenedSource& source, bool oneFile) {
-    printError(formatMessage("s_VistelStrings.rVTAnimationNotFound",
+    printError(formatMessage(Message::rVTAnimationNotFound,
                              {pattern, source.name, std::strerror(source.systemError)}));
-    if (!oneFile) printError(messageText("s_VistelStrings.rVTFindFirstHint"));
+    if (!oneFile) printError(messageText(Message::rVTFindFirstHint));
 }
 
 // A file that is open already is read from its start again. A pipe cannot be: it is opened once
@@ -149,20 +149,20 @@ OpenedSource startCommand(SequenceState& state, const Tstring& name, int number)
     const Tstring command = name.substr(commandPrefix.size());
     OpenedSource source;
     if (command.find_first_not_of(" \t") == Tstring::npos) {
-        source.complaint = formatMessage("s_VistelStrings.rVTEmptyCommand", {name});
+        source.complaint = formatMessage(Message::rVTEmptyCommand, {name});
     } else {
         if (!state.startDirectory.empty())
             (void)platform::setCurrentDirectory(state.startDirectory);
         source = openFrameCommand(command, number);
     }
     state.sourceName = name;
-    source.name = messageText("s_VistelStrings.rVTPipedCmd");
+    source.name = messageText(Message::rVTPipedCmd);
     return source;
 }
 
 OpenedSource takeStandardInput(SequenceState& state, Reading reading) {
     OpenedSource source = openStandardInput();
-    source.name = state.sourceName = messageText("s_VistelStrings.rVTStdin");
+    source.name = state.sourceName = messageText(Message::rVTStdin);
     if (reading == Reading::first || !source.stream) return source;
     // What was read once is there a second time only when it comes from a file.
     if (platform::seekStream(source.stream.file(), 0, SEEK_SET)) return source;
@@ -174,7 +174,7 @@ OpenedSource takeStandardInput(SequenceState& state, Reading reading) {
 OpenedSource startTest(SequenceState& state, const Tstring& name) {
     OpenedSource source = openTestOutput();
     source.name = name;
-    state.sourceName = messageText("s_VistelStrings.rVTPipedCmd");
+    state.sourceName = messageText(Message::rVTPipedCmd);
     return source;
 }
 

@@ -193,6 +193,17 @@ def test_without_memory_every_frame_is_read(play_from_disk, folder):
     player.program.find(on_screen(new))
 
 
+@pytest.mark.parametrize("variable", ["VISTEL_MEMORY", "VISTEL_THREADS"])
+def test_a_variable_that_is_no_number_is_told_of_once_and_does_not_count(play_from_disk, variable):
+    player = play_from_disk("-r", "10", environment={variable: "4x"}, last=4)
+    assert follows(player.record(9), player.animation.numbers)
+    assert player.program.close() == 0
+    lines = [line for line in player.program.stderr().splitlines() if variable in line]
+    assert len(lines) == 1, player.program.stderr()
+    assert lines[0].startswith(f'{variable}: "4x" is no number of '), lines
+    assert lines[0].endswith(" is used"), lines
+
+
 def test_the_status_line_tells_memory_from_disk(play_from_disk):
     player = play_from_disk("-r", "10")
     player.pause()

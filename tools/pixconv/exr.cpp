@@ -23,6 +23,7 @@
 #include "exr_channels.h"
 #include "exr_window.h"
 #include "file_starts.h"
+#include "host/byte_order.h"
 #include "platform/files.h"
 #include "samples.h"
 #include "without_exceptions.h"
@@ -79,10 +80,9 @@ class Output : public Imf::OStream {
 // The first header is read on its own: the library takes memory by what it says before anybody else
 // can look at it.
 Imf::Header firstHeader(Input& input) {
-    char start[8];
-    input.read(start, sizeof start);
-    int version = static_cast<uint8_t>(start[4]) | static_cast<uint8_t>(start[5]) << 8 |
-                  static_cast<uint8_t>(start[6]) << 16 | static_cast<uint8_t>(start[7]) << 24;
+    uint8_t start[8];
+    input.read(reinterpret_cast<char*>(start), sizeof start);
+    int version = static_cast<int>(readLittle32(start + 4));
     Imf::Header header;
     header.readFrom(input, version);
     return header;

@@ -133,8 +133,8 @@ Outcome readPixels(ByteSource& source, uint8_t* row, uint32_t columns) {
 
 Outcome readRow(ByteSource& source, uint8_t* row, uint32_t columns) {
     if (!source.read(row, 4)) return Outcome::cut;
-    const bool planes = row[0] == 2 && row[1] == 2 && row[2] < 128 && columns >= 8 &&
-                        columns == number16(row + 2, ByteOrder::big);
+    const bool planes =
+        row[0] == 2 && row[1] == 2 && row[2] < 128 && columns >= 8 && columns == readBig16(row + 2);
     if (!planes) return readPixels(source, row, columns);
     Outcome outcome = Outcome::whole;
     for (size_t i = 0; i < 4 && outcome == Outcome::whole; ++i)

@@ -4,11 +4,11 @@
 #include <bit>
 #include <cmath>
 
+#include "iff/tile_format.h"
+
 namespace vistel {
 
 namespace {
-
-constexpr uint32_t longestSide = 65535;  // tile rectangles are 16-bit
 
 Failure take(uint64_t bytes, auto&& allocation) {
     if (bytes > mostPictureBytes) return "the picture is too large: it would take over 1 GB";
@@ -85,7 +85,7 @@ uint8_t byteFromMask(float value) {
 
 Failure Picture::allocate(uint32_t newWidth, uint32_t newHeight, bool isWide) {
     if (newWidth == 0 || newHeight == 0) return "the picture has no pixels";
-    if (newWidth > longestSide || newHeight > longestSide)
+    if (newWidth > longestTiledSide || newHeight > longestTiledSide)
         return "the picture is too large: " + std::to_string(newWidth) + " x " +
                std::to_string(newHeight) + " pixels, a frame has at most 65535 each way";
     const uint64_t count = uint64_t{newWidth} * newHeight * 4;

@@ -56,11 +56,11 @@ Failure readFixedHeader(ByteSource& source, Header& header) {
     if (!source.read(bytes.data(), bytes.size())) return endsInHeader();
     if (!recognises(bytes)) return "not a Photoshop document";
     header.large = bytes[5] == 2;
-    header.channels = number16(&bytes[12], ByteOrder::big);
-    header.height = number32(&bytes[14], ByteOrder::big);
-    header.width = number32(&bytes[18], ByteOrder::big);
-    header.bits = number16(&bytes[22], ByteOrder::big);
-    header.mode = number16(&bytes[24], ByteOrder::big);
+    header.channels = readBig16(&bytes[12]);
+    header.height = readBig32(&bytes[14]);
+    header.width = readBig32(&bytes[18]);
+    header.bits = readBig16(&bytes[22]);
+    header.mode = readBig16(&bytes[24]);
     if (header.mode != grey && header.mode != indexed && header.mode != rgb)
         return modeNotSupported(header.mode);
     if ((header.bits != 8 && header.bits != 16) || (header.mode == indexed && header.bits != 8))
@@ -74,17 +74,16 @@ Failure readFixedHeader(ByteSource& source, Header& header) {
 bool skipSection(ByteSource& source, bool longLength) {
     std::array<uint8_t, 8> bytes{};
     if (!source.read(&bytes[longLength ? 0 : 4], longLength ? 8 : 4)) return false;
-    const uint64_t length =
-        uint64_t{number32(&bytes[0], ByteOrder::big)} << 32 | number32(&bytes[4], ByteOrder::big);
+    const uint64_t length = readBig64(bytes.data());
     return length <= source.left() && source.goTo(source.position() + length);
 }
 
 bool readPalette(ByteSource& source, Header& header) {
     std::array<uint8_t, 4> length;
     if (!source.read(length.data(), length.size())) return false;
-    if (number32(length.data(), ByteOrder::big) < paletteEntries * 3) return false;
+    if (readBig32(length.data()) < paletteEntries * 3) return false;
     header.palette.resize(paletteEntries * 3);
-    const uint64_t end = source.position() + number32(length.data(), ByteOrder::big);
+    const uint64_t end = source.position() + readBig32(length.data());
     return source.read(header.palette.data(), header.palette.size()) && source.goTo(end);
 }
 
@@ -97,7 +96,7 @@ Failure readHeader(ByteSource& source, Header& header, uint16_t& compression) {
     if (!skipSection(source, header.large)) return "the file ends early: in its layers";
     std::array<uint8_t, 2> bytes;
     if (!source.read(bytes.data(), bytes.size())) return "the file ends early: behind its layers";
-    compression = number16(bytes.data(), ByteOrder::big);
+    compression = readBig16(bytes.data());
     if (compression > 1)
         return "Photoshop documents with compression " + std::to_string(compression) +
                " are not supported";
@@ -115,8 +114,7 @@ Failure readLengths(ByteSource& source, const Header& header, std::vector<uint32
     if (!source.read(bytes.data(), bytes.size()))
         return "the file ends early: in its table of rows";
     for (size_t i = 0; i < lengths.size(); ++i)
-        lengths[i] = header.large ? number32(&bytes[i * 4], ByteOrder::big)
-                                  : number16(&bytes[i * 2], ByteOrder::big);
+        lengths[i] = header.large ? readBig32(&bytes[i * 4]) : readBig16(&bytes[i * 2]);
     return {};
 }
 
@@ -148,7 +146,7 @@ void placeRow(const Header& header, const std::vector<uint8_t>& bytes, Picture& 
             for (size_t i = 0; i < 3; ++i)
                 picture.row(y)[x * 4 + i] = header.palette[i * paletteEntries + bytes[x]];
         } else if (picture.wide) {
-            picture.wideRow(y)[x * 4 + place] = number16(&bytes[x * 2], ByteOrder::big);
+            picture.wideRow(y)[x * 4 + place] = readBig16(&bytes[x * 2]);
         } else {
             picture.row(y)[x * 4 + place] = bytes[x];
         }

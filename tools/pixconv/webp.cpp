@@ -23,8 +23,7 @@ bool recognises(std::span<const uint8_t> start) {
 
 // The library is content with a part where the first picture ends early enough.
 bool isWhole(const std::vector<uint8_t>& bytes) {
-    return bytes.size() >= 12 &&
-           bytes.size() >= uint64_t{number32(&bytes[4], ByteOrder::little)} + 8;
+    return bytes.size() >= 12 && bytes.size() >= uint64_t{readLittle32(&bytes[4])} + 8;
 }
 
 Failure reasonOf(VP8StatusCode status) {

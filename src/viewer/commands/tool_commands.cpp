@@ -16,9 +16,7 @@ namespace {
 
 bool run(bool (*tool)(Viewer&), Viewer& viewer) { return tool && tool(viewer); }
 
-Tstring onOrOff(bool on) {
-    return messageText(on ? "s_VistelStrings.rVTOn" : "s_VistelStrings.rVTOff");
-}
+Tstring onOrOff(bool on) { return messageText(on ? Message::rVTOn : Message::rVTOff); }
 
 // The outline of a tile in the window, corners inclusive.
 void outline(const TileRect& tile, const PictureLayout& layout, int shrink) {
@@ -82,13 +80,13 @@ bool toggleDoubleBuffer(Viewer& viewer, const Press&, int) {
 
 bool toggleLuminanceCurve(Viewer& viewer, const Press&, int) {
     viewer.luminanceCurve = !viewer.luminanceCurve;
-    printError(formatMessage("s_VistelStrings.rVTLumCurve", {onOrOff(viewer.luminanceCurve)}));
+    printError(formatMessage(Message::rVTLumCurve, {onOrOff(viewer.luminanceCurve)}));
     return false;
 }
 
 bool toggleOverwrite(Viewer& viewer, const Press&, int) {
     viewer.overwriteMode = !viewer.overwriteMode;
-    printError(formatMessage("s_VistelStrings.rVTOverwriteMode", {onOrOff(viewer.overwriteMode)}));
+    printError(formatMessage(Message::rVTOverwriteMode, {onOrOff(viewer.overwriteMode)}));
     return false;
 }
 

@@ -96,7 +96,7 @@ DisplayFit currentDisplayFit(const Picture& picture) {
 
 void openWindowOrExit(Picture& picture, const std::string& title) {
     if (!openViewerWindow(title)) {
-        printError(messageText("s_VistelStrings.rVTNoWindow"));
+        printError(messageText(Message::rVTNoWindow));
         leave();
     }
     picture.windowId = 1;

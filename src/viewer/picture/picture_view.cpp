@@ -69,8 +69,8 @@ const uint32_t* build(Picture& picture) try {
     return nullptr;
 }
 
-// Why the frame on screen cannot be shown so; null when it can.
-const char* missingFor(const FrameStore& frame, ChannelMode mode) {
+// Why the frame on screen cannot be shown so; none when it can.
+Message missingFor(const FrameStore& frame, ChannelMode mode) {
     return missingPlaneMessage(mode, {!frame.colour.empty(), !frame.z.empty(), frame.header.flags});
 }
 

@@ -12,31 +12,29 @@ namespace vistel {
 
 namespace {
 
-// Name of a plain view, and of the relief made from it, by channel mode. Null: none.
+// Name of a plain view, and of the relief made from it, by channel mode.
 struct LabelRow {
-    const char* view;
-    const char* relief;
+    Message view;
+    Message relief;
 };
 constexpr LabelRow labels[] = {
-    {"s_VistelStrings.rVTMask", "s_VistelStrings.rVTMaskBump"},
-    {"s_VistelStrings.rVTBPlane", "s_VistelStrings.rVTBlueBump"},
-    {"s_VistelStrings.rVTGPlane", "s_VistelStrings.rVTGreenBump"},
-    {"s_VistelStrings.rVTRPlane", "s_VistelStrings.rVTRedBump"},
-    {nullptr, nullptr},
-    {"s_VistelStrings.rVTZBuffer", "s_VistelStrings.rVTZBump"},
-    {"s_VistelStrings.rVTLuminance", "s_VistelStrings.rVTLumBump"},
+    {Message::rVTMask, Message::rVTMaskBump},
+    {Message::rVTBPlane, Message::rVTBlueBump},
+    {Message::rVTGPlane, Message::rVTGreenBump},
+    {Message::rVTRPlane, Message::rVTRedBump},
+    {Message::none, Message::none},
+    {Message::rVTZBuffer, Message::rVTZBump},
+    {Message::rVTLuminance, Message::rVTLumBump},
 };
-
-Tstring textOf(const char* id) { return id ? messageText(id) : Tstring(); }
 
 const LabelRow& rowOf(ChannelMode mode) { return labels[static_cast<size_t>(mode)]; }
 
 Tstring viewLabel(const Picture& picture) {
-    if (!isRelief(picture.mode)) return textOf(rowOf(picture.mode).view);
+    if (!isRelief(picture.mode)) return messageText(rowOf(picture.mode).view);
     if (!picture.bumpSource) return {};
-    const Tstring label = textOf(rowOf(*picture.bumpSource).relief);
+    const Tstring label = messageText(rowOf(*picture.bumpSource).relief);
     if (picture.mode == ChannelMode::bump || label.empty()) return label;
-    return formatMessage("s_VistelStrings.rVTInv", {label});
+    return formatMessage(Message::rVTInv, {label});
 }
 
 // What the label says, and what it is made from.
@@ -53,8 +51,8 @@ Tstring makeLabel(const Picture& picture) {
     if (picture.controlChannel == 0) return label;
     const std::string letter(
         1, (picture.controlComplement ? "YMC" : "BGR")[picture.controlChannel - 1]);
-    if (label.empty()) return formatMessage("s_VistelStrings.rVTControl2", {letter});
-    return formatMessage("s_VistelStrings.rVTControl", {label, letter});
+    if (label.empty()) return formatMessage(Message::rVTControl2, {letter});
+    return formatMessage(Message::rVTControl, {label, letter});
 }
 
 }  // namespace

@@ -6,7 +6,7 @@
 namespace vistel {
 
 std::string shownSourceName(const CurrentSource& source) {
-    if (namesCommand(source.fileName)) return messageText("s_VistelStrings.rVTPipedCmd");
+    if (namesCommand(source.fileName)) return messageText(Message::rVTPipedCmd);
     return source.fileName.empty() ? source.sourceName : source.fileName;
 }
 

@@ -65,7 +65,7 @@ FrameShown show(Player& player, FrameStore& frame, SourceMark mark, Refit refit)
 }
 
 FrameShown reload(Player& player, bool quietly) {
-    if (!quietly) showMessageBand(messageText("s_VistelStrings.rVTReloadingImage"));
+    if (!quietly) showMessageBand(messageText(Message::rVTReloadingImage));
     int result = iffOk;
     if (FrameStore* frame = readCurrentFrame(player, Retry::asked, result))
         return show(player, *frame, SourceMark::disk, Refit::fitWindow);
@@ -73,7 +73,7 @@ FrameShown reload(Player& player, bool quietly) {
         restoreFrontImage();
         return FrameShown::unchanged;
     }
-    showMessageBand(messageText("s_VistelStrings.rVTFileRemoved"));
+    showMessageBand(messageText(Message::rVTFileRemoved));
     player.bandShown = true;
     return FrameShown::unchanged;
 }

@@ -1,37 +1,24 @@
 #include "viewer/playback/frame_slots.h"
 
-#include <algorithm>
-#include <charconv>
-#include <cstdio>
 #include <utility>
 
-#include "host/messages.h"
+#include "host/environment_number.h"
 #include "platform/memory.h"
-#include "platform/process.h"
 
 namespace vistel {
 
 // What is taken for the memory of a machine that does not tell.
 static constexpr size_t assumedMemory = size_t{2} << 30;
 
-MemoryLimit memoryLimit(const std::string& text, size_t machine) {
-    const size_t usual = (machine ? machine : assumedMemory) / 4 * 3;
-    if (text.empty()) return {usual, true};
-    const char* const end = text.data() + text.size();
-    size_t megabytes = 0;
-    const auto read = std::from_chars(text.data(), end, megabytes);
-    const bool number = read.ec == std::errc{} && read.ptr == end && megabytes <= SIZE_MAX >> 20;
-    return number ? MemoryLimit{megabytes << 20, true} : MemoryLimit{usual, false};
+static constexpr size_t mostMegabytes = size_t{1} << 30;  // more than any machine has
+
+size_t usualFrameMegabytes(size_t machine) {
+    return ((machine ? machine : assumedMemory) / 4 * 3) >> 20;
 }
 
 size_t readFrameMemoryLimit() {
-    const std::string text = platform::environmentVariable("VISTEL_MEMORY").value_or("");
-    const MemoryLimit limit = memoryLimit(text, platform::physicalMemory());
-    if (limit.understood) return limit.bytes;
-    const auto megabytes = static_cast<int>(std::min<size_t>(limit.bytes >> 20, INT32_MAX));
-    const Tstring line = formatMessage("s_VistelStrings.rVTMemoryNotANumber", {text, megabytes});
-    std::fprintf(stderr, "%s\n", line.c_str());
-    return limit.bytes;
+    const NumberVariable variable{"VISTEL_MEMORY", 0, mostMegabytes, Message::rVTMegabytes};
+    return environmentNumber(variable, usualFrameMegabytes(platform::physicalMemory())) << 20;
 }
 
 size_t FrameSlots::ownLimit() {

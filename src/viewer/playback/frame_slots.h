@@ -5,24 +5,19 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <string>
 #include <unordered_map>
 
 #include "iff/frame_store.h"
 
 namespace vistel {
 
-// Bytes of planes that may be kept, of a machine with so many bytes of memory (0: unknown): as many
-// megabytes as the text says, three quarters of the machine's memory when it is empty or no such
-// number.
-struct MemoryLimit {
-    size_t bytes = 0;
-    bool understood = true;  // the text
-};
-MemoryLimit memoryLimit(const std::string& text, size_t machine);
+// Megabytes of planes that a machine with so many bytes of memory (0: unknown) keeps unless it is
+// told another number: three quarters of its memory.
+size_t usualFrameMegabytes(size_t machine);
 
-// The limit from the environment variable VISTEL_MEMORY and this machine. Says so on standard error
-// when the variable is no number.
+// Bytes of planes that may be kept: as many megabytes as the environment variable VISTEL_MEMORY
+// says, else the usual ones of this machine. Says so on standard error when the variable is no such
+// number.
 size_t readFrameMemoryLimit();
 
 class FrameSlots {

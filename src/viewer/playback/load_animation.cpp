@@ -29,10 +29,9 @@ class MissingFrames {
     }
     void report() {
         if (count_ == 1)
-            printError(formatMessage("s_VistelStrings.rVTFrameMissing",
-                                     {first_, last_.name, last_.reason}));
+            printError(formatMessage(Message::rVTFrameMissing, {first_, last_.name, last_.reason}));
         if (count_ > 1)
-            printError(formatMessage("s_VistelStrings.rVTFramesMissing",
+            printError(formatMessage(Message::rVTFramesMissing,
                                      {first_, lastFrame_, last_.name, last_.reason}));
         count_ = 0;
     }
@@ -52,8 +51,7 @@ bool loadFrame(Player& player, int number, const ReadTerms& terms, MissingFrames
     }
     missing.report();
     if (read.code != iffOk && !player.loading.stopped)
-        printError(
-            formatMessage("s_VistelStrings.rVTFrameUnreadable", {read.name, read.reason, number}));
+        printError(formatMessage(Message::rVTFrameUnreadable, {read.name, read.reason, number}));
     if (!frame.hasPicture()) return true;
     if (!player.slots.hasRoomFor(number, frame)) return false;
     player.slots.keep(number, std::move(frame));
@@ -76,7 +74,7 @@ void loadRemainingFrames(Player& player) {
     if (player.kmem <= 0) return;
     const int limit = megabytes(player.slots.limit());
     if (player.verbose)
-        std::printf("%s\n", formatMessage("s_VistelStrings.rVTMemoryLimit", {limit}).c_str());
+        std::printf("%s\n", formatMessage(Message::rVTMemoryLimit, {limit}).c_str());
     const int64_t first = player.currentFrame, step = stepSize(player);
     const int frames = static_cast<int>((player.lastFrame - first) / step + 1);
     player.loading.progress = std::make_unique<LoadProgress>(shownSourceName(player), frames);
@@ -95,8 +93,7 @@ void loadRemainingFrames(Player& player) {
     }
     missing.report();
     if (!room)
-        printError(
-            formatMessage("s_VistelStrings.rVTMemoryUsedUp", {static_cast<int>(frame), limit}));
+        printError(formatMessage(Message::rVTMemoryUsedUp, {static_cast<int>(frame), limit}));
     player.loading = {};
 }
 

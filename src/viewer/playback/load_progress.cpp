@@ -28,7 +28,7 @@ void LoadProgress::refresh() {
     if (frame_ == shown_ || (shown_ && now - shownAt_ < interval)) return;
     shown_ = frame_;
     shownAt_ = now;
-    const Tstring text = formatMessage("s_VistelStrings.rVTLoading", {source_, frame_, frames_});
+    const Tstring text = formatMessage(Message::rVTLoading, {source_, frame_, frames_});
     setViewerTitle(text);
     if (console_) std::fprintf(stderr, "\r%s", text.c_str());
 }

@@ -9,23 +9,23 @@ TEST(MissingPlanes, EachRequestHasItsConditionAndItsMessage) {
     const struct {
         PlaneRequest request;
         LoadedPlanes loaded;  // colour, depth, flags
-        const char* message;  // null: shown
+        Message message;      // none: shown
     } rows[] = {
-        {PlaneRequest::colour, {true, false, 0}, nullptr},
-        {PlaneRequest::colour, {true, false, mask}, nullptr},
-        {PlaneRequest::colour, {true, true, black | mask}, "s_VistelStrings.rVTNoColor"},
-        {PlaneRequest::colour, {false, true, 0}, "s_VistelStrings.rVTNoColor"},
-        {PlaneRequest::mask, {true, false, mask}, nullptr},
-        {PlaneRequest::mask, {true, false, mask | black}, nullptr},
-        {PlaneRequest::mask, {true, true, depth}, "s_VistelStrings.rVTNoMask"},
-        {PlaneRequest::mask, {false, true, mask}, "s_VistelStrings.rVTNoMask"},
-        {PlaneRequest::depth, {false, true, 0}, nullptr},
-        {PlaneRequest::depth, {true, true, depth}, nullptr},
-        {PlaneRequest::depth, {true, false, depth}, "s_VistelStrings.rVTZNotLoaded"},
-        {PlaneRequest::depth, {true, false, mask}, "s_VistelStrings.rVTNoZBuffer"},
+        {PlaneRequest::colour, {true, false, 0}, Message::none},
+        {PlaneRequest::colour, {true, false, mask}, Message::none},
+        {PlaneRequest::colour, {true, true, black | mask}, Message::rVTNoColor},
+        {PlaneRequest::colour, {false, true, 0}, Message::rVTNoColor},
+        {PlaneRequest::mask, {true, false, mask}, Message::none},
+        {PlaneRequest::mask, {true, false, mask | black}, Message::none},
+        {PlaneRequest::mask, {true, true, depth}, Message::rVTNoMask},
+        {PlaneRequest::mask, {false, true, mask}, Message::rVTNoMask},
+        {PlaneRequest::depth, {false, true, 0}, Message::none},
+        {PlaneRequest::depth, {true, true, depth}, Message::none},
+        {PlaneRequest::depth, {true, false, depth}, Message::rVTZNotLoaded},
+        {PlaneRequest::depth, {true, false, mask}, Message::rVTNoZBuffer},
     };
     for (const auto& row : rows)
-        EXPECT_STREQ(missingPlaneMessage(row.request, row.loaded), row.message);
+        EXPECT_EQ(missingPlaneMessage(row.request, row.loaded), row.message);
 }
 
 }  // namespace vistel

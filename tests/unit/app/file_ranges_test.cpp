@@ -158,7 +158,7 @@ TEST_F(FileRanges, StandardInputCarriesOneImageOnly) {
     testing::internal::CaptureStderr();
     walk({"-n", "1", "9", "1", "stdin"});
     const std::string errors = testing::internal::GetCapturedStderr();
-    EXPECT_EQ(errors, messageText("s_VistelStrings.rVTNoAnimPipeMode"));
+    EXPECT_EQ(errors, messageText(Message::rVTNoAnimPipeMode));
     EXPECT_EQ(opened(), "[]");
     EXPECT_EQ(range(seen_[0]), singleFrame);
     EXPECT_EQ(seen_[0].animationShown, 0);
@@ -182,8 +182,7 @@ TEST_F(FileRanges, StandardInputWithARangeIsLoadedAsASingleImage) {
 TEST_F(FileRanges, TestModeShowsNoAnimation) {
     testing::internal::CaptureStderr();
     walk({"-t", "-n", "1", "9", "1"});
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              messageText("s_VistelStrings.rVTNoAnimTestMode"));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), messageText(Message::rVTNoAnimTestMode));
     EXPECT_EQ(range(seen_[0]), singleFrame);
 }
 

@@ -136,7 +136,7 @@ TEST_F(FileWalk, AnEmptyArgumentIsAFailureAndNotStandardInput) {
         testing::internal::CaptureStderr();
         const FileCounts counts = walk(row.words);
         const std::string errors = testing::internal::GetCapturedStderr();
-        EXPECT_EQ(errors, messageText("s_VistelStrings.rVTEmptyName"));
+        EXPECT_EQ(errors, messageText(Message::rVTEmptyName));
         EXPECT_TRUE(errors.starts_with("\"\": ")) << errors;
         EXPECT_EQ(opened(), row.opened);
         EXPECT_EQ(counts.processed - counts.failed, static_cast<int>(seen_.size()));
@@ -170,8 +170,8 @@ TEST_F(FileWalk, VerboseNamesEachFileAsItWasGiven) {
     testing::internal::CaptureStdout();
     walk({"-v", "a/b", "shot."});
     EXPECT_EQ(testing::internal::GetCapturedStdout(),
-              formatMessage("s_VistelStrings.rVTFileName", {"a/b"}) +
-                  formatMessage("s_VistelStrings.rVTFileName", {"shot."}));
+              formatMessage(Message::rVTFileName, {"a/b"}) +
+                  formatMessage(Message::rVTFileName, {"shot."}));
     testing::internal::CaptureStdout();
     walk({"a"});
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");

@@ -147,12 +147,12 @@ TEST_F(OptionEffect, WithoutAPlayFormatTheSavedRateHolds) {
 TEST_F(OptionEffect, WhatIsNotSupportedShowsABoxAndGoesOn) {
     struct Row {
         Words words;
-        const char* id;
+        Message id;
     };
     const Row rows[] = {
-        {{"-D", "-v"}, "s_VistelStrings.rVTNoStereo"},
-        {{"-C", "1", "2", "3", "4", "-v"}, "s_VistelStrings.rVTCropFilterNoSupport"},
-        {{"-R", "hdtv", "-v"}, "s_VistelStrings.rVTResNoSupport"},
+        {{"-D", "-v"}, Message::rVTNoStereo},
+        {{"-C", "1", "2", "3", "4", "-v"}, Message::rVTCropFilterNoSupport},
+        {{"-R", "hdtv", "-v"}, Message::rVTResNoSupport},
     };
     for (const Row& row : rows) {
         start(row.words);
@@ -230,19 +230,19 @@ TEST_F(OptionEffect, FilesBeginAtTheFirstWordThatIsNoOption) {
 TEST_F(OptionEffect, AnUnknownOptionOrAMissingArgumentAsksForTheUsage) {
     struct Row {
         Words words;
-        const char* id;
+        Message id;
         const char* word;
     };
     const Row rows[] = {
-        {{"-v", "-Q"}, "s_VistelStrings.rVTUnknownOption", "-Q"},
-        {{"--verbosely", "-h"}, "s_VistelStrings.rVTUnknownOption", "--verbosely"},
-        {{"-n", "1", "2"}, "s_VistelStrings.rVTMissingArgument", "-n"},
-        {{"-C", "1", "2", "3"}, "s_VistelStrings.rVTMissingArgument", "-C"},
-        {{"-m", "-v"}, "s_VistelStrings.rVTMissingArgument", "-m"},
-        {{"-W", "--help"}, "s_VistelStrings.rVTMissingArgument", "-W"},
-        {{"-vQ"}, "s_VistelStrings.rVTUnknownOption", "-Q in -vQ"},
-        {{"-vm"}, "s_VistelStrings.rVTMissingArgument", "-m in -vm"},
-        {{"--help=3"}, "s_VistelStrings.rVTUnexpectedArgument", "--help=3"},
+        {{"-v", "-Q"}, Message::rVTUnknownOption, "-Q"},
+        {{"--verbosely", "-h"}, Message::rVTUnknownOption, "--verbosely"},
+        {{"-n", "1", "2"}, Message::rVTMissingArgument, "-n"},
+        {{"-C", "1", "2", "3"}, Message::rVTMissingArgument, "-C"},
+        {{"-m", "-v"}, Message::rVTMissingArgument, "-m"},
+        {{"-W", "--help"}, Message::rVTMissingArgument, "-W"},
+        {{"-vQ"}, Message::rVTUnknownOption, "-Q in -vQ"},
+        {{"-vm"}, Message::rVTMissingArgument, "-m in -vm"},
+        {{"--help=3"}, Message::rVTUnexpectedArgument, "--help=3"},
     };
     for (const Row& row : rows) {
         const CommandLine line = start(row.words);

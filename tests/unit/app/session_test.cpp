@@ -86,16 +86,16 @@ TEST_F(Session, RequestedFilesAreServedAfterTheList) {
 TEST_F(Session, TheUsageGoesToStandardErrorWithStatusOneAndStoresNothing) {
     platform::writeSetting("FPS", "31");
     EXPECT_EQ(run({"-r", "50", "-Q"}), 1);
-    EXPECT_EQ(errors, formatMessage("s_VistelStrings.rVTUnknownOption", {"-Q"}) + "\n" +
-                          usageText("vistel"));
+    EXPECT_EQ(errors,
+              formatMessage(Message::rVTUnknownOption, {"-Q"}) + "\n" + usageText("vistel"));
     EXPECT_EQ(output, "");
     EXPECT_EQ(platform::readSetting("FPS"), "31");
 }
 
 TEST_F(Session, AnIncompleteRangeAmongTheFilesIsAUsageError) {
     EXPECT_EQ(run({"-r", "50", "a", "-n5", "9"}), 1);
-    EXPECT_EQ(errors, formatMessage("s_VistelStrings.rVTMissingArgument", {"-n5"}) + "\n" +
-                          usageText("vistel"));
+    EXPECT_EQ(errors,
+              formatMessage(Message::rVTMissingArgument, {"-n5"}) + "\n" + usageText("vistel"));
     EXPECT_EQ(platform::readSetting("FPS"), "24");
 }
 

@@ -9,6 +9,7 @@
 
 #include "faults/fault_points.h"
 #include "faults/one_file.h"
+#include "host/byte_order.h"
 #include "iff/plane_pool.h"
 
 namespace vistel {
@@ -134,7 +135,7 @@ std::set<size_t> harmlessCuts(const Bytes& file) {
         const uint8_t* size = &file.data[starts[i - 1] + 4];
         const bool known = size[0] < 0x80;
         const size_t padAtMost = known ? 7 : 0;
-        const size_t end = known ? starts[i - 1] + 8 + (size_t{size[2]} << 8 | size[3]) : starts[i];
+        const size_t end = known ? starts[i - 1] + 8 + readBig16(size + 2) : starts[i];
         EXPECT_LE(end, starts[i]);
         EXPECT_GE(end + padAtMost, starts[i]);
         cuts.insert(end);

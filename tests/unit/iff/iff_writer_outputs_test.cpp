@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <random>
 
+#include "host/byte_order.h"
 #include "iff/iff_writer.h"
 #include "iff/image_read_back.h"
 #include "iff/writer_child.h"
@@ -40,8 +41,8 @@ void expectChildImage(const Bytes& bytes) {
 
 // The first group's size field.
 uint32_t rootSize(const Bytes& bytes, size_t at = 0) {
-    return uint32_t{bytes.data.at(at + 4)} << 24 | uint32_t{bytes.data.at(at + 5)} << 16 |
-           uint32_t{bytes.data.at(at + 6)} << 8 | bytes.data.at(at + 7);
+    (void)bytes.data.at(at + 7);
+    return readBig32(&bytes.data[at + 4]);
 }
 
 TEST(StandardOutput, AsAFileGetsSizes) {

@@ -46,11 +46,11 @@ TEST(ListingLine, HasAFullStopForEachLevel) {
 }
 
 TEST(ListingLine, NamesSizesThatAreNotKnown) {
-    const std::string unknown = messageText("s_VistelStrings.rVTUnknown");
+    const std::string unknown = messageText(Message::rVTUnknown);
     EXPECT_EQ(listingLine(0, iffId("FOR4"), 0x80000000, iffId("CIMG")), "FOR4" + unknown + "CIMG");
     EXPECT_EQ(listingLine(1, iffId("NAME"), 0x80000002, 0), ".NAME" + unknown);
     EXPECT_EQ(listingLine(0, iffId("FOR4"), 0x80000001, iffId("CIMG")),
-              "FOR4" + std::string(messageText("s_VistelStrings.rVTNotYetWritten")) + "CIMG");
+              "FOR4" + std::string(messageText(Message::rVTNotYetWritten)) + "CIMG");
 }
 
 TEST(ContentLine, IsTheTextOrOnlyALineEnd) {

@@ -37,8 +37,8 @@ void expectReport(const std::string& name, const std::string& got) {
     const std::string path = fileOfTree("tests/data/verbose/" + name + ".txt").string();
     std::ifstream file(path, std::ios::binary);
     std::string expected{std::istreambuf_iterator<char>(file), {}};
-    replaceAll(expected, "{unknown}", messageText("s_VistelStrings.rVTUnknown"));
-    replaceAll(expected, "{unwritten}", messageText("s_VistelStrings.rVTNotYetWritten"));
+    replaceAll(expected, "{unknown}", messageText(Message::rVTUnknown));
+    replaceAll(expected, "{unwritten}", messageText(Message::rVTNotYetWritten));
     EXPECT_EQ(got, expected);
     if (got != expected) std::ofstream(path + ".new", std::ios::binary) << got;
 }
@@ -106,7 +106,7 @@ TEST(VerboseReport, NamesUnknownSizesAndLeavesLongTextsOut) {
     std::fflush(stdout);
     const std::string text = testing::internal::GetCapturedStdout();
     EXPECT_EQ(text.substr(0, text.find_first_of("\r\n")),
-              "FOR4" + std::string(messageText("s_VistelStrings.rVTNotYetWritten")) + "CIMG");
+              "FOR4" + std::string(messageText(Message::rVTNotYetWritten)) + "CIMG");
 }
 
 TEST(VerboseReport, ListsGroupsOfEveryKindAndSize) {

@@ -17,9 +17,7 @@ struct Channel {
     bool whole = true;  // 32-bit floats, else halfs
 };
 
-void put(FileBytes& to, uint64_t value, int bytes) {
-    for (int i = 0; i < bytes; ++i) to.push_back(uint8_t(value >> 8 * i));
-}
+void put(FileBytes& to, uint64_t value, int bytes) { to += littleEndian(value, bytes); }
 
 void attribute(FileBytes& to, const std::string& name, const std::string& type,
                const FileBytes& body) {

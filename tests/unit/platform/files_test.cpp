@@ -371,6 +371,21 @@ TEST(Folders, TheRunningProgramKnowsItsOwnPath) {
     EXPECT_NE(programPath().find("test_platform"), std::string::npos);
 }
 
+TEST(Paths, OfThisProgramAreAbsolute) {
+    EXPECT_TRUE(isAbsolutePath(programPath()));
+    EXPECT_TRUE(isAbsolutePath(currentDirectory()));
+}
+
+TEST(Paths, AreAbsoluteWhenTheyBeginAtARoot) {
+    for (const char* name : {"/", "/a", "//a/b", "/c:"}) EXPECT_TRUE(isAbsolutePath(name)) << name;
+    for (const char* name :
+         {"", "a", "a/b", "./a", "..", ":", ":a", "1:/a", "ab:/c", "a\\b", "@:\\"})
+        EXPECT_FALSE(isAbsolutePath(name)) << name;
+    const bool drives = currentDirectory()[0] != '/';
+    for (const char* name : {"\\", "\\a", "\\\\server\\share", "c:\\a", "C:/a", "z:", "c:a"})
+        EXPECT_EQ(isAbsolutePath(name), drives) << name;
+}
+
 TEST(Locale, NumbersKeepTheDecimalPoint) {
     setNativeLocale();
     char text[16];

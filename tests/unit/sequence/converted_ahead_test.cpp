@@ -176,7 +176,7 @@ TEST_F(ConvertedAgain, AFileThatFailedIsNotBeforeItChanges) {
     for (int pass = 1; pass <= 3; ++pass) {
         EXPECT_EQ(read(), iffNotIff);
         EXPECT_EQ(result_.name, "shot.1");
-        EXPECT_EQ(result_.reason, messageText("s_VistelStrings.rVTNoImage"));
+        EXPECT_EQ(result_.reason, messageText(Message::rVTNoImage));
     }
     EXPECT_EQ(conversionsOf(1), 1);
     EXPECT_EQ(complaints_, 1u);

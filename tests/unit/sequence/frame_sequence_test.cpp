@@ -153,7 +153,7 @@ TEST_F(Listing, StopsAt4095NumbersAndTellsWhenThereAreMore) {
     testing::internal::CaptureStderr();
     EXPECT_EQ(discover("n."), 1);
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              formatMessage("s_VistelStrings.rVTTooManyFiles", {"n.", 4095}) + "\n");
+              formatMessage(Message::rVTTooManyFiles, {"n.", 4095}) + "\n");
     EXPECT_GE(state_.firstFrame, 1);
     EXPECT_LE(state_.lastFrame, 4096);
     EXPECT_GE(state_.lastFrame - state_.firstFrame, 4094);
@@ -302,6 +302,22 @@ TEST_F(Lookup, CountsFromTheFolderOfTheArgument) {
 TEST_F(Lookup, TakesAbsoluteNames) {
     touch({"sub/shot.1"});
     EXPECT_EQ(located(path("sub/shot.1")), path("sub/shot.1"));
+}
+
+TEST_F(Lookup, TakesBackslashesForSlashesInAbsoluteNames) {
+    touch({"sub/shot.1"});
+    const Tstring name = path("sub/shot.1");
+    EXPECT_EQ(located(name.replacingAll('/', '\\')), name);
+}
+
+// Wherever the program was started: on a drive, a share, or a system that has neither.
+TEST_F(Lookup, AsksTheSystemWhichNamesAreAbsolute) {
+    for (const char* start : {"/start", "c:/start", "//server/share"})
+        for (const char* name : {"c:/shot.1", "\\shot.1", "/shot.1", "shot.1"}) {
+            const Tstring relative = Tstring(start) + "/" + name;
+            EXPECT_EQ(fromStartDirectory(start, name),
+                      platform::isAbsolutePath(name) ? Tstring(name) : relative);
+        }
 }
 
 TEST_F(Lookup, TellsWhyThereIsNone) {

@@ -71,7 +71,7 @@ TEST_F(Source, AFileOfNoBytesIsReported) {
     write("empty.iff", "");
     EXPECT_EQ(open("empty.iff"), iffNotIff);
     const std::string file = fromStartDirectory(state_.startDirectory, "empty.iff");
-    EXPECT_EQ(errors_, file + ": " + messageText("s_VistelStrings.rVTNoImage") + "\n");
+    EXPECT_EQ(errors_, file + ": " + messageText(Message::rVTNoImage) + "\n");
     EXPECT_FALSE(frame_.hasPicture());
 }
 
@@ -178,7 +178,7 @@ TEST_F(Source, ACommandsPictureIsRead) {
 
 TEST_F(Source, ACommandThatFailsIsReported) {
     EXPECT_EQ(open("pipe:no_such_command_here"), iffNotIff);
-    const std::string text = messageText("s_VistelStrings.rVTNoImage");
+    const std::string text = messageText(Message::rVTNoImage);
     EXPECT_TRUE(contains(errors_, "pipe:no_such_command_here: " + text)) << errors_;
 }
 
@@ -186,13 +186,13 @@ TEST_F(Source, ACommandThatWritesNothingHoldsNoImage) {
     write("nothing", "");
     const Tstring name = printing(path("nothing"));
     EXPECT_EQ(open(name), iffNotIff);
-    EXPECT_EQ(errors_, name + ": " + messageText("s_VistelStrings.rVTNoImage") + "\n");
+    EXPECT_EQ(errors_, name + ": " + messageText(Message::rVTNoImage) + "\n");
 }
 
 TEST_F(Source, AnEmptyCommandIsRefused) {
     for (const char* name : {"pipe:", "pipe:  "}) {
         EXPECT_EQ(open(name), iffNotIff);
-        EXPECT_EQ(errors_, formatMessage("s_VistelStrings.rVTEmptyCommand", {name}) + "\n");
+        EXPECT_EQ(errors_, formatMessage(Message::rVTEmptyCommand, {name}) + "\n");
     }
 }
 
@@ -205,7 +205,7 @@ TEST_F(Source, TestModeReadsTheOutputOfTheTestCommand) {
     EXPECT_EQ(open("Pipe"), 0);
     EXPECT_EQ(red(), 31);
     EXPECT_EQ(state_.sourceIsPipe, 1);
-    EXPECT_EQ(state_.sourceName, messageText("s_VistelStrings.rVTPipedCmd"));
+    EXPECT_EQ(state_.sourceName, messageText(Message::rVTPipedCmd));
 }
 
 }  // namespace

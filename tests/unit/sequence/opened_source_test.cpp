@@ -78,7 +78,7 @@ TEST_F(Opened, AFileOfNoBytesIsAFrameBeingWrittenOnlyWhenItIsWaitedFor) {
     const OpenedSource opened = openFrameFile(state_, "empty.iff", false);
     EXPECT_FALSE(opened.stream);
     EXPECT_EQ(opened.located, fromStartDirectory(state_.startDirectory, "empty.iff"));
-    EXPECT_EQ(opened.complaint, messageText("s_VistelStrings.rVTNoImage"));
+    EXPECT_EQ(opened.complaint, messageText(Message::rVTNoImage));
 }
 
 // Only some systems have such names.

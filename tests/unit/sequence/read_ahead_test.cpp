@@ -162,16 +162,25 @@ TEST_F(Ahead, TheNumberOfThreadsCanBeSet) {
     const struct {
         const char* text;
         int threads;
-    } rows[] = {{"0", 0}, {"1", 1}, {"3", 3}, {"9999", 64}};
+    } rows[] = {{"0", 0}, {"1", 1}, {"3", 3}, {"64", 64}};
     for (const auto& row : rows) {
         platform::setEnvironmentVariable("VISTEL_THREADS", row.text);
         EXPECT_EQ(decodingThreads(), row.threads);
     }
-    platform::setEnvironmentVariable("VISTEL_THREADS", "-3");
-    const int own = decodingThreads();
     platform::setEnvironmentVariable("VISTEL_THREADS", "");
-    EXPECT_EQ(decodingThreads(), own);
-    EXPECT_NE(own, 1);
+    EXPECT_NE(decodingThreads(), 1);
+}
+
+TEST_F(Ahead, AnotherTextThanANumberOfThreadsIsToldOf) {
+    const int own = decodingThreads();
+    for (const std::string text : {"4x", "-3", "65"}) {
+        platform::setEnvironmentVariable("VISTEL_THREADS", text);
+        testing::internal::CaptureStderr();
+        EXPECT_EQ(decodingThreads(), own) << text;
+        EXPECT_EQ(testing::internal::GetCapturedStderr(),
+                  "VISTEL_THREADS: \"" + text + "\" is no number of threads from 0 to 64; " +
+                      std::to_string(own) + " is used\n");
+    }
 }
 
 // --- a whole range -------------------------------------------------------------------------------

@@ -101,7 +101,7 @@ TEST_F(SlowSources, ACommandThatWritesAnythingElseIsNoImage) {
     write("a.any", foreignFile(convert::well, "neither picture nor container, just words"));
     const std::string program = childProgram(ChildRole::convert);
     EXPECT_EQ(open("pipe:" + platform::quotedCommand(program, path("a.any"), "stdout")), iffNotIff);
-    EXPECT_TRUE(contains(errors_, messageText("s_VistelStrings.rVTPipedCmd"))) << errors_;
+    EXPECT_TRUE(contains(errors_, messageText(Message::rVTPipedCmd))) << errors_;
 }
 
 }  // namespace

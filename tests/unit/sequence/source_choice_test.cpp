@@ -122,8 +122,8 @@ TEST_F(Choice, AMissingFirstFrameIsAnAnimationNotFound) {
     write("shot.2", imageForm(12));
     setRange(1, 2, 1);
     EXPECT_EQ(open("shot"), iffNotIff);
-    EXPECT_EQ(errors_, notFound("shot", "shot.1", ENOENT) +
-                           messageText("s_VistelStrings.rVTFindFirstHint") + "\n");
+    EXPECT_EQ(errors_,
+              notFound("shot", "shot.1", ENOENT) + messageText(Message::rVTFindFirstHint) + "\n");
     EXPECT_FALSE(frame_.hasPicture());
 }
 

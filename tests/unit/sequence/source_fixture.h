@@ -49,7 +49,7 @@ class SourceTest : public SequenceTest {
         return results;
     }
     static std::string notFound(const char* pattern, const char* tried, int error) {
-        return formatMessage("s_VistelStrings.rVTAnimationNotFound",
+        return formatMessage(Message::rVTAnimationNotFound,
                              {pattern, tried, std::strerror(error)}) +
                "\n";
     }

@@ -198,6 +198,8 @@ std::string programPath() {
     }
 }
 
+bool isAbsolutePath(const std::string& name) { return name.starts_with('/'); }
+
 std::string currentDirectory() {
     std::string path(256, '\0');
     while (!getcwd(path.data(), path.size())) {

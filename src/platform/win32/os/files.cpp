@@ -233,6 +233,13 @@ std::string programPath() {
     return std::string(path, length);
 }
 
+// "c:name" counts from the drive's own current folder, which is none of those that we know.
+bool isAbsolutePath(const std::string& name) {
+    if (name.starts_with('/') || name.starts_with('\\')) return true;
+    const char letter = static_cast<char>(name.empty() ? 0 : name[0] | 0x20);
+    return name.size() > 1 && name[1] == ':' && letter >= 'a' && letter <= 'z';
+}
+
 std::string currentDirectory() {
     char path[MAX_PATH + 1] = {};
     const DWORD length = GetCurrentDirectoryA(MAX_PATH, path);

@@ -3,28 +3,17 @@
 #include <cstdlib>
 
 #include "platform/files.h"
+#include "platform/quoting.h"
 #include "platform/win32/windows_api.h"
 
 namespace vistel::platform {
 
-// The interpreter strips the outermost pair of quotes of a command that begins with one. Between
-// quotes every sign stands for itself, but the name of a variable between two percent signs is
-// replaced by its value, which no other sign prevents: a file with such a name is not found.
-std::string quotedCommand(const std::string& program) { return "\"\"" + program + "\"\""; }
+// Between quotes every sign stands for itself, but the name of a variable between two percent signs
+// is replaced by its value, which no other sign prevents: a file with such a name is not found.
+std::string quotedWord(const std::string& word) { return "\"" + word + "\""; }
 
-std::string quotedCommand(const std::string& program, const std::string& argument,
-                          const std::string& furtherWords) {
-    return quotedCommand(program, "", argument, furtherWords);
-}
-
-std::string quotedCommand(const std::string& program, const std::string& leadingWords,
-                          const std::string& argument, const std::string& furtherWords) {
-    std::string command = "\"\"" + program + "\" ";
-    if (!leadingWords.empty()) command += leadingWords + " ";
-    command += "\"" + argument + "\"";
-    if (!furtherWords.empty()) command += " " + furtherWords;
-    return command + "\"";
-}
+// The interpreter strips the outermost pair of quotes of a command that begins with one.
+std::string interpretedLine(const std::string& command) { return "\"" + command + "\""; }
 
 std::optional<std::string> findProgram(const std::string& baseName) {
     const std::string fileName = baseName + ".exe";

@@ -61,31 +61,11 @@ TEST(FrameSlots, TheDepthPlaneCountsToo) {
 
 // --- how much memory ----------------------------------------------------------------------------
 
-TEST(FrameMemory, TheLimitIsTheNumberOrThreeQuartersOfTheMachine) {
-    constexpr size_t megabyte = size_t{1} << 20, machine = 1000 * megabyte;
-    struct Row {
-        const char* text;
-        size_t machine, megabytes;
-        bool understood;
-    };
-    const Row rows[] = {
-        {"", machine, 750, true},
-        {"12", machine, 12, true},
-        {"0", machine, 0, true},
-        {"12abc", machine, 750, false},
-        {"12 ", machine, 750, false},
-        {"-5", machine, 750, false},
-        {"many", machine, 750, false},
-        {"99999999999999999999", machine, 750, false},
-        {"17592186044416", machine, 750, false},  // more bytes than can be counted
-        {"", 0, 1536, true},                      // the machine does not tell
-        {"x", 0, 1536, false},
-    };
-    for (const Row& row : rows) {
-        const MemoryLimit limit = memoryLimit(row.text, row.machine);
-        EXPECT_EQ(limit.bytes, row.megabytes * megabyte) << row.text;
-        EXPECT_EQ(limit.understood, row.understood) << row.text;
-    }
+TEST(FrameMemory, IsThreeQuartersOfTheMachinesUnlessToldOtherwise) {
+    constexpr size_t megabyte = size_t{1} << 20;
+    EXPECT_EQ(usualFrameMegabytes(1000 * megabyte), 750u);
+    EXPECT_EQ(usualFrameMegabytes(8 * megabyte), 6u);
+    EXPECT_EQ(usualFrameMegabytes(0), 1536u);  // the machine does not tell
 }
 
 TEST(FrameMemory, AVariableThatIsNoNumberIsToldOf) {
@@ -96,11 +76,13 @@ TEST(FrameMemory, AVariableThatIsNoNumberIsToldOf) {
         platform::setEnvironmentVariable("VISTEL_MEMORY", "");
         return std::pair{testing::internal::GetCapturedStderr(), limit >> 20};
     };
+    EXPECT_EQ(said("0"), (std::pair<std::string, size_t>{"", 0}));
     EXPECT_EQ(said("25"), (std::pair<std::string, size_t>{"", 25}));
     const size_t usual = said("").second;
     EXPECT_EQ(said("12abc"), (std::pair<std::string, size_t>{
-                                 "VISTEL_MEMORY: \"12abc\" is no number of megabytes; " +
-                                     std::to_string(usual) + " MB are used\n",
+                                 "VISTEL_MEMORY: \"12abc\" is no number of megabytes from 0 to "
+                                 "1073741824; " +
+                                     std::to_string(usual) + " is used\n",
                                  usual}));
 }
 
