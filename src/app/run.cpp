@@ -10,6 +10,7 @@
 #include "sequence/image_source.h"
 #include "viewer/display_lut.h"
 #include "viewer/viewer_hooks.h"
+#include "viewer/window_layer.h"
 
 namespace vistel {
 
@@ -27,8 +28,12 @@ StartUpServices joinedServices() {
     services.discover = discoverNumberedFiles;
     services.buildDisplayTable = startDisplayLut;
     services.runEmptyWindow = runEmptyWindow;
-    services.checkMenuItem = platform::checkMenuItem;
-    services.showMessageBox = platform::showMessageBox;
+    services.checkMenuItem = [](int command, bool checked) {
+        platform::checkMenuItem(windowContext().window, command, checked);
+    };
+    services.showMessageBox = [](const std::string& caption, const std::string& text) {
+        platform::showMessageBox(windowContext().window, caption, text);
+    };
     services.interrupted = platform::interruptRequested;
     services.standardInputIsConsole = standardInputIsConsole;
     return services;

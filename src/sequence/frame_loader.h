@@ -24,6 +24,8 @@ struct LoaderHooks {
     // returns the code with which the walk of the file goes on (iffParsingComplete ends it). May
     // call readFrameAgain: for a one-file animation the walk ends then, whatever is returned.
     int (*frameLoaded)(FrameStore& frame) = nullptr;
+    // Whether the user has a window to look at.
+    bool (*hasWindow)() = nullptr;
     // Called often while a frame is read; false when the user wants to leave.
     bool (*keepGoing)() = nullptr;
 };

@@ -10,7 +10,6 @@
 #include "iff/with_memory.h"
 #include "platform/clock.h"
 #include "platform/files.h"
-#include "platform/window.h"
 #include "sequence/frame_loader.h"
 #include "sequence/frame_name.h"
 #include "sequence/frame_sequence.h"
@@ -108,7 +107,7 @@ bool awaitCommand(const ChosenSource& source, const Tstring& name) {
     bool told = !platform::isTerminal(2);
     while (platform::awaitBytes(source.file, 1) == 0) {
         if (!mayGoOn()) return false;
-        if (told || platform::windowExists()) continue;
+        if (told || (loaderHooks.hasWindow && loaderHooks.hasWindow())) continue;
         told = platform::tickMilliseconds() - begin >= patience;
         if (told) printError(formatMessage("s_VistelStrings.rVTWaiting", {name}));
     }

@@ -59,8 +59,8 @@ void placeAround(const PictureLayout& layout) {
     int left = work.left + std::max(0, (work.width() - width) / 2);
     int top = work.top + std::max(0, (work.height() - height) / 2);
     if (windowContext().coversScreen) top = std::max(top, work.top + captionAndMenuRows);
-    if (platform::windowExists() && !windowContext().coversScreen) {
-        platform::clientScreenPosition(left, top);
+    if (platform::windowExists(windowContext().window) && !windowContext().coversScreen) {
+        platform::clientScreenPosition(windowContext().window, left, top);
     }
     windowContext().coversScreen = false;
     setPreferredPosition(left, left + width, top, top + height);
@@ -75,7 +75,8 @@ void fitWindow(const FrameStore& frame) {
     if (viewerState.windowId < 1) openWindowOrExit(windowTitle());
     applyPendingPlacement();
     if (clientOnScreen() != before) viewerSession().cursorKnown = false;
-    if (!platform::surfaceExists() && !createDrawing()) saveSettingsAndExit(1);
+    if (!platform::surfaceExists(windowContext().window) && !createDrawing())
+        saveSettingsAndExit(1);
 }
 
 }  // namespace

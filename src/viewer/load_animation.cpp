@@ -220,7 +220,8 @@ bool takeEvents() {
 
 bool keepLoading() {
     if (progress) progress->refresh();
-    if (!platform::windowExists()) return !platform::interruptRequested() && !windowContext().quit;
+    if (!platform::windowExists(windowContext().window))
+        return !platform::interruptRequested() && !windowContext().quit;
     pumpEvents();
     if (takeEvents()) redrawPicture();
     if (windowContext().quit) viewerState.quitRequested = 1;

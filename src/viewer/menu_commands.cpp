@@ -15,7 +15,7 @@ constexpr int firstCommand = 40001, lastCommand = 40028;
 constexpr int commandFullResolution = 40028;
 
 void postKey(int key) { postEvent(key, 1); }
-void closeViewer(int) { platform::closeWindow(); }
+void closeViewer(int) { platform::closeWindow(windowContext().window); }
 
 void refitWindow() {
     if (FrameStore* shown = viewerSession().shown) setUpDisplay(*shown, Refit::fitWindow);
@@ -34,7 +34,7 @@ void enterFullScreen(int) {
 
 void toggleFullResolution(int) {
     viewerState.noRescale = !viewerState.noRescale;
-    platform::checkMenuItem(commandFullResolution, viewerState.noRescale);
+    platform::checkMenuItem(windowContext().window, commandFullResolution, viewerState.noRescale);
     if (!viewerSession().shown) return;
     keepFittingFrames() ? refitWindow() : postKey('U');
 }
@@ -67,9 +67,9 @@ void runMenuCommand(int id) {
 
 void prepareMenu() {
     for (int id = firstCommand; id <= lastCommand; ++id) {
-        if (!findCommand(id)) platform::enableMenuItem(id, false);
+        if (!findCommand(id)) platform::enableMenuItem(windowContext().window, id, false);
     }
-    platform::checkMenuItem(commandFullResolution, viewerState.noRescale);
+    platform::checkMenuItem(windowContext().window, commandFullResolution, viewerState.noRescale);
 }
 
 }  // namespace vistel

@@ -65,7 +65,7 @@ bool writeTracking(const KeyPress&, int) { return run(viewerTools.writeTracking)
 bool reportControls(const KeyPress&, int) { return run(viewerTools.reportControls); }
 
 bool setDithering(const KeyPress&, int on) {
-    platform::setDithering(on != 0);
+    platform::setDithering(windowContext().window, on != 0);
     return true;
 }
 
@@ -93,9 +93,9 @@ bool outlineTiles(const KeyPress&, int) {
     if (!session.shown || session.shown->tiles.empty()) return false;
     const PictureLayout& layout = session.layout;
     showOverlay([&] {
-        platform::setScissorTest(true);
-        platform::setScissor(layout.marginX, layout.marginY, layout.visibleWidth,
-                             layout.visibleHeight);
+        platform::setScissorTest(windowContext().window, true);
+        platform::setScissor(windowContext().window, layout.marginX, layout.marginY,
+                             layout.visibleWidth, layout.visibleHeight);
         setColourIndex(3);
         for (const TileRect& tile : session.shown->tiles) outline(tile);
     });

@@ -43,7 +43,7 @@ int frameLoaded(FrameStore& frame) {
 
 // When the window of the source before was closed, that quit is over.
 void sourceBegins() {
-    if (platform::windowExists()) return;
+    if (platform::windowExists(windowContext().window)) return;
     windowContext().quit = false;
     clearEvents();
 }
@@ -55,6 +55,7 @@ void installViewer() {
     loaderHooks.clearImageState = clearViewerSession;
     loaderHooks.displayFit = currentDisplayFit;
     loaderHooks.frameLoaded = frameLoaded;
+    loaderHooks.hasWindow = [] { return platform::windowExists(windowContext().window); };
     loaderHooks.keepGoing = keepLoading;
     windowContext().command = runMenuCommand;
 }

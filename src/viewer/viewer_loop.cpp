@@ -192,13 +192,14 @@ void startLoop() {
     session.startTick = platform::tickMilliseconds();
     playbackClock().reset();
     findCursor();
-    platform::setScissorTest(true);
+    platform::setScissorTest(windowContext().window, true);
 }
 
 void cleanUp() {
     releaseFrames();
     if (!viewerState.sequenceMode) resetDisplayLut();  // there it stays from file to file
-    if (platform::surfaceExists()) platform::setScissorTest(false);
+    if (platform::surfaceExists(windowContext().window))
+        platform::setScissorTest(windowContext().window, false);
     if (windowContext().quit) viewerState.quitRequested = 1;
 }
 

@@ -1,6 +1,7 @@
 #include "viewer/window_layer.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "app/viewer_state.h"
 #include "platform/menu.h"
@@ -43,13 +44,15 @@ platform::PixelRect clientRect(const WindowPlacement& placement) {
 
 // --- what the window sends ----------------------------------------------------------------------
 
-void onPaint() {
-    WindowContext& context = windowContext();
-    if (platform::surfaceExists()) {
+WindowContext& contextOf(void* owner) { return *static_cast<WindowContext*>(owner); }
+
+void onPaint(void* owner) {
+    WindowContext& context = contextOf(owner);
+    if (platform::surfaceExists(windowContext().window)) {
         if (!viewerState.viewerLoopRunning && !context.drawPass) {
-            platform::setScissorTest(false);
+            platform::setScissorTest(windowContext().window, false);
             clearDrawing();
-            platform::swapBuffers();
+            platform::swapBuffers(windowContext().window);
         } else if (context.commandDepth > 0) {
             restoreFrontImage();
         }
@@ -57,27 +60,31 @@ void onPaint() {
     context.queue.post(EV_REDRAW, 1);
 }
 
-void onResized() {
+void onResized(void*) {
     windowContext().savedImageValid = false;
-    if (!platform::surfaceExists()) return;
+    if (!platform::surfaceExists(windowContext().window)) return;
     int width, height;
-    platform::clientArea(width, height);
-    platform::setViewport(width, height);
+    platform::clientArea(windowContext().window, width, height);
+    platform::setViewport(windowContext().window, width, height);
 }
 
-void onCommand(int id) {
-    if (windowContext().command) windowContext().command(id);
+void onCommand(void* owner, int id) {
+    if (contextOf(owner).command) contextOf(owner).command(id);
 }
 
-const platform::WindowSink windowSink{
-    .postEvent = [](int code, unsigned value) { postEvent(code, static_cast<uint16_t>(value)); },
+constexpr platform::WindowSink windowSink{
+    .owner = nullptr,  // the window's context
+    .postEvent =
+        [](void* owner, int code, unsigned value) {
+            contextOf(owner).queue.post(code, static_cast<uint16_t>(value));
+        },
     .command = onCommand,
     .commandStarts =
-        [] {
+        [](void* owner) {
             saveFrontImage();
-            ++windowContext().commandDepth;
+            ++contextOf(owner).commandDepth;
         },
-    .commandEnds = [] { --windowContext().commandDepth; },
+    .commandEnds = [](void* owner) { --contextOf(owner).commandDepth; },
     .paint = onPaint,
     .resized = onResized,
 };
@@ -87,7 +94,12 @@ bool createWindow(const std::string& title, const WindowPlacement& placement) {
     context.quit = false;
     context.queue.clear();
     context.border = placement.usePreferredPosition;
-    return platform::openWindow({title, clientRect(placement), context.border}, windowSink);
+    // While it is being opened there is none: the one before is of no use any more.
+    platform::releaseWindow(std::exchange(context.window, nullptr));
+    platform::WindowSink sink = windowSink;
+    sink.owner = &context;
+    context.window = platform::openWindow({title, clientRect(placement), context.border}, sink);
+    return context.window != nullptr;
 }
 
 }  // namespace
@@ -101,20 +113,20 @@ bool openViewerWindow(const std::string& title) {
     WindowContext& context = windowContext();
     const WindowPlacement placement = pendingPlacement();
     context.creating = true;
-    if (platform::windowExists()) {
-        platform::destroySurface();
+    if (platform::windowExists(windowContext().window)) {
+        platform::destroySurface(windowContext().window);
         context.queue.clear();
-        platform::setWindowTitle(title);
+        platform::setWindowTitle(windowContext().window, title);
         context.border = placement.usePreferredPosition;
-        platform::placeWindow(clientRect(placement), context.border);
+        platform::placeWindow(windowContext().window, clientRect(placement), context.border);
     } else if (!createWindow(title, placement)) {
         context.creating = false;
         return false;
     }
-    platform::enableMenuItem(commandImportSound, viewerState.soundLoaded);
-    platform::enableMenuItem(commandToggleSound, viewerState.soundLoaded);
+    platform::enableMenuItem(windowContext().window, commandImportSound, viewerState.soundLoaded);
+    platform::enableMenuItem(windowContext().window, commandToggleSound, viewerState.soundLoaded);
     context.creating = false;
-    platform::startTimer(1000 / context.timerRate);
+    platform::startTimer(windowContext().window, 1000 / context.timerRate);
     context.pending.reset();
     return true;
 }
@@ -131,30 +143,32 @@ void clearPreferredPosition() { pendingPlacement().usePreferredPosition = false;
 
 void applyPendingPlacement() {
     WindowContext& context = windowContext();
-    if (!context.pending || !platform::windowExists()) return;
+    if (!context.pending || !platform::windowExists(windowContext().window)) return;
     context.border = context.pending->usePreferredPosition;
-    platform::placeWindow(clientRect(*context.pending), context.border);
+    platform::placeWindow(windowContext().window, clientRect(*context.pending), context.border);
     context.pending.reset();
 }
 
 void setViewerTitle(const std::string& title) {
-    if (platform::windowExists()) platform::setWindowTitle(title);
+    if (platform::windowExists(windowContext().window))
+        platform::setWindowTitle(windowContext().window, title);
 }
 
 void setTimerRate(int ticksPerSecond) {
     windowContext().timerRate = ticksPerSecond;
-    if (platform::windowExists()) platform::startTimer(1000 / ticksPerSecond);
+    if (platform::windowExists(windowContext().window))
+        platform::startTimer(windowContext().window, 1000 / ticksPerSecond);
 }
 
 void clientSize(int& width, int& height) {
-    platform::clientArea(width, height);
+    platform::clientArea(windowContext().window, width, height);
     height -= controlBarRows();
 }
 
 platform::PixelRect clientOnScreen() {
     int left, top, width, height;
-    platform::clientScreenPosition(left, top);
-    platform::clientArea(width, height);
+    platform::clientScreenPosition(windowContext().window, left, top);
+    platform::clientArea(windowContext().window, width, height);
     return {left, top, left + width, top + height};
 }
 
@@ -183,8 +197,9 @@ void clearEvents() { windowContext().queue.clear(); }
 
 void pumpEvents() {
     WindowContext& context = windowContext();
-    const bool closed = !platform::pumpMessages();
-    if (closed || platform::interruptRequested()) {
+    platform::pumpMessages();
+    const bool closed = context.window && !platform::windowExists(context.window);
+    if ((closed && !context.quit) || platform::interruptRequested()) {
         context.quit = true;
         context.queue.post(EV_QUIT, 1);
     }

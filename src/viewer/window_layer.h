@@ -28,6 +28,7 @@ struct WindowPlacement {
 
 // The record of the window layer; each thread that opens a window has its own.
 struct WindowContext {
+    platform::Window* window = nullptr;  // null before the first one is opened
     std::unique_ptr<WindowPlacement> pending;
     EventQueue queue;
     bool border = true;         // of the open window
