@@ -1,5 +1,7 @@
 #include "viewer/viewer_hooks.h"
 
+#include <utility>
+
 #include "app/viewer_state.h"
 #include "iff/result_codes.h"
 #include "platform/window.h"
@@ -43,8 +45,10 @@ int frameLoaded(FrameStore& frame) {
 
 // When the window of the source before was closed, that quit is over.
 void sourceBegins() {
-    if (platform::windowExists(windowContext().window)) return;
-    windowContext().quit = false;
+    WindowContext& context = windowContext();
+    if (platform::windowExists(context.window)) return;
+    platform::releaseWindow(std::exchange(context.window, nullptr));
+    context.quit = false;
     clearEvents();
 }
 
