@@ -94,9 +94,10 @@ class System:
     def binary(self):
         raise NotImplementedError
 
-    def require_binary(self):
+    def require_binary(self, name):
         """A program that is not there is a failure, never a skipped test."""
-        assert self.binary.is_file(), f"{self.binary} is missing: build it first"
+        binary = Path(self.command(name)[-1])
+        assert binary.is_file(), f"{binary} is missing: build it first"
 
     def close(self):
         self.desktop.close()
@@ -284,7 +285,7 @@ class Program:
         `settings` what it keeps for the next one. `stdin`: a file object, None for a null device,
         or "closed". `stderr`: a descriptor, None for a file that stderr() reads. `name`: of the
         program, when it is another one of ours."""
-        system.require_binary()
+        system.require_binary(name)
         self.system, self.desktop = system, system.desktop
         self.marker = f"{system.marker}-{uuid.uuid4().hex}"
         self._out, self._err = private / "stdout", private / "stderr"
