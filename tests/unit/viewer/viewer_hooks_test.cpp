@@ -41,4 +41,18 @@ TEST_F(ViewerHooksTest, TheFirstFrameHasNotTheSourceMarkOfTheSourceBefore) {
     }
 }
 
+TEST_F(ViewerHooksTest, a_window_that_was_closed_ends_its_own_source_only) {
+    showImage(testFrame(1, 40, 30));
+    EXPECT_TRUE(loaderHooks.hasWindow());
+    headless::close();
+    pumpEvents();
+    EXPECT_TRUE(windowContext().quit);
+    EXPECT_FALSE(loaderHooks.hasWindow());
+
+    loaderHooks.sourceBegins();
+    pumpEvents();
+    EXPECT_FALSE(windowContext().quit);
+    EXPECT_TRUE(loaderHooks.keepGoing());
+}
+
 }  // namespace vistel
