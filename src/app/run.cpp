@@ -16,6 +16,7 @@
 #include "viewer/show_source.h"
 #include "viewer/viewer_session.h"
 #include "viewer/viewer_state.h"
+#include "viewer/window/window_context.h"
 #include "viewer/window/window_layer.h"
 
 namespace vistel {
@@ -27,8 +28,8 @@ constexpr int standardInput = 0;
 bool standardInputIsConsole() { return platform::isCharacterDevice(standardInput); }
 
 int openSource(const Tstring& name, FrameStore& frame) {
-    return openImageSource(viewerState, name, readTerms(viewerState), platform::windowExists(),
-                           frame);
+    return openImageSource(viewerState, name, readTerms(viewerState),
+                           platform::windowExists(windowContext().window), frame);
 }
 
 StartUpServices joinedServices() {
@@ -44,8 +45,12 @@ StartUpServices joinedServices() {
     services.buildDisplayTable = [] { startDisplayLut(viewerState); };
     services.joinViewer = [] { installViewer(viewerState); };
     services.runEmptyWindow = [] { runEmptyWindow(viewerState); };
-    services.checkMenuItem = platform::checkMenuItem;
-    services.showMessageBox = platform::showMessageBox;
+    services.checkMenuItem = [](int command, bool checked) {
+        platform::checkMenuItem(windowContext().window, command, checked);
+    };
+    services.showMessageBox = [](const std::string& caption, const std::string& text) {
+        platform::showMessageBox(windowContext().window, caption, text);
+    };
     services.interrupted = platform::interruptRequested;
     services.standardInputIsConsole = standardInputIsConsole;
     return services;

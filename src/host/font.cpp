@@ -62,8 +62,8 @@ int Font::width(std::string_view text) const {
     return width;
 }
 
-void Font::draw(int x, int y, std::string_view text) const {
-    platform::drawText(handle_, x, y, text);
+void Font::draw(platform::Window* window, int x, int y, std::string_view text) const {
+    platform::drawText(window, handle_, x, y, text);
 }
 
 const Font& viewerFont() {

@@ -1,5 +1,5 @@
 // Files, standard streams and folders. Names are UTF-8 on every system; forward slashes are
-// accepted everywhere.
+// accepted everywhere. win32 and linux implement all of this each; there is no headless one.
 #pragma once
 
 #include <cstddef>

@@ -1,4 +1,6 @@
-// Other programs and the environment.
+// Other programs and the environment. The pipes (openPipe, closePipe, releasePipe, abandonPipe) are
+// shared: command_pipes.cpp, over what each system does for platform/command.h. All else win32 and
+// linux implement each; there is no headless one.
 #pragma once
 
 #include <cstdio>

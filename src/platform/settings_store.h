@@ -1,4 +1,5 @@
-// Named texts that survive from run to run, per user.
+// Named texts that survive from run to run, per user. win32 (the registry) and linux (a file)
+// implement both functions each; there is no headless one.
 #pragma once
 
 #include <optional>

@@ -1,4 +1,5 @@
-// A file that is made beside the one whose place it takes once it is whole.
+// A file that is made beside the one whose place it takes once it is whole. win32 and linux
+// implement all of this each; there is no headless one.
 #pragma once
 
 #include <cstdint>

@@ -198,13 +198,14 @@ void startLoop(Viewer& viewer) {
     setViewerTitle(windowTitle(viewer));
     viewer.clock.reset();
     findCursor();
-    platform::setScissorTest(true);
+    platform::setScissorTest(windowContext().window, true);
 }
 
 void cleanUp(Viewer& viewer) {
     releaseFrames(viewer);
     if (!viewer.sequenceMode) resetDisplayLut(viewer);  // there it stays from file to file
-    if (platform::surfaceExists()) platform::setScissorTest(false);
+    if (platform::surfaceExists(windowContext().window))
+        platform::setScissorTest(windowContext().window, false);
     if (windowContext().quit) viewer.quitRequested = 1;
 }
 

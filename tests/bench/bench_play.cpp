@@ -52,11 +52,13 @@ bool endAtFirst = false;
 }  // namespace
 
 // What the linker puts in the place of platform::swapBuffers, and the real one.
-extern "C" void realSwap() __asm__("__real__ZN6vistel8platform11swapBuffersEv");
-extern "C" void notedSwap() __asm__("__wrap__ZN6vistel8platform11swapBuffersEv");
+extern "C" void realSwap(vistel::platform::Window*) __asm__(
+    "__real__ZN6vistel8platform11swapBuffersEPNS0_6WindowE");
+extern "C" void notedSwap(vistel::platform::Window*) __asm__(
+    "__wrap__ZN6vistel8platform11swapBuffersEPNS0_6WindowE");
 
-void notedSwap() {
-    realSwap();
+void notedSwap(vistel::platform::Window* window) {
+    realSwap(window);
     if (endAtFirst) std::_Exit(0);
     const uint64_t now = platform::tickMicroseconds();
     shown.push_back({now, viewerState.currentFrame});
@@ -165,14 +167,18 @@ int firstPicture(char** arguments) {
 int bareWindow() {
     constexpr int width = 1920, height = 1080;
     const std::vector<uint32_t> picture(size_t{width} * height, 0xFF808080u);
-    const platform::WindowSink sink{[](int, unsigned) {}, [](int) {}, [] {}, [] {}, [] {}, [] {}};
-    if (!platform::openWindow({"bench", {0, 0, width, height}, true}, sink)) return 1;
-    if (!platform::createSurface()) return 1;
-    platform::setDoubleBuffered(true);
-    platform::setViewport(width, height);
-    platform::drawPixels(0, 0, {picture.data(), width, 0, 0, width, height}, 1);
+    const platform::WindowSink sink{nullptr,           [](void*, int, unsigned) {},
+                                    [](void*, int) {}, [](void*) {},
+                                    [](void*) {},      [](void*) {},
+                                    [](void*) {}};
+    platform::Window* const window =
+        platform::openWindow({"bench", {0, 0, width, height}, true}, sink);
+    if (!platform::createSurface(window)) return 1;
+    platform::setDoubleBuffered(window, true);
+    platform::setViewport(window, width, height);
+    platform::drawPixels(window, 0, 0, {picture.data(), width, 0, 0, width, height}, 1);
     endAtFirst = true;
-    platform::swapBuffers();
+    platform::swapBuffers(window);
     return 1;  // not reached
 }
 

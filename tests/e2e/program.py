@@ -110,9 +110,10 @@ class System:
     def binary(self):
         raise NotImplementedError
 
-    def require_binary(self):
+    def require_binary(self, name):
         """A program that is not there is a failure, never a skipped test."""
-        assert self.binary.is_file(), f"{self.binary} is missing: build it first"
+        binary = Path(self.command(name)[-1])
+        assert binary.is_file(), f"{binary} is missing: build it first"
 
     def servers(self):
         """The processes beside the program that take part in what it shows."""
@@ -302,18 +303,19 @@ class Program:
 
     def __init__(
         self, system, arguments, folder, private, settings, stdin=None, environment=None,
-        stderr=None,
+        stderr=None, name="vistel",
     ):
         """`folder` is the current directory, `private` holds what the run writes to the console,
         `settings` what it keeps for the next one. `stdin`: a file object, None for a null device,
-        or "closed". `stderr`: a descriptor, None for a file that stderr() reads."""
-        system.require_binary()
+        or "closed". `stderr`: a descriptor, None for a file that stderr() reads. `name`: of the
+        program, when it is another one of ours."""
+        system.require_binary(name)
         self.system, self.desktop = system, system.desktop
         self.marker = f"{system.marker}-{uuid.uuid4().hex}"
         self._out, self._err = private / "stdout", private / "stderr"
         variables = system.environment(settings, self.marker)
         variables.update(environment or {})
-        command = [*system.command(), *map(str, arguments)]
+        command = [*system.command(name), *map(str, arguments)]
         if stdin == "closed":
             command, stdin = ["sh", "-c", 'exec "$@" <&-', "sh", *command], None
         with open(self._out, "wb") as out, open(self._err, "wb") as err:

@@ -9,6 +9,7 @@
 #include "viewer/commands/command.h"
 #include "viewer/picture/display_setup.h"
 #include "viewer/playback/frame_display.h"
+#include "viewer/window/window_context.h"
 #include "viewer/window/window_events.h"
 
 namespace vistel {
@@ -22,7 +23,7 @@ bool postKey(Viewer&, const Press&, int key) {
 }
 
 bool closeViewer(Viewer&, const Press&, int) {
-    platform::closeWindow();
+    platform::closeWindow(windowContext().window);
     return false;
 }
 
@@ -44,7 +45,7 @@ bool enterFullScreen(Viewer& viewer, const Press& press, int) {
 
 bool toggleFullResolution(Viewer& viewer, const Press& press, int) {
     viewer.noRescale = !viewer.noRescale;
-    platform::checkMenuItem(COMMAND_FULL_RESOLUTION, viewer.noRescale);
+    platform::checkMenuItem(windowContext().window, COMMAND_FULL_RESOLUTION, viewer.noRescale);
     if (!viewer.shown) return false;
     return keepFittingFrames(viewer) ? refitWindow(viewer) : postKey(viewer, press, keyReload);
 }
@@ -82,9 +83,9 @@ void prepareMenu(const Viewer& viewer) {
     };
     for (int id = COMMAND_FIRST; id <= COMMAND_LAST; ++id) {
         if (!findBinding(id) || (needsSound(id) && !viewer.soundLoaded))
-            platform::enableMenuItem(id, false);
+            platform::enableMenuItem(windowContext().window, id, false);
     }
-    platform::checkMenuItem(COMMAND_FULL_RESOLUTION, viewer.noRescale);
+    platform::checkMenuItem(windowContext().window, COMMAND_FULL_RESOLUTION, viewer.noRescale);
 }
 
 }  // namespace vistel

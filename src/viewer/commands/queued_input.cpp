@@ -126,7 +126,8 @@ bool laterMoveQueued() { return windowContext().queue.movesBeforeButton() > 0; }
 bool keepReading(Viewer& viewer) {
     if (viewer.loading.progress) viewer.loading.progress->refresh();
     WindowContext& context = windowContext();
-    if (!platform::windowExists()) return !platform::interruptRequested() && !context.quit;
+    if (!platform::windowExists(windowContext().window))
+        return !platform::interruptRequested() && !context.quit;
     pumpEvents();
     if (takeEvents(viewer) && context.drawPass) {
         context.drawPass();

@@ -68,7 +68,7 @@ bool reportControls(Viewer& viewer, const Press&, int) {
 }
 
 bool setDithering(Viewer&, const Press&, int on) {
-    platform::setDithering(on != 0);
+    platform::setDithering(windowContext().window, on != 0);
     return true;
 }
 
@@ -95,9 +95,9 @@ bool outlineTiles(Viewer& viewer, const Press&, int) {
     if (!frame || frame->tiles.empty()) return false;
     const PictureLayout& layout = viewer.layout;
     showOverlay([&] {
-        platform::setScissorTest(true);
-        platform::setScissor(layout.marginX, layout.marginY, layout.visibleWidth,
-                             layout.visibleHeight);
+        platform::setScissorTest(windowContext().window, true);
+        platform::setScissor(windowContext().window, layout.marginX, layout.marginY,
+                             layout.visibleWidth, layout.visibleHeight);
         setColourIndex(3);
         for (const TileRect& tile : frame->tiles) outline(tile, layout, frame->shrink);
     });

@@ -57,8 +57,8 @@ void placeAround(const Picture& picture) {
     int left = work.left + std::max(0, (work.width() - width) / 2);
     int top = work.top + std::max(0, (work.height() - height) / 2);
     if (windowContext().coversScreen) top = std::max(top, work.top + captionAndMenuRows);
-    if (platform::windowExists() && !windowContext().coversScreen) {
-        platform::clientScreenPosition(left, top);
+    if (platform::windowExists(windowContext().window) && !windowContext().coversScreen) {
+        platform::clientScreenPosition(windowContext().window, left, top);
     }
     windowContext().coversScreen = false;
     setPreferredPosition(left, left + width, top, top + height);
@@ -78,7 +78,7 @@ void fitWindow(Picture& picture, const FrameStore& frame) {
     if (picture.windowId < 1) openWindowOrExit(picture, windowTitle(picture));
     applyPendingPlacement();
     if (clientOnScreen() != before) windowContext().cursor.known = false;
-    if (!platform::surfaceExists() && !createDrawing()) leave();
+    if (!platform::surfaceExists(windowContext().window) && !createDrawing()) leave();
 }
 
 }  // namespace

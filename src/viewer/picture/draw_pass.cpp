@@ -49,8 +49,9 @@ void drawProfiles(Picture& picture, const uint32_t* heights) {
     if (!picture.bumpSource) return;
     const std::optional<uint32_t> colour = profileColour(*picture.bumpSource);
     if (!colour) return;
-    platform::setColour(static_cast<uint8_t>(*colour), static_cast<uint8_t>(*colour >> 8),
-                        static_cast<uint8_t>(*colour >> 16), 255);
+    platform::setColour(windowContext().window, static_cast<uint8_t>(*colour),
+                        static_cast<uint8_t>(*colour >> 8), static_cast<uint8_t>(*colour >> 16),
+                        255);
     const auto width = static_cast<size_t>(layout.width);
     std::vector<ProfilePoint>& points = picture.views.profile;
     points.resize(width);
@@ -88,15 +89,17 @@ void drawPicture(Picture& picture, int width, int height) {
                                        row,
                                        std::min(layout.width - column, needed(layout.visibleWidth)),
                                        std::min(layout.height - row, needed(layout.visibleHeight))};
-    platform::setScissor(layout.marginX, layout.marginY, layout.visibleWidth, layout.visibleHeight);
+    platform::setScissor(windowContext().window, layout.marginX, layout.marginY,
+                         layout.visibleWidth, layout.visibleHeight);
     if (source.pixels) {
-        platform::drawPixels(layout.marginX, layout.marginY, source, layout.zoom);
+        platform::drawPixels(windowContext().window, layout.marginX, layout.marginY, source,
+                             layout.zoom);
     } else {  // without memory for the view
         setColourPacked(bandColour);
         clearDrawing();
     }
     if (const uint32_t* heights = reliefHeights(picture)) drawProfiles(picture, heights);
-    platform::setScissor(0, 0, width, height);
+    platform::setScissor(windowContext().window, 0, 0, width, height);
 }
 
 void drawCentred(std::string_view text, int width, int y) {
@@ -130,11 +133,11 @@ void drawStatusLine(const Picture& picture, int width, int height) {
 }  // namespace
 
 void drawPass(Picture& picture) {
-    if (!picture.shown || !platform::surfaceExists()) return;
+    if (!picture.shown || !platform::surfaceExists(windowContext().window)) return;
     int width, height;
     clientSize(width, height);
-    platform::setScissorTest(true);
-    platform::setScissor(0, 0, width, height);
+    platform::setScissorTest(windowContext().window, true);
+    platform::setScissor(windowContext().window, 0, 0, width, height);
     measureVisibleArea(picture.layout);
     drawMargins(picture.layout);
     drawPicture(picture, width, height);

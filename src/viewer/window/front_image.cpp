@@ -14,9 +14,9 @@ constexpr int bandTextX = 6;  // from the band's left edge
 constexpr int bandTextY = 6;
 
 void drawFrontImage(const FrontImage& front) {
-    platform::setScissorTest(false);
-    platform::drawPixels(0, 0, {front.pixels.data(), front.width, 0, 0, front.width, front.height},
-                         1);
+    platform::setScissorTest(windowContext().window, false);
+    platform::drawPixels(windowContext().window, 0, 0,
+                         {front.pixels.data(), front.width, 0, 0, front.width, front.height}, 1);
 }
 
 }  // namespace
@@ -24,24 +24,26 @@ void drawFrontImage(const FrontImage& front) {
 void saveFrontImage() {
     WindowContext& context = windowContext();
     FrontImage& front = context.front;
-    if (front.valid || !context.drawPass || !platform::surfaceExists()) return;
+    if (front.valid || !context.drawPass || !platform::surfaceExists(windowContext().window))
+        return;
     clientSize(front.width, front.height);
     const size_t pixels = size_t(front.width) * front.height;
     if (front.pixels.size() < pixels) front.pixels.resize(pixels);
     context.drawPass();
-    platform::readPixels(0, 0, front.width, front.height, front.pixels.data());
+    platform::readPixels(windowContext().window, 0, 0, front.width, front.height,
+                         front.pixels.data());
     front.valid = true;
 }
 
 void restoreFrontImage() {
     const FrontImage& front = windowContext().front;
-    if (!front.valid || !platform::surfaceExists()) return;
+    if (!front.valid || !platform::surfaceExists(windowContext().window)) return;
     drawFrontImage(front);
     showDrawing();
 }
 
 void showOverlay(const std::function<void()>& draw) {
-    if (!platform::surfaceExists()) return;
+    if (!platform::surfaceExists(windowContext().window)) return;
     saveFrontImage();
     FrontImage& front = windowContext().front;
     if (!front.valid) return;

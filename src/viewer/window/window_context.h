@@ -6,6 +6,7 @@
 #include <memory>
 #include <vector>
 
+#include "platform/window.h"
 #include "viewer/window/event_queue.h"
 
 namespace vistel {
@@ -46,6 +47,7 @@ struct WindowCalls {
 };
 
 struct WindowContext {
+    platform::Window* window = nullptr;  // null before the first one is opened
     WindowCalls calls;
     std::unique_ptr<WindowPlacement> pending;
     EventQueue queue;

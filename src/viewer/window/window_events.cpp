@@ -12,8 +12,9 @@ void clearEvents() { windowContext().queue.clear(); }
 
 void pumpEvents() {
     WindowContext& context = windowContext();
-    const bool closed = !platform::pumpMessages();
-    if (closed || platform::interruptRequested()) {
+    platform::pumpMessages();
+    const bool closed = context.window && !platform::windowExists(context.window);
+    if ((closed && !context.quit) || platform::interruptRequested()) {
         context.quit = true;
         context.queue.post(EV_QUIT, 1);
     }

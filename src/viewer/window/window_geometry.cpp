@@ -7,14 +7,14 @@ namespace vistel {
 int controlBarRows() { return windowContext().controlBarShown ? CONTROL_BAR_HEIGHT : 0; }
 
 void clientSize(int& width, int& height) {
-    platform::clientArea(width, height);
+    platform::clientArea(windowContext().window, width, height);
     height -= controlBarRows();
 }
 
 platform::PixelRect clientOnScreen() {
     int left, top, width, height;
-    platform::clientScreenPosition(left, top);
-    platform::clientArea(width, height);
+    platform::clientScreenPosition(windowContext().window, left, top);
+    platform::clientArea(windowContext().window, width, height);
     return {left, top, left + width, top + height};
 }
 

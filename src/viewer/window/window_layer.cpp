@@ -1,6 +1,7 @@
 #include "viewer/window/window_layer.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "platform/surface.h"
 #include "platform/window.h"
@@ -40,13 +41,15 @@ platform::PixelRect clientRect(const WindowPlacement& placement) {
 
 // --- what the window sends ----------------------------------------------------------------------
 
-void onPaint() {
-    WindowContext& context = windowContext();
-    if (platform::surfaceExists()) {
+WindowContext& contextOf(void* owner) { return *static_cast<WindowContext*>(owner); }
+
+void onPaint(void* owner) {
+    WindowContext& context = contextOf(owner);
+    if (platform::surfaceExists(context.window)) {
         if (!context.viewerRunning && !context.drawPass) {
-            platform::setScissorTest(false);
+            platform::setScissorTest(context.window, false);
             clearDrawing();
-            platform::swapBuffers();
+            platform::swapBuffers(context.window);
         } else if (context.commandDepth > 0) {
             restoreFrontImage();
         }
@@ -54,36 +57,47 @@ void onPaint() {
     context.queue.post(EV_REDRAW, 1);
 }
 
-void onResized() {
-    windowContext().front.valid = false;
-    if (!platform::surfaceExists()) return;
+void onResized(void* owner) {
+    WindowContext& context = contextOf(owner);
+    context.front.valid = false;
+    if (!platform::surfaceExists(context.window)) return;
     int width, height;
-    platform::clientArea(width, height);
-    platform::setViewport(width, height);
+    platform::clientArea(context.window, width, height);
+    platform::setViewport(context.window, width, height);
 }
 
-const platform::WindowSink windowSink{
-    .postEvent = [](int code, unsigned value) { postEvent(code, static_cast<uint16_t>(value)); },
-    .command =
-        [](int id) {
-            if (windowContext().calls.command) windowContext().calls.command(id);
-        },
-    .commandStarts =
-        [] {
-            saveFrontImage();
-            ++windowContext().commandDepth;
-        },
-    .commandEnds = [] { --windowContext().commandDepth; },
-    .paint = onPaint,
-    .resized = onResized,
-};
+platform::WindowSink sinkOf(WindowContext& context) {
+    return {
+        .owner = &context,
+        .postEvent =
+            [](void* owner, int code, unsigned value) {
+                contextOf(owner).queue.post(code, static_cast<uint16_t>(value));
+            },
+        .command =
+            [](void* owner, int id) {
+                if (contextOf(owner).calls.command) contextOf(owner).calls.command(id);
+            },
+        .commandStarts =
+            [](void* owner) {
+                saveFrontImage();
+                ++contextOf(owner).commandDepth;
+            },
+        .commandEnds = [](void* owner) { --contextOf(owner).commandDepth; },
+        .paint = onPaint,
+        .resized = onResized,
+    };
+}
 
 bool createWindow(const std::string& title, const WindowPlacement& placement) {
     WindowContext& context = windowContext();
     context.quit = false;
     context.queue.clear();
     context.border = placement.usePreferredPosition;
-    return platform::openWindow({title, clientRect(placement), context.border}, windowSink);
+    // While it is being opened there is none: the one before is of no use any more.
+    platform::releaseWindow(std::exchange(context.window, nullptr));
+    context.window =
+        platform::openWindow({title, clientRect(placement), context.border}, sinkOf(context));
+    return context.window != nullptr;
 }
 
 }  // namespace
@@ -92,19 +106,19 @@ bool openViewerWindow(const std::string& title) {
     WindowContext& context = windowContext();
     const WindowPlacement placement = pendingPlacement();
     context.creating = true;
-    if (platform::windowExists()) {
-        platform::destroySurface();
+    if (platform::windowExists(windowContext().window)) {
+        platform::destroySurface(windowContext().window);
         context.queue.clear();
-        platform::setWindowTitle(title);
+        platform::setWindowTitle(windowContext().window, title);
         context.border = placement.usePreferredPosition;
-        platform::placeWindow(clientRect(placement), context.border);
+        platform::placeWindow(windowContext().window, clientRect(placement), context.border);
     } else if (!createWindow(title, placement)) {
         context.creating = false;
         return false;
     }
     if (context.calls.opened) context.calls.opened();
     context.creating = false;
-    platform::startTimer(1000 / context.timerRate);
+    platform::startTimer(windowContext().window, 1000 / context.timerRate);
     context.pending.reset();
     return true;
 }
@@ -121,24 +135,28 @@ void clearPreferredPosition() { pendingPlacement().usePreferredPosition = false;
 
 void applyPendingPlacement() {
     WindowContext& context = windowContext();
-    if (!context.pending || !platform::windowExists()) return;
+    if (!context.pending || !platform::windowExists(windowContext().window)) return;
     context.border = context.pending->usePreferredPosition;
-    platform::placeWindow(clientRect(*context.pending), context.border);
+    platform::placeWindow(windowContext().window, clientRect(*context.pending), context.border);
     context.pending.reset();
 }
 
 void setViewerTitle(const std::string& title) {
-    if (platform::windowExists()) platform::setWindowTitle(title);
+    if (platform::windowExists(windowContext().window))
+        platform::setWindowTitle(windowContext().window, title);
 }
 
 void setTimerRate(int ticksPerSecond) {
     windowContext().timerRate = ticksPerSecond;
-    if (platform::windowExists()) platform::startTimer(1000 / ticksPerSecond);
+    if (platform::windowExists(windowContext().window))
+        platform::startTimer(windowContext().window, 1000 / ticksPerSecond);
 }
 
 void forgetClosedWindow() {
-    if (platform::windowExists()) return;
-    windowContext().quit = false;
+    WindowContext& context = windowContext();
+    if (platform::windowExists(context.window)) return;
+    platform::releaseWindow(std::exchange(context.window, nullptr));
+    context.quit = false;
     clearEvents();
 }
 

@@ -136,10 +136,11 @@ TEST_F(BuffersTest, APaintWhileACommandIsInProgressRestoresThePicture) {
     windowContext().calls.command = [](int) {
         windowContext().queue.clear();
         const int presents = headless::presents();
-        platform::setScissorTest(false);
-        platform::setColour(1, 2, 3, 255);
-        platform::fillRectangle(0, 0, 399, 299);  // a hole that a dialog leaves
-        platform::swapBuffers();
+        platform::setScissorTest(windowContext().window, false);
+        platform::setColour(windowContext().window, 1, 2, 3, 255);
+        platform::fillRectangle(windowContext().window, 0, 0, 399,
+                                299);  // a hole that a dialog leaves
+        platform::swapBuffers(windowContext().window);
         headless::uncover();
         restored = headless::presents() - presents - 1;
     };
