@@ -101,12 +101,14 @@ void showNewFrame(Picture& picture) {
     const FrameStore& frame = *picture.shown;
     const bool relief = isRelief(picture.chosen);
     const ChannelMode wanted = relief ? picture.chosenSource : picture.chosen;
-    const ChannelMode view = missingFor(frame, wanted) ? plainView(frame) : wanted;
+    const bool there = missingFor(frame, wanted) == Message::none;
+    const ChannelMode view = there ? wanted : plainView(frame);
     relief ? showReliefOf(picture, view) : show(picture, view);
 }
 
 bool chooseView(Picture& picture, ChannelMode mode) {
-    if (const char* message = missingFor(*picture.shown, mode)) {
+    const Message message = missingFor(*picture.shown, mode);
+    if (message != Message::none) {
         showMessageBand(messageText(message), picture.layout.marginX, picture.layout.visibleWidth);
         picture.bandShown = true;
         return false;

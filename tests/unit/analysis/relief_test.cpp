@@ -165,9 +165,9 @@ TEST(Relief, AnEmptyFrameIsNothingToDo) {
 }
 
 TEST(Relief, ASlopeAboveZeroIsTheInvertedView) {
-    EXPECT_EQ(reliefViewOf(0.1f), 7);
-    EXPECT_EQ(reliefViewOf(-0.1f), 8);
-    EXPECT_EQ(reliefViewOf(0.0f), 8);
+    EXPECT_EQ(reliefViewOf(0.1f), ChannelMode::invertedBump);
+    EXPECT_EQ(reliefViewOf(-0.1f), ChannelMode::bump);
+    EXPECT_EQ(reliefViewOf(0.0f), ChannelMode::bump);
 }
 
 TEST(ReliefView, IsGreyWithoutColourOrStrength) {
@@ -232,8 +232,8 @@ TEST(ReliefView, EveryStrengthFollowsTheFormula) {
 TEST(ReliefProfile, HasTheColourOfItsView) {
     const std::optional<uint32_t> colours[] = {0x808000, 0x800000, 0x008000,     0x000080,    {},
                                                0x008080, 0x808080, std::nullopt, std::nullopt};
-    for (int view = 0; view < 9; ++view) EXPECT_EQ(profileColour(view), colours[view]) << view;
-    EXPECT_EQ(profileColour(-1), std::nullopt);
+    for (int view = 0; view < 9; ++view)
+        EXPECT_EQ(profileColour(ChannelMode{view}), colours[view]) << view;
 }
 
 TEST(ReliefProfile, StandsOnItsRowWithAPointForEachPixel) {

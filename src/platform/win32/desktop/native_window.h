@@ -40,8 +40,6 @@ const wchar_t* viewerWindowClass();
 // The program's own module: the class, the menu and the dialogs come from it.
 HMODULE resourceModule();
 
-// Greys the items of a new menu that need a sound first.
-
 // The help on opening and saving, over the file dialog whose help button was pressed.
 void showFileDialogHelp();
 
