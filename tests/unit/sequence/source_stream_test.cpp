@@ -198,6 +198,14 @@ TEST_F(Streams, TheTestOutputIsElseThatOfTheConverterWhereverItIsInstalled) {
     platform::setEnvironmentVariable("PATH", search);
 }
 
+TEST_F(Streams, WithoutConverterNoneIsTakenFromTheCurrentFolder) {
+    platform::setEnvironmentVariable("VTTEST", "");
+    converterProgram = [](SourceReader) { return std::optional<std::string>(); };
+    const OpenedSource opened = openTestOutput();
+    EXPECT_FALSE(opened.stream);
+    EXPECT_EQ(opened.complaint, formatMessage("s_VistelStrings.rVTConverterMissing", {"pixconv"}));
+}
+
 TEST_F(Streams, TheStandardStreamsAreNeverClosed) {
     for (FILE* standard : {stdin, stdout, stderr}) {
         SourceStream stream(standard, false);
