@@ -157,12 +157,12 @@ TEST_F(Convert, AFileThatCannotBeFinishedLeavesWhatWasThere) {
 TEST_F(Convert, AFileIsReplacedAndNothingElseIsLeft) {
     const Picture picture = samplePicture(5, 4, true, false, false);
     write("old.png", FileBytes(5000, 7));
-    write("pixconv0.tmp", {1});  // somebody else's
+    write("vistel-unfinished-0.tmp", {1});  // somebody else's
     const Failure failure = save(frameOf(picture), "old.png");
     ASSERT_FALSE(failure) << *failure;
     EXPECT_EQ(contents("old.png"), writtenBytes(pngCodec, picture));
-    EXPECT_EQ(names(), (std::vector<std::string>{"old.png", "pixconv0.tmp"}));
-    EXPECT_EQ(contents("pixconv0.tmp"), (FileBytes{1}));
+    EXPECT_EQ(names(), (std::vector<std::string>{"old.png", "vistel-unfinished-0.tmp"}));
+    EXPECT_EQ(contents("vistel-unfinished-0.tmp"), (FileBytes{1}));
 }
 
 TEST_F(Convert, AFileThatMayNotBeWrittenStays) {
@@ -192,6 +192,29 @@ TEST_F(Convert, ASymbolicLinkStaysAndItsFileIsReplaced) {
     ASSERT_FALSE(failure) << *failure;
     EXPECT_TRUE(std::filesystem::is_symlink(path("link.png")));
     EXPECT_EQ(contents("far/old.png"), writtenBytes(pngCodec, picture));
+}
+
+TEST_F(Convert, ASymbolicLinkThatLeadsNowhereIsToldAndStays) {
+    std::error_code error;
+    std::filesystem::create_symlink("missing.png", path("lost.png"), error);
+    std::filesystem::create_symlink("round.png", path("round.png"), error);
+    if (error) GTEST_SKIP() << "there are no symbolic links here";
+    const FileBytes frame = frameOf(samplePicture(5, 4, true, false, false));
+    const Failure lost = save(frame, "lost.png"), round = save(frame, "round.png");
+    EXPECT_EQ(lost, "a symbolic link to a file that is not there");
+    EXPECT_EQ(round, "a symbolic link that leads in a circle");
+    EXPECT_EQ(names(), (std::vector<std::string>{"lost.png", "round.png"}));
+    for (const char* name : {"lost.png", "round.png"})
+        EXPECT_TRUE(std::filesystem::is_symlink(path(name)));
+}
+
+TEST_F(Convert, AHardLinkShowsTheNewPictureToo) {
+    write("old.png", {1, 2, 3});
+    std::filesystem::create_hard_link(path("old.png"), path("same.png"));
+    const Picture picture = samplePicture(5, 4, true, false, false);
+    const Failure failure = save(frameOf(picture), "old.png");
+    ASSERT_FALSE(failure) << *failure;
+    EXPECT_EQ(contents("same.png"), writtenBytes(pngCodec, picture));
 }
 
 TEST_F(Convert, ATypeThatCannotBeWrittenIsToldBeforeAnythingIsRead) {
