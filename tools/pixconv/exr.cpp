@@ -21,6 +21,7 @@
 #include "byte_target.h"
 #include "codecs.h"
 #include "exr_channels.h"
+#include "exr_header_walk.h"
 #include "exr_window.h"
 #include "file_starts.h"
 #include "platform/files.h"
@@ -76,8 +77,8 @@ class Output : public Imf::OStream {
 
 // --- what the file holds ---
 
-// The first header is read on its own: the library takes memory by what it says before anybody else
-// can look at it.
+// The first header is read on its own: the library takes memory for the picture by what it says
+// before anybody else can look at it.
 Imf::Header firstHeader(Input& input) {
     char start[8];
     input.read(start, sizeof start);
@@ -206,7 +207,9 @@ void readRows(Imf::InputFile& file, const ExrChannels& names, Picture& picture) 
 }
 
 Failure readFile(const SourceFile& source, Picture& picture) {
+    if (Failure failure = walkExrHeaders(source)) return failure;
     Input input(source);
+    input.seekg(0);
     const Imf::Header header = firstHeader(input);
     if (Failure failure = checkHeader(header, source.size)) return failure;
     ExrChannels names;
