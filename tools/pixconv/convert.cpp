@@ -7,6 +7,7 @@
 
 #include "codecs.h"
 #include "host/image_plugins.h"
+#include "memory_rule.h"
 #include "platform/files.h"
 #include "platform/unfinished_file.h"
 #include "without_exceptions.h"
@@ -68,10 +69,13 @@ Failure readPicture(const std::string& path, Picture& picture) {
     SourceFile source{path, file.get(), platform::streamStatus(file.get()).size};
     Failure failure;
     const Codec* codec = codecForReading(source, failure);
-    return codec ? codec->read(source, picture) : failure;
+    if (!codec) return failure;
+    picture.mostBytes = justifiedBytes(codec->key, source.size);
+    return codec->read(source, picture);
 }
 
 Failure writeTo(FILE* file, const Codec& codec, const Picture& picture, const std::string& path) {
+    errno = 0;
     Failure failure = withoutExceptions([&] {
         return codec.write(picture, TargetFile{path, file});
     });

@@ -8,6 +8,7 @@
 #include "codec_files.h"
 #include "iff/image_writer.h"
 #include "iff/result_codes.h"
+#include "memory_rule.h"
 #include "test_chart.h"
 
 using namespace vistel;
@@ -357,6 +358,57 @@ TEST_F(Convert, AFrameWithoutColourIsBlackWithItsMaskAndDepth) {
     EXPECT_EQ(back.samples[7], 0x40);
     EXPECT_EQ(back.samples[0] | back.samples[4], 0);
     EXPECT_EQ(back.z[1], -2);
+}
+
+TEST(MemoryRule, HasARowForEveryType) {
+    for (const Codec* codec : allCodecs()) EXPECT_TRUE(hasMemoryRule(codec->key)) << codec->key;
+    EXPECT_FALSE(hasMemoryRule("no such type"));
+}
+
+TEST(MemoryRule, GrowsWithTheFile) {
+    constexpr uint64_t megabyte = 1 << 20;
+    struct Row {
+        const char* key;
+        uint64_t file, justified;
+    };
+    const Row rows[] = {
+        {"png", 0, 64 * megabyte},
+        {"png", 16384, 64 * megabyte},
+        {"png", 32768, 128 * megabyte},
+        {"png", 262144, 1024 * megabyte},
+        {"png", UINT64_MAX, 1024 * megabyte},
+        {"pnm", 3 * megabyte, 96 * megabyte},
+        {"no such type", 3 * megabyte, 96 * megabyte},
+    };
+    for (const Row& row : rows) EXPECT_EQ(justifiedBytes(row.key, row.file), row.justified);
+}
+
+TEST(MemoryRule, IsWhatAPictureIsRefusedBy) {
+    Picture picture;
+    picture.mostBytes = 4000;
+    EXPECT_FALSE(picture.allocate(100, 10, false));
+    const char* reason = "the picture would take 1 MB, more than the size of its file justifies";
+    EXPECT_EQ(picture.allocateZ(), reason);
+    EXPECT_EQ(picture.allocate(100, 10, true), reason);
+    EXPECT_EQ(picture.allocate(1001, 1, false), reason);
+}
+
+// As tightly as each type packs what is easily packed: real files are never refused.
+TEST_F(Convert, BlackPicturesOfEveryTypeAreRead) {
+    Picture black;
+    ASSERT_FALSE(black.allocate(5000, 4000, false));
+    for (size_t i = 3; i < black.samples.size(); i += 4) black.samples[i] = 255;
+    const FileBytes frame = frameOf(black);
+    for (const Codec* codec : allCodecs()) {
+        // One colour costs a WebP file nothing at all: only the size of files tells it from a lie.
+        if (!codec->write || codec->key == std::string("webp")) continue;
+        const std::string name = std::string("black.") + codec->key;
+        Failure failure = save(frame, name, codec->key);
+        ASSERT_FALSE(failure) << name << ": " << *failure;
+        Picture back;
+        failure = load(name, back);
+        EXPECT_FALSE(failure) << name << ": " << *failure;
+    }
 }
 
 TEST_F(Convert, TheTestChartIsAFrameWithMask) {
