@@ -112,6 +112,14 @@ bool isTerminal(int descriptor);
 // the null device, lest the next file that is opened takes the place.
 void keepStandardStreams();
 
+// Whether the caller had closed the standard stream with this descriptor.
+bool wasClosed(int descriptor);
+
+// Writes what standard output still holds. False with errno set when that or anything before could
+// not be written, EBADF when the caller had closed it: to be asked before a program says that it
+// did its work.
+[[nodiscard]] bool finishStandardOutput();
+
 // Puts the process's standard streams into binary mode and makes binary the default of files
 // opened later (a no-operation where text mode does not exist).
 void setBinaryFileMode();

@@ -238,17 +238,19 @@ TEST_F(Convert, WhatIsNoRegularFileIsRefusedInWords) {
     }
 }
 
-TEST_F(Convert, ADeviceIsWrittenDirectly) {
+TEST_F(Convert, ADeviceIsWrittenDirectlyAndItsReasonTold) {
     std::error_code error;
     const char* full = "/dev/full";
     if (!std::filesystem::is_character_file(full, error)) GTEST_SKIP() << "no such device here";
     const platform::FilePtr in(std::tmpfile());
     const FileBytes frame = frameOf(samplePicture(5, 4, true, false, false));
     ASSERT_EQ(std::fwrite(frame.data(), 1, frame.size(), in.get()), frame.size());
-    for (const char* key : {"tga", "png", "tavo"}) {
+    for (const Codec* codec : allCodecs()) {
+        if (!codec->write) continue;
         std::rewind(in.get());
-        const Failure failure = fromFrame(in.get(), full, key);
-        ASSERT_TRUE(failure) << key;
+        // Seeking in a device succeeds and leads nowhere: types that patch their files may notice
+        // only that.
+        EXPECT_EQ(fromFrame(in.get(), full, codec->key), std::strerror(ENOSPC)) << codec->key;
         EXPECT_TRUE(std::filesystem::is_character_file(full));
     }
 }

@@ -50,7 +50,7 @@ FILE* openFile(const std::string& name, const char* mode) {
 
 static bool closedAtStart[3];
 
-static bool wasClosed(int descriptor) { return descriptor <= 2 && closedAtStart[descriptor]; }
+bool wasClosed(int descriptor) { return descriptor <= 2 && closedAtStart[descriptor]; }
 
 void keepStandardStreams() {
     for (int descriptor = 0; descriptor <= 2; ++descriptor) {
