@@ -770,6 +770,23 @@ LYING = {
 }
 
 
+# One colour costs a WebP file nothing at all: only the size of files tells it from a lie.
+@pytest.mark.parametrize("extension", [
+    "png", "jpg", "tif", "exr", "tga", "bmp", "hdr", "ppm", "pfm", "sgi", "dpx", "cin", "iff",
+])
+def test_a_large_black_picture_is_no_lie(system, tmp_path, extension):
+    source, frame = tmp_path / "black.png", tmp_path / "black.frame"
+    target = tmp_path / f"black.{extension}"
+    source.write_bytes(pictures.png(Pixels(np.zeros((4000, 5000, 3), np.uint8))))
+    frame.write_bytes(system.run_tool("pixconv", source, "stdout", timeout=LONG).output)
+    with frame.open("rb") as stdin:
+        done = system.run_tool("pixconv", target, stdin=stdin, timeout=LONG)
+    assert (done.status, done.messages) == (0, "")
+    done = system.run_tool("pixconv", target, "stdout", timeout=LONG)
+    assert (done.status, done.messages) == (0, "")
+    assert framereader.read(done.output).colour.shape == (4000, 5000, 3)
+
+
 @pytest.mark.parametrize("extension, make, pixel", LYING.values(), ids=LYING.keys())
 def test_a_file_whose_sizes_lie_ends_soon_in_little_memory(
     system, tmp_path, least, extension, make, pixel

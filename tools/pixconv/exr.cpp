@@ -290,9 +290,9 @@ Failure writeFile(const Picture& picture, const TargetFile& target, int& error) 
 
 Failure write(const Picture& picture, const TargetFile& target) {
     int error = 0;
-    return withoutExceptions(
-        [&] { return writeFile(picture, target, error); },
-        [&](const std::string& text) { return error != 0 ? writingFailure(error) : text; });
+    Failure failure = withoutExceptions([&] { return writeFile(picture, target, error); });
+    // Of what it writes last, as its file goes, the library does not say that it failed.
+    return error != 0 ? writingFailure(error) : failure;
 }
 
 bool isExr(std::span<const uint8_t> start) { return startsWith(start, "\x76\x2F\x31\x01"); }

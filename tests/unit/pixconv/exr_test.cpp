@@ -40,6 +40,10 @@ FileBytes withAttributes(const FileBytes& file, const FileBytes& attributes) {
     FileBytes longer(file.begin(), file.begin() + 8);
     longer += attributes;
     longer += FileBytes(file.begin() + 8, file.end());
+    // Of a file of one pixel: the place of its only block, which ends the file.
+    FileBytes place;
+    put(place, longer.size() - 12, 8);
+    std::copy(place.begin(), place.end(), longer.end() - 20);
     return longer;
 }
 
