@@ -51,7 +51,8 @@ std::string quotedCommand(const std::string& program, const std::string& leading
                           const std::string& argument, const std::string& furtherWords);
 
 // Full path of a program of this base name ("pixconv") beside the running program or along the
-// executable search path; none when there is none.
+// executable search path; none when there is none. Never one in the current folder: of the search
+// path only whole paths count.
 std::optional<std::string> findProgram(const std::string& baseName);
 
 std::optional<std::string> environmentVariable(const std::string& name);
@@ -63,7 +64,8 @@ void setEnvironmentVariable(const std::string& name, const std::string& value);
 void catchInterrupts();
 bool interruptRequested();
 
-// Makes writing to a pipe whose reader has gone a failed write, where it would end the program.
+// Makes writing to a pipe whose reader has gone, and beyond the size that files may have, a failed
+// write, where it would end the program.
 void ignoreClosedReaders();
 
 }  // namespace vistel::platform

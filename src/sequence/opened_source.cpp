@@ -68,9 +68,13 @@ OpenedSource openFrameCommand(const std::string& command, int frame) {
 OpenedSource openTestOutput() {
     const std::string command = platform::environmentVariable("VTTEST").value_or("");
     if (!command.empty()) return openCommand(command);
-    const std::optional<std::string> program = converterProgram(SourceReader::imageConverter);
-    return openCommand(program ? platform::quotedCommand(*program)
-                               : converterName(SourceReader::imageConverter));
+    // The bare name would have the interpreter look in the current folder, too.
+    if (const auto program = converterProgram(SourceReader::imageConverter))
+        return openCommand(platform::quotedCommand(*program));
+    OpenedSource opened;
+    opened.complaint = formatMessage(Message::rVTConverterMissing,
+                                     {converterName(SourceReader::imageConverter)});
+    return opened;
 }
 
 OpenedSource openStandardInput() {

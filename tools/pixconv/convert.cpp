@@ -7,6 +7,7 @@
 
 #include "codecs.h"
 #include "host/image_plugins.h"
+#include "memory_rule.h"
 #include "platform/files.h"
 #include "platform/unfinished_file.h"
 #include "without_exceptions.h"
@@ -16,8 +17,6 @@ namespace vistel {
 namespace {
 
 constexpr size_t startBytes = 64;
-// Files beside each other that other converters are at, or could not remove.
-constexpr int mostUnfinished = 10000;
 
 std::string lowered(std::string text) {
     std::transform(text.begin(), text.end(), text.begin(), lowerCase);
@@ -70,10 +69,13 @@ Failure readPicture(const std::string& path, Picture& picture) {
     SourceFile source{path, file.get(), platform::streamStatus(file.get()).size};
     Failure failure;
     const Codec* codec = codecForReading(source, failure);
-    return codec ? codec->read(source, picture) : failure;
+    if (!codec) return failure;
+    picture.mostBytes = justifiedBytes(codec->key, source.size);
+    return codec->read(source, picture);
 }
 
 Failure writeTo(FILE* file, const Codec& codec, const Picture& picture, const std::string& path) {
+    errno = 0;
     Failure failure = withoutExceptions([&] {
         return codec.write(picture, TargetFile{path, file});
     });
@@ -83,21 +85,11 @@ Failure writeTo(FILE* file, const Codec& codec, const Picture& picture, const st
     return failure;
 }
 
-// A file of a new name beside the one of the given path. Null with errno set on failure.
-FILE* createBeside(const std::string& path, platform::UnfinishedFile& unfinished) {
-    const std::string folder = path.substr(0, path.find_last_of("/\\:") + 1);
-    for (int number = 0; number < mostUnfinished; ++number) {
-        FILE* file = unfinished.create(folder + "pixconv" + std::to_string(number) + ".tmp");
-        if (file || errno != EEXIST) return file;
-    }
-    return nullptr;
-}
-
-// Whether a file that is there may be written: it is to be refused also where its folder would let
-// it be replaced. True for one that is not there.
-bool mayBeWritten(const std::string& path) {
-    if (!platform::isRegularFile(path)) return true;
-    return platform::FilePtr(platform::openFile(path, "r+")) != nullptr;
+// Why a link does not lead to a file, by the error that it gave.
+Failure brokenLink() {
+    if (errno == ELOOP) return "a symbolic link that leads in a circle";
+    if (errno == ENOENT) return "a symbolic link to a file that is not there";
+    return systemError();
 }
 
 Failure writePicture(const Codec& codec, const Picture& picture, const std::string& path) {
@@ -106,13 +98,13 @@ Failure writePicture(const Codec& codec, const Picture& picture, const std::stri
         FILE* file = platform::openFile(path, "w");
         return file ? writeTo(file, codec, picture, path) : systemError();
     }
-    const std::string target = platform::followLinks(path);
-    if (!mayBeWritten(target)) return systemError();
+    const std::optional<std::string> target = platform::followLinks(path);
+    if (!target) return brokenLink();
     platform::UnfinishedFile unfinished;
-    FILE* file = createBeside(target, unfinished);
+    FILE* file = unfinished.create(*target);
     if (!file) return systemError();
     Failure failure = writeTo(file, codec, picture, path);
-    if (!failure && !unfinished.replace(target)) failure = systemError();
+    if (!failure && !unfinished.finish()) failure = systemError();
     return failure;
 }
 

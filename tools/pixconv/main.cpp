@@ -1,6 +1,7 @@
 // pixconv: the image converter that the viewer calls. What it does is told by its usage text.
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <optional>
@@ -31,7 +32,9 @@ constexpr const char* details =
     "column of --formats) or by its extension. A name without extension, or with a number for "
     "one,\n"
     "is a frame file. Of a file with several pictures the first is read. A file that is there is\n"
-    "replaced once the new one is whole.\n"
+    "replaced once the new one is whole; the same for the file behind a symbolic link. A file with\n"
+    "several names, of another owner or in a folder that may not be written to is written over,\n"
+    "then. A picture that takes more than 64 MB and more than its file justifies is not read.\n"
     "\n"
     "Channels of 16 bits stay as wide; a type that holds only 8 takes the nearest value. Floating\n"
     "point colour is taken as linear light: clamped to 0..1 and put through the sRGB curve to 8\n"
@@ -59,10 +62,17 @@ int usageError() {
     return 1;
 }
 
+// The exit status of what was printed.
+int printed() {
+    if (platform::finishStandardOutput()) return 0;
+    std::fprintf(stderr, "pixconv: standard output: %s\n", std::strerror(errno));
+    return 1;
+}
+
 int help() {
     std::fputs(usage, stdout);
     std::fputs(details, stdout);
-    return 0;
+    return printed();
 }
 
 int listFormats() {
@@ -79,7 +89,7 @@ int listFormats() {
         std::printf("%-*s  %-*s  %-*s  %-4s  %-5s%s\n", key, type.key, name, type.name, extensions,
                     type.extensions, type.reads ? "read" : "", type.writes ? "write" : "",
                     type.multiFrame ? "  multi-frame" : "");
-    return 0;
+    return printed();
 }
 
 int finish(const Failure& failure, const std::string& file) {
@@ -87,6 +97,12 @@ int finish(const Failure& failure, const std::string& file) {
     if (!failure->empty())
         std::fprintf(stderr, "pixconv: %s: %s\n", file.c_str(), failure->c_str());
     return 1;
+}
+
+// Where the caller has closed it, everything would seem to be written.
+Failure checkStandardOutput() {
+    if (!platform::wasClosed(1)) return {};
+    return "standard output: " + std::string(std::strerror(EBADF));
 }
 
 // Nobody types a frame stream: a file is meant to be read.
@@ -97,7 +113,8 @@ Failure terminalRefusal(const std::string& file) {
 
 int writeChart() {
     Picture chart;
-    Failure failure = makeTestChart(chart);
+    Failure failure = checkStandardOutput();
+    if (!failure) failure = makeTestChart(chart);
     if (!failure) failure = writeFrame(chart, stdout);
     return finish(failure, "test picture");
 }
@@ -135,7 +152,9 @@ int main(int argc, char** argv) {
     if (words.size() == 1 && words[0] == "--help") return help();
     if (words.size() == 1 && words[0] == "--formats") return listFormats();
     if (words.size() == 2 && words[1] == "stdout" && words[0] != "-t") {
-        return finish(toFrame(words[0], stdout), words[0]);
+        Failure failure = checkStandardOutput();
+        if (!failure) failure = toFrame(words[0], stdout);
+        return finish(failure, words[0]);
     }
     const std::optional<Target> target = parseTarget(words);
     if (!target) return usageError();

@@ -278,8 +278,9 @@ Failure writeFrame(const Picture& picture, FILE* out) {
     errno = 0;
     int code = writer.openStream(out);
     if (code == iffOk) code = writeImage(writer, picture);
-    const int reason = errno;
+    int reason = code == iffOk ? 0 : errno;
     const int closed = writer.close();
+    if (code == iffOk) reason = errno;
     if (code == iffOk) code = closed;
     if (code == iffOk) return {};
     if (reason == EPIPE || errno == EPIPE) return "";

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
@@ -23,13 +24,26 @@ namespace vistel {
 
 namespace {
 
-// What the library may take at once, for a strip or a tile, and what a pixel may hold.
-constexpr tmsize_t mostBlockBytes = 256 << 20;
+// What the library may take at once for a strip or a tile, however large the file, and what a pixel
+// may hold.
+constexpr uint64_t mostBlockBytes = 256 << 20;
 constexpr uint16_t mostSamples = 64;
 
 // --- the file as the library sees it ---
 
-FILE* streamOf(thandle_t handle) { return static_cast<FILE*>(handle); }
+// With the first error of a write: the library goes on with others, and only says that it failed.
+struct Stream {
+    FILE* file;
+    uint64_t mostBlock = mostBlockBytes;
+    int writeError = 0;
+};
+
+FILE* streamOf(thandle_t handle) { return static_cast<Stream*>(handle)->file; }
+
+void noteWriteError(thandle_t handle) {
+    int& error = static_cast<Stream*>(handle)->writeError;
+    if (error == 0) error = errno;
+}
 
 tmsize_t readBytes(thandle_t handle, void* bytes, tmsize_t size) {
     const size_t n = std::fread(bytes, 1, static_cast<size_t>(size), streamOf(handle));
@@ -38,6 +52,7 @@ tmsize_t readBytes(thandle_t handle, void* bytes, tmsize_t size) {
 
 tmsize_t writeBytes(thandle_t handle, void* bytes, tmsize_t size) {
     const size_t n = std::fwrite(bytes, 1, static_cast<size_t>(size), streamOf(handle));
+    if (n != static_cast<size_t>(size)) noteWriteError(handle);
     return static_cast<tmsize_t>(n);
 }
 
@@ -45,7 +60,10 @@ toff_t seek(thandle_t handle, toff_t offset, int origin) {
     FILE* file = streamOf(handle);
     constexpr auto failed = static_cast<toff_t>(-1);
     if (origin == SEEK_SET && offset > INT64_MAX) return failed;
-    if (!platform::seekStream(file, static_cast<int64_t>(offset), origin)) return failed;
+    if (!platform::seekStream(file, static_cast<int64_t>(offset), origin)) {
+        noteWriteError(handle);  // of what was held back
+        return failed;
+    }
     return static_cast<toff_t>(platform::streamPosition(file));
 }
 
@@ -75,14 +93,15 @@ struct Closer {
 };
 using TiffPtr = std::unique_ptr<TIFF, Closer>;
 
-TiffPtr open(FILE* file, const char* mode, Report& report) {
+// The stream is to outlive what is returned.
+TiffPtr open(Stream& stream, const char* mode, Report& report) {
     const std::unique_ptr<TIFFOpenOptions, void (*)(TIFFOpenOptions*)> options(
         TIFFOpenOptionsAlloc(), TIFFOpenOptionsFree);
     if (!options) return {};
-    TIFFOpenOptionsSetMaxSingleMemAlloc(options.get(), mostBlockBytes);
+    TIFFOpenOptionsSetMaxSingleMemAlloc(options.get(), static_cast<tmsize_t>(stream.mostBlock));
     TIFFOpenOptionsSetErrorHandlerExtR(options.get(), onError, &report);
     TIFFOpenOptionsSetWarningHandlerExtR(options.get(), onWarning, nullptr);
-    return TiffPtr(TIFFClientOpenExt("", mode, file, readBytes, writeBytes, seek, closeNothing,
+    return TiffPtr(TIFFClientOpenExt("", mode, &stream, readBytes, writeBytes, seek, closeNothing,
                                      sizeOf, nullptr, nullptr, options.get()));
 }
 
@@ -241,11 +260,12 @@ bool readTiles(Reader& reader, uint16_t plane) {
 }
 
 Failure readPlain(TIFF* tiff, const Layout& layout, const Report& report, Picture& picture) {
+    const uint64_t most = std::min(mostBlockBytes, picture.mostBytes);
     picture.colour = !layout.grey();
     picture.mask = layout.mask();
     const uint64_t block = layout.tiled ? TIFFTileSize64(tiff) : TIFFScanlineSize64(tiff);
     if (block == 0) return failureOf(report);
-    if (block > uint64_t{mostBlockBytes}) return "a strip or tile of the file is too large";
+    if (block > most) return "a strip or tile of the file is too large";
     Reader reader{tiff, layout, picture, usualOrder(picture.colour, picture.mask), {}};
     reader.room.resize(block);
     const uint32_t planes = layout.separate() ? reader.order.channels : 1;
@@ -287,7 +307,8 @@ Failure readConverted(TIFF* tiff, const Layout& layout, const Report& report, Pi
 
 Failure read(const SourceFile& source, Picture& picture) {
     Report report;
-    const TiffPtr tiff = open(source.file, "rm", report);
+    Stream stream{source.file, std::min(mostBlockBytes, picture.mostBytes)};
+    const TiffPtr tiff = open(stream, "rm", report);
     if (!tiff) return failureOf(report);
     const Layout layout = layoutOf(tiff.get());
     if (layout.samples > mostSamples)
@@ -323,7 +344,8 @@ void setFields(TIFF* tiff, const Picture& picture) {
 
 Failure write(const Picture& picture, const TargetFile& target) {
     Report report;
-    const TiffPtr tiff = open(target.file, "w", report);
+    Stream stream{target.file};
+    const TiffPtr tiff = open(stream, "w", report);
     bool written = tiff != nullptr;
     if (written) setFields(tiff.get(), picture);
     std::vector<uint16_t> room(picture.rowSamples());
@@ -336,8 +358,8 @@ Failure write(const Picture& picture, const TargetFile& target) {
         written = TIFFWriteScanline(tiff.get(), room.data(), y, 0) >= 0;
     }
     if (written && TIFFFlush(tiff.get())) return {};
-    if (report.text[0] == 0) return cannotWrite();
-    return std::string(cannotWriteText) + ": " + report.text;
+    if (stream.writeError != 0 || report.text[0] == 0) return writingFailure(stream.writeError);
+    return "the picture cannot be packed: " + std::string(report.text);
 }
 
 }  // namespace

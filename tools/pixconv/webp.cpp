@@ -99,7 +99,7 @@ Failure write(const Picture& picture, const TargetFile& target) {
     if (!importRows(encoder.picture, picture)) return "there is not enough memory";
     if (WebPEncode(&encoder.config, &encoder.picture)) return {};
     const bool disk = encoder.picture.error_code == VP8_ENC_ERROR_BAD_WRITE;
-    return disk ? cannotWriteText : "the picture cannot be packed";
+    return disk ? cannotWrite() : "the picture cannot be packed";
 }
 
 }  // namespace

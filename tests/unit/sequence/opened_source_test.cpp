@@ -163,5 +163,13 @@ TEST_F(Opened, TheTestOutputIsElseThatOfTheConverterWhereverItIsInstalled) {
     platform::setEnvironmentVariable("PATH", search);
 }
 
+TEST_F(Opened, WithoutConverterNoneIsTakenFromTheCurrentFolder) {
+    platform::setEnvironmentVariable("VTTEST", "");
+    converterProgram = [](SourceReader) { return std::optional<std::string>(); };
+    const OpenedSource opened = openTestOutput();
+    EXPECT_FALSE(opened.stream);
+    EXPECT_EQ(opened.complaint, formatMessage(Message::rVTConverterMissing, {"pixconv"}));
+}
+
 }  // namespace
 }  // namespace vistel

@@ -44,9 +44,9 @@ std::optional<std::string> findProgram(const std::string& baseName) {
     for (size_t start = 0; start <= path.size();) {
         const size_t end = std::min(path.find(':', start), path.size());
         const std::string folder = path.substr(start, end - start);
-        const std::string candidate = (folder.empty() ? "." : folder) + "/" + baseName;
-        if (isProgram(candidate)) return candidate;
         start = end + 1;
+        if (!folder.starts_with('/')) continue;
+        if (const std::string program = folder + "/" + baseName; isProgram(program)) return program;
     }
     return std::nullopt;
 }
