@@ -1,6 +1,7 @@
 // A source after another one begins anew.
 #include "viewer/show_source.h"
 
+#include "settings/own_settings.h"
 #include "viewer/viewer_fixture.h"
 
 namespace vistel {
@@ -29,6 +30,20 @@ TEST_F(ShowSourceTest, TheFirstFrameHasNotTheSourceMarkOfTheSourceBefore) {
         windowContext().quit = false;
         viewerState.windowId = -1;
     }
+}
+
+class RefusedWindowTest : public OwnSettings {};
+
+TEST_F(RefusedWindowTest, TheFrameRateIsStoredBeforeTheProgramEnds) {
+    viewerState = ViewerState{};
+    installViewer(viewerState);
+    viewerState.frameRate = 31;
+    viewerState.filterIndex = 4;
+    windowContext().calls.refused();
+    SavedSettings stored;
+    readSettings(stored);
+    EXPECT_EQ(stored.savedFrameRate, 31);
+    EXPECT_EQ(stored.filterIndex, 4);
 }
 
 }  // namespace vistel

@@ -151,6 +151,7 @@ TEST_F(DisplaySetupTest, ChoosesTheBufferByWhatTheFrameHas) {
 TEST_F(DisplaySetupTest, AWindowThatCannotBeOpenedEndsTheProgramWithOne) {
     FrameStore frame = testFrame(1, 4, 4);
     headless::refuseWindow();
+    windowContext().calls.refused = nullptr;  // it would store the settings of whoever tests
     EXPECT_EXIT(setUpDisplay(viewerState, frame, Refit::fitWindow), testing::ExitedWithCode(1), "");
 }
 
