@@ -1,6 +1,7 @@
 #include "app/start_up.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "app/option_table.h"
 #include "host/application.h"
@@ -77,7 +78,8 @@ Tstring installRoot(const Tstring& programPath) {
 }
 
 void prepareProcess(const StartUpServices& services) {
-    viewerState = ViewerState{};
+    ViewerState fresh;
+    viewerState = std::move(fresh);
     callIfSet(services.joinViewer);
     platform::setNativeLocale();
     setApplicationName("VisTel");

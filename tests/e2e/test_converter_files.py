@@ -47,10 +47,13 @@ class Writing:
         """What is not finished: a file with a name, or one that only the process knows."""
         named = [path for path in self.folder.iterdir() if path.suffix == ".tmp"]
         descriptors = Path(f"/proc/{self.process.pid}/fd")
-        nameless = [
-            path for path in descriptors.iterdir() if os.readlink(path).startswith(f"{self.folder}/#")
-        ]
-        return named + nameless
+        return named + [path for path in descriptors.iterdir() if self.is_nameless(path)]
+
+    def is_nameless(self, descriptor):
+        try:
+            return os.readlink(descriptor).startswith(f"{self.folder}/#")
+        except FileNotFoundError:  # closed since it was listed
+            return False
 
     def size(self):
         assert self.process.poll() is None, "it has ended before it was told to"
