@@ -49,8 +49,13 @@ TEST_F(StoredSettings, ATextThatIsNoNumberReadsAsZero) {
     EXPECT_EQ(settings_.filterIndex, 2);
 }
 
-TEST_F(StoredSettings, AStoredFolderIsCutToTheLongestThatIsKept) {
+// A text of that length one system cuts, the other one takes for no text.
+TEST_F(StoredSettings, AStoredFolderIsNeverLongerThanTheLongestThatIsKept) {
     platform::writeSetting("LastFolder", std::string(maxFolderLength + 9, 'd'));
+    const std::string stored = platform::readSetting("LastFolder").value_or("");
+    readSettings(settings_);
+    EXPECT_EQ(settings_.lastFolder, stored.substr(0, maxFolderLength));
+    platform::writeSetting("LastFolder", std::string(maxFolderLength, 'd'));
     readSettings(settings_);
     EXPECT_EQ(settings_.lastFolder, std::string(maxFolderLength, 'd'));
 }
