@@ -18,7 +18,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-constexpr milliseconds promptly{4000};
+constexpr milliseconds promptly{20'000};
 constexpr const char* longTime = "30000";
 
 std::string command(const std::string& task, const std::string& words) {

@@ -19,7 +19,7 @@ constexpr const char* roleVariable = "VISTEL_TEST_CHILD";
 }
 
 // Longer than any test waits for it, but not for ever.
-void stay() { std::this_thread::sleep_for(std::chrono::seconds(60)); }
+void stay() { std::this_thread::sleep_for(std::chrono::seconds(90)); }
 
 void print(const std::string& bytes) {
     std::fwrite(bytes.data(), 1, bytes.size(), stdout);

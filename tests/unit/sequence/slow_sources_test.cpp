@@ -13,7 +13,7 @@ using Clock = std::chrono::steady_clock;
 using std::chrono::seconds;
 
 // Far less than what the commands take that do not end.
-constexpr seconds promptly{15};
+constexpr seconds promptly{80};
 
 class SlowSources : public SequenceTest {
  protected:
