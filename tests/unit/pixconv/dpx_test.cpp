@@ -256,6 +256,7 @@ TEST(Dpx, TheNearestCodeOfTenBitsIsWritten) {
     ASSERT_FALSE(picture.allocate(65535, 1, true));
     for (uint32_t x = 0; x < picture.width; ++x)
         for (size_t i = 0; i < 3; ++i) picture.wideRow(0)[x * 4 + i] = uint16_t(x + 1);
+    picture.filmCodes = true;  // else a Cineon file gets other codes
     for (const Codec* codec : {&dpxCodec, &cineonCodec}) {
         const FileBytes file = writtenBytes(*codec, picture);
         for (uint32_t x = 0; x < picture.width; ++x) {
@@ -280,7 +281,21 @@ TEST(Dpx, TheWrittenHeaderTellsWhatFollows) {
     EXPECT_EQ(file.size(), 2048u + 3 * 2 * 4);
     EXPECT_EQ(FileBytes(file.begin(), file.begin() + 8), fileOf("SDPX", {0, 0, 8, 0}));
     EXPECT_EQ(FileBytes(file.begin() + 16, file.begin() + 20), (FileBytes{0, 0, 8, 24}));
-    EXPECT_EQ(FileBytes(file.begin() + 800, file.begin() + 806), (FileBytes{50, 0, 0, 10, 0, 1}));
+    EXPECT_EQ(FileBytes(file.begin() + 800, file.begin() + 806), (FileBytes{50, 6, 6, 10, 0, 1}));
+    Picture film = samplePicture(3, 2, true, false, false);
+    film.filmCodes = true;
+    const FileBytes density = writtenBytes(dpxCodec, film);
+    EXPECT_EQ(FileBytes(density.begin() + 800, density.begin() + 803), (FileBytes{50, 1, 1}));
+}
+
+TEST(Dpx, FilmCodesAreToldByTheirCurve) {
+    for (const int curve : {0, 1, 2, 3, 4, 6, 255}) {
+        FileBytes file = dpx(1, 1, {{50, 8, 0}}, {1, 2, 3, 0});
+        file[801] = uint8_t(curve);
+        Picture picture;
+        ASSERT_FALSE(readBytes(dpxCodec, file, picture));
+        EXPECT_EQ(picture.filmCodes, curve == 1 || curve == 3) << curve;
+    }
 }
 
 TEST(Dpx, CutAndSpoiltFilesDoNoHarm) {
@@ -368,7 +383,23 @@ TEST(Cineon, WhatIsDamagedOrNotSupportedIsRefusedInWords) {
     }
 }
 
-TEST(Cineon, TenBitCodesSurvive) { expectRoundTrip(cineonCodec, allTenBitCodes()); }
+TEST(Cineon, TenBitCodesSurvive) {
+    Picture codes = allTenBitCodes();
+    codes.filmCodes = true;
+    expectRoundTrip(cineonCodec, codes);
+}
+
+TEST(Cineon, APictureGetsCodesOfFilm) {
+    Picture picture, back;
+    ASSERT_FALSE(picture.allocate(3, 1, false));
+    for (size_t x = 0; x < 3; ++x)
+        for (size_t i = 0; i < 3; ++i) picture.row(0)[x * 4 + i] = uint8_t(x * 255 / 2);
+    ASSERT_FALSE(readBytes(cineonCodec, writtenBytes(cineonCodec, picture), back));
+    EXPECT_TRUE(back.filmCodes);
+    EXPECT_EQ(back.wideRow(0)[0] >> 6, 95);
+    EXPECT_EQ(back.wideRow(0)[4] >> 6, 488);  // light of 0.212
+    EXPECT_EQ(back.wideRow(0)[8] >> 6, 685);
+}
 
 TEST(Cineon, CutAndSpoiltFilesDoNoHarm) {
     const FileBytes file = writtenBytes(cineonCodec, samplePicture(5, 3, true, false, false));
