@@ -162,6 +162,7 @@ bool readPixels(Reader& reader, Picture& picture) {
         uint8_t* pixels = picture.row(jpeg.output_scanline);
         uint8_t* row = reader.row.data();
         jpeg_read_scanlines(&jpeg, &row, 1);
+        if (jpeg.output_scanline > reader.goodRows) break;  // has become known just now
         if (jpeg.out_color_space == JCS_CMYK)
             unpackInks(row, picture.width, jpeg.saw_Adobe_marker != 0, pixels);
         else
