@@ -3,13 +3,13 @@
 
 usage: check_messages.py [SOURCE_ROOT]
 
-Every id in the code is in resources/messages.txt and the other way round; ids are written as whole
-string literals; the placeholders of a text fit the arguments at each use:
-  formatMessage("id", {a, b})                    "^1s" ... "^2s"
-  formatPositional(messageText("id"), {a, b})    the same
-  formatPrintf(messageText("id").c_str(), a, b)  printf conversions, also through a named text:
-  X = messageText("id"); ... formatPrintf(X.c_str(), a, b)
-  messageText("id") and ids in tables            no placeholders
+Every message in the code (Message::rVTName) is in resources/messages.txt and the other way round;
+the placeholders of a text fit the arguments at each use, M standing for a message:
+  formatMessage(M, {a, b})                     "^1s" ... "^2s"
+  formatPositional(messageText(M), {a, b})     the same
+  formatPrintf(messageText(M).c_str(), a, b)   printf conversions, also through a named text:
+  X = messageText(M); ... formatPrintf(X.c_str(), a, b)
+  messageText(M) and messages in tables        no placeholders
 Prints what does not agree and exits with 1.
 """
 import pathlib
@@ -18,7 +18,10 @@ import sys
 
 PREFIX = "s_VistelStrings."
 LITERAL = re.compile(r'"((?:[^"\\\n]|\\.)*)"')
-WHOLE_ID = re.compile(r"s_VistelStrings\.rVT[A-Za-z0-9]+")
+ID = re.compile(r"s_VistelStrings\.(rVT[A-Za-z0-9]+)")
+MESSAGE = r"\bMessage::(rVT\w+)"
+USE = re.compile(MESSAGE)
+TEXT = rf"messageText\(\s*{MESSAGE}\s*\)"
 POSITIONAL = re.compile(r"\^\^|\^(\d+)[sdf]")
 CONVERSION = re.compile(r"%%|%[-+ #0]*\d*(?:\.\d+)?(?:hh|h|ll|l|z|j)?[diuxXofeEgGcs]")
 FOLDERS = ("src", "tools")
@@ -31,12 +34,13 @@ def read_catalogue(path):
             continue
         name, equals, text = line.partition(" =")
         where = f"{path.name}:{number}"
-        if not equals or not WHOLE_ID.fullmatch(name):
+        found = ID.fullmatch(name)
+        if not equals or not found:
             problems.append(f"{where}: not a line 'id = text'")
-        elif name in texts:
+        elif found[1] in texts:
             problems.append(f"{where}: {name} is there twice")
         else:
-            texts[name] = text[1:] if text.startswith(" ") else text
+            texts[found[1]] = text[1:] if text.startswith(" ") else text
     return texts, problems
 
 
@@ -106,11 +110,11 @@ def conversions(text):
 
 
 class Uses:
-    """One file's uses of messages: (line, id, kind, number of arguments)."""
+    """One file's uses of messages with arguments."""
 
     def __init__(self, code):
         self.code = code
-        self.found = {}  # position of the literal -> (id, kind, count)
+        self.found = {}  # position of the name -> (kind, number of arguments)
         self.scan_calls("formatMessage", self.format_message)
         self.scan_calls("formatPositional", self.format_positional)
         self.scan_calls("formatPrintf", self.format_printf)
@@ -120,29 +124,29 @@ class Uses:
             handler(match.end() - 1, arguments(self.code, match.end() - 1))
 
     def record(self, near, name, kind, count):
-        self.found[self.code.index(f'"{name}"', near)] = (name, kind, count)
+        found = re.compile(rf"\bMessage::{name}\b").search(self.code, near)
+        self.found[found.start()] = (kind, count)
 
     def format_message(self, at, words):
-        ids = [i for i in LITERAL.findall(words[0]) if WHOLE_ID.fullmatch(i)] if words else []
-        for name in ids:
+        for name in USE.findall(words[0]) if words else []:
             self.record(at, name, "positional", braced_count(words[1]) if len(words) > 1 else 0)
 
     def format_positional(self, at, words):
-        inner = re.match(r'messageText\(\s*"([^"]*)"\s*\)', words[0]) if words else None
+        inner = re.match(TEXT, words[0]) if words else None
         if inner and len(words) > 1:
             self.record(at, inner.group(1), "positional", braced_count(words[1]))
 
     def format_printf(self, at, words):
         if not words:
             return
-        inner = re.match(r'messageText\(\s*"([^"]*)"\s*\)\s*\.c_str\(\)', words[0])
+        inner = re.match(rf"{TEXT}\s*\.c_str\(\)", words[0])
         if inner:
             self.record(at, inner.group(1), "printf", len(words) - 1)
             return
         named = re.match(r"(\w+)\s*\.c_str\(\)", words[0])
         if not named:
             return
-        pattern = rf'\b{named.group(1)}\s*=\s*messageText\(\s*"([^"]*)"\s*\)'
+        pattern = rf"\b{named.group(1)}\s*=\s*{TEXT}"
         for match in list(re.finditer(pattern, self.code[:at]))[-1:]:
             self.record(match.start(), match.group(1), "printf", len(words) - 1)
 
@@ -165,21 +169,22 @@ def check_file(path, shown, texts, used):
     code = without_comments(path.read_text(encoding="utf-8"))
     uses = Uses(code)
     problems = []
+
+    def complain(match, what):
+        problems.append(f"{shown}:{code.count(chr(10), 0, match.start()) + 1}: {what}")
+
     for match in LITERAL.finditer(code):
-        literal = match.group(1)
-        where = f"{shown}:{code.count(chr(10), 0, match.start()) + 1}"
-        if not WHOLE_ID.fullmatch(literal):
-            if PREFIX in literal or re.search(r"\brVT[A-Z]", literal):
-                problems.append(f'{where}: "{literal}" is a part of a message id')
+        if PREFIX in match[1] or re.search(r"\brVT[A-Z]", match[1]):
+            complain(match, f"{match[0]} is a message written as a text")
+    for match in USE.finditer(code):
+        name = match[1]
+        used.add(name)
+        if name not in texts:
+            complain(match, f"{name} is not in the catalogue")
             continue
-        used.add(literal)
-        if literal not in texts:
-            problems.append(f"{where}: {literal} is not in the catalogue")
-            continue
-        _, kind, count = uses.found.get(match.start(), (literal, "plain", 0))
-        problem = check_use(texts[literal], kind, count)
+        problem = check_use(texts[name], *uses.found.get(match.start(), ("plain", 0)))
         if problem:
-            problems.append(f"{where}: {literal} {problem}")
+            complain(match, f"{name} {problem}")
     return problems
 
 

@@ -62,22 +62,19 @@ void ColourLut::apply(unsigned planes, const uint32_t* stored, size_t pixels,
     viewKernels().lookUp(tables_, planes, stored, pixels, display);
 }
 
-const uint32_t* ColourLut::prepare(int view, int selectedPlane, const uint32_t* stored,
+const uint32_t* ColourLut::prepare(ChannelMode view, ChannelMode selected, const uint32_t* stored,
                                    size_t pixels, DisplayBuffer& display) const {
     if (!lutActive) return stored;
     if (!display.grow(pixels)) return nullptr;
-    apply(planesOfView(view, selectedPlane), stored, pixels, display.pixels());
+    apply(planesOfView(view, selected), stored, pixels, display.pixels());
     return display.pixels();
 }
 
-unsigned planesOfView(int view, int selectedPlane) {
+unsigned planesOfView(ChannelMode view, ChannelMode selected) {
     constexpr unsigned allPlanes = 0xF, colourPlanes = 0xE;
-    if (view > 6) {
-        if (selectedPlane >= 4) return allPlanes;
-        return selectedPlane < 0 ? 0 : 1u << selectedPlane;
-    }
-    if (view > 3) return colourPlanes;
-    return view < 0 ? 0 : 1u << view;
+    if (isSinglePlane(view)) return 1u << planeOf(view);
+    if (!isRelief(view)) return colourPlanes;
+    return isSinglePlane(selected) ? 1u << planeOf(selected) : allPlanes;
 }
 
 }  // namespace vistel

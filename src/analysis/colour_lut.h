@@ -8,6 +8,7 @@
 #include "analysis/display_buffer.h"
 #include "analysis/lut_controls.h"
 #include "analysis/view_kernels.h"
+#include "analysis/view_mode.h"
 
 namespace vistel {
 
@@ -46,15 +47,17 @@ class ColourLut {
     // The pixels to show: the stored ones while the table is not in use, else the corrected copy in
     // `display`, of which only the planes that the view shows are written. Null when there is no
     // memory for the copy.
-    [[nodiscard]] const uint32_t* prepare(int view, int selectedPlane, const uint32_t* stored,
-                                          size_t pixels, DisplayBuffer& display) const;
+    [[nodiscard]] const uint32_t* prepare(ChannelMode view, ChannelMode selected,
+                                          const uint32_t* stored, size_t pixels,
+                                          DisplayBuffer& display) const;
 
  private:
     ByteTables tables_;
 };
 
-// The planes that a view shows, bit k for plane k. Views 0 to 3: that plane; 4 to 6: the colours;
-// above: the selected plane, or all four when its number is 4 or more (none when it is negative).
-unsigned planesOfView(int view, int selectedPlane);
+// The planes that a view shows, bit k for plane k: a single plane itself; all channels, depth and
+// luminance the colours; a relief the selected plane, or all four when it is made from no single
+// plane.
+unsigned planesOfView(ChannelMode view, ChannelMode selected);
 
 }  // namespace vistel

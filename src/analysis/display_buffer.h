@@ -4,14 +4,21 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 
 namespace vistel {
 
 class DisplayBuffer {
  public:
     DisplayBuffer() = default;
-    DisplayBuffer(const DisplayBuffer&) = delete;
-    DisplayBuffer& operator=(const DisplayBuffer&) = delete;
+    DisplayBuffer(DisplayBuffer&& other) noexcept
+        : pixels_(std::exchange(other.pixels_, nullptr)),
+          capacity_(std::exchange(other.capacity_, 0)) {}
+    DisplayBuffer& operator=(DisplayBuffer&& other) noexcept {
+        std::swap(pixels_, other.pixels_);
+        std::swap(capacity_, other.capacity_);
+        return *this;
+    }
     ~DisplayBuffer();
 
     // Room for `pixels` pixels. What was there is kept, new pixels are zero. False, with nothing

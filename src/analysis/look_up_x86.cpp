@@ -5,12 +5,11 @@
 
 #include <immintrin.h>
 
+#include "platform/cpu.h"
+
 namespace vistel {
 
 namespace {
-
-#define VISTEL_AVX2 __attribute__((target("avx2")))
-#define VISTEL_VBMI __attribute__((target("avx2,avx512f,avx512bw,avx512vbmi")))
 
 // AVX2's shuffle looks up 16 entries by the low four bits of each index byte, and gives 0 where its
 // highest bit is set; so a table is 16 rows. Of each pair of rows the wrong one gives 0; then each

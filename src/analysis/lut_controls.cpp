@@ -45,20 +45,20 @@ std::array<bool, lutChannels> ControlChannel::channels() const {
     return chosen;
 }
 
-float lutStep(LutControl control, LutModifiers modifiers) {
-    return rowOf(control).steps[(modifiers.alt ? 2 : 0) + (modifiers.shift ? 1 : 0)];
+float lutStep(LutControl control, const Modifiers& held) {
+    return rowOf(control).steps[(held.alt() ? 2 : 0) + (held.shift() ? 1 : 0)];
 }
 
-void adjust(LutControls& controls, LutControl control, int direction, LutModifiers modifiers,
+void adjust(LutControls& controls, LutControl control, int direction, const Modifiers& held,
             ControlChannel chosen) {
     const ControlRow& row = rowOf(control);
-    const float step = lutStep(control, modifiers);
-    if (!modifiers.control) controls.lastAdjustment = direction < 0 ? -step : step;
+    const float step = lutStep(control, held);
+    if (!held.control()) controls.lastAdjustment = direction < 0 ? -step : step;
     const auto channels = chosen.channels();
     auto& values = controls.*row.values;
     for (int c = 0; c < lutChannels; ++c) {
         if (!channels[c]) continue;
-        values[c] = modifiers.control ? row.neutral : values[c] + controls.lastAdjustment;
+        values[c] = held.control() ? row.neutral : values[c] + controls.lastAdjustment;
     }
 }
 

@@ -4,6 +4,8 @@
 
 #include <array>
 
+#include "host/modifiers.h"
+
 namespace vistel {
 
 constexpr int lutChannels = 3;
@@ -27,11 +29,6 @@ struct LutControls {
 
 enum class LutControl { gain, gamma, saturation, offset };
 
-// The modifier keys held when a key arrived.
-struct LutModifiers {
-    bool shift = false, alt = false, control = false;
-};
-
 // The control channel: 0 none (all three channels), 1 blue, 2 green, 3 red. Its complement (yellow,
 // magenta, cyan) is the two other channels.
 struct ControlChannel {
@@ -42,12 +39,12 @@ struct ControlChannel {
 };
 
 // By how much one key press moves a control, without its sign.
-float lutStep(LutControl control, LutModifiers modifiers);
+float lutStep(LutControl control, const Modifiers& held);
 
 // One press of an adjusting key: steps the chosen channels up (direction 1) or down (-1) and keeps
 // the signed step as lastAdjustment, or, with Control held, sets them back to neutral. The values
 // have no limit; the tables are clamped.
-void adjust(LutControls& controls, LutControl control, int direction, LutModifiers modifiers,
+void adjust(LutControls& controls, LutControl control, int direction, const Modifiers& held,
             ControlChannel chosen);
 
 // Sets gains, gammas and saturations to 1 and offsets to 0. Everything else stays.

@@ -4,18 +4,14 @@
 
 namespace vistel {
 
-const char* missingPlaneMessage(PlaneRequest request, const LoadedPlanes& loaded) {
+Message missingPlaneMessage(ChannelMode view, const LoadedPlanes& loaded) {
     const auto has = [&](ImageFlag flag) { return (loaded.headerFlags & flag) != 0; };
-    switch (request) {
-        case PlaneRequest::colour:
-            return loaded.colour && !has(imageBlack) ? nullptr : "s_VistelStrings.rVTNoColor";
-        case PlaneRequest::mask:
-            return loaded.colour && has(imageMask) ? nullptr : "s_VistelStrings.rVTNoMask";
-        case PlaneRequest::depth:
-            break;
-    }
-    if (loaded.depth) return nullptr;
-    return has(imageZ) ? "s_VistelStrings.rVTZNotLoaded" : "s_VistelStrings.rVTNoZBuffer";
+    if (view == ChannelMode::matte)
+        return loaded.colour && has(imageMask) ? Message::none : Message::rVTNoMask;
+    if (view != ChannelMode::zBuffer)
+        return loaded.colour && !has(imageBlack) ? Message::none : Message::rVTNoColor;
+    if (loaded.depth) return Message::none;
+    return has(imageZ) ? Message::rVTZNotLoaded : Message::rVTNoZBuffer;
 }
 
 }  // namespace vistel

@@ -3,9 +3,10 @@
 
 #include <cstdint>
 
-namespace vistel {
+#include "analysis/view_mode.h"
+#include "host/messages.h"
 
-enum class PlaneRequest { colour, mask, depth };
+namespace vistel {
 
 // What a frame has loaded, and the flags of its header.
 struct LoadedPlanes {
@@ -14,7 +15,7 @@ struct LoadedPlanes {
     uint32_t headerFlags = 0;
 };
 
-// Null when the plane can be shown, else the id of the message to show instead.
-const char* missingPlaneMessage(PlaneRequest request, const LoadedPlanes& loaded);
+// None when the view's planes are there, else the message to show instead.
+Message missingPlaneMessage(ChannelMode view, const LoadedPlanes& loaded);
 
 }  // namespace vistel

@@ -44,10 +44,10 @@ Range percentileRange(const float* z, size_t pixels, uint32_t* scratch) {
 
 }  // namespace
 
-void buildPlaneView(int plane, bool maskInverted, const uint32_t* stored, size_t pixels,
+void buildPlaneView(ChannelMode plane, bool maskInverted, const uint32_t* stored, size_t pixels,
                     uint32_t* view) {
-    const uint8_t flip = plane == 0 && maskInverted ? 0xFF : 0;
-    viewKernels().greyPlane(plane, flip, stored, pixels, view);
+    const uint8_t flip = plane == ChannelMode::matte && maskInverted ? 0xFF : 0;
+    viewKernels().greyPlane(planeOf(plane), flip, stored, pixels, view);
 }
 
 void buildLuminanceView(const uint32_t* stored, size_t pixels, uint32_t* view) {

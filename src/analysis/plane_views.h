@@ -6,12 +6,13 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "analysis/view_mode.h"
+
 namespace vistel {
 
-// View of one stored plane: 0 mask, 1 blue, 2 green, 3 red. `maskInverted` shows the mask as
-// 255 - byte and leaves the other planes alone. `stored` and `view` hold `pixels` pixels; they may
-// be the same.
-void buildPlaneView(int plane, bool maskInverted, const uint32_t* stored, size_t pixels,
+// View of one stored plane. `maskInverted` shows the mask as 255 - byte and leaves the other planes
+// alone. `stored` and `view` hold `pixels` pixels; they may be the same.
+void buildPlaneView(ChannelMode plane, bool maskInverted, const uint32_t* stored, size_t pixels,
                     uint32_t* view);
 
 // Luminance (red + 2 green + blue) / 4. Works on four pixels at a time; the last pixels % 4 are 0.

@@ -49,13 +49,13 @@ void buildReliefView(const uint8_t* shade, const uint32_t* colour, int strength,
     viewKernels().blendRelief({factor, base}, shade, colour, pixels, view);
 }
 
-std::optional<uint32_t> profileColour(int view) {
+std::optional<uint32_t> profileColour(ChannelMode view) {
     static constexpr std::optional<uint32_t> colours[] = {
         0x808000,     0x800000, 0x008000, 0x000080,  // mask, blue, green, red
         std::nullopt, 0x008080, 0x808080,            // all channels, depth, luminance
     };
-    const bool listed = view >= 0 && view < static_cast<int>(std::size(colours));
-    return listed ? colours[view] : std::nullopt;
+    const auto number = static_cast<size_t>(view);
+    return number < std::size(colours) ? colours[number] : std::nullopt;
 }
 
 void profileOfRow(const uint32_t* heights, size_t width, size_t row, ProfilePoint* points) {

@@ -9,16 +9,16 @@
 #include <optional>
 
 #include "analysis/relief_table.h"
+#include "analysis/view_mode.h"
 
 namespace vistel {
 
-// View numbers of the two relief views.
-constexpr int invertedReliefView = 7;
-constexpr int reliefView = 8;
 constexpr int strongestRelief = 256;
 
 // The view that a relief of this slope is: inverted when the slope is above 0.
-constexpr int reliefViewOf(float slope) { return slope > 0 ? invertedReliefView : reliefView; }
+constexpr ChannelMode reliefViewOf(float slope) {
+    return slope > 0 ? ChannelMode::invertedBump : ChannelMode::bump;
+}
 
 class ReliefShader {
  public:
@@ -53,7 +53,7 @@ void buildReliefView(const uint8_t* shade, const uint32_t* colour, int strength,
 constexpr size_t profileRowStep = 8;
 
 // Packed colour (red lowest) of the profile of a view; none for the views that have no profile.
-std::optional<uint32_t> profileColour(int view);
+std::optional<uint32_t> profileColour(ChannelMode view);
 
 struct ProfilePoint {
     float x, y;  // image pixels

@@ -6,7 +6,7 @@
 #include <cstring>
 #include <utility>
 
-#include "platform/process.h"
+#include "platform/cpu.h"
 
 namespace vistel {
 
@@ -164,13 +164,8 @@ const ViewKernels& scalarViewKernels() {
 }
 
 const ViewKernels& viewKernels() {
-    static const ViewKernels& chosen = []() -> const ViewKernels& {
-        if (platform::environmentVariable("VISTEL_SCALAR").value_or("") == "1")
-            return scalarViewKernels();
-        for (auto* find : {vbmiViewKernels, avx2ViewKernels, sse2ViewKernels})
-            if (const ViewKernels* fast = find()) return *fast;
-        return scalarViewKernels();
-    }();
+    static const ViewKernels& chosen = platform::fastestKernels(
+        scalarViewKernels(), {vbmiViewKernels, avx2ViewKernels, sse2ViewKernels});
     return chosen;
 }
 

@@ -6,12 +6,11 @@
 #include <immintrin.h>
 
 #include "analysis/look_up_x86.h"
+#include "platform/cpu.h"
 
 namespace vistel {
 
 namespace {
-
-#define VISTEL_AVX2 __attribute__((target("avx2")))
 
 inline __m128i load4(const uint32_t* pixels) {
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(pixels));
@@ -198,13 +197,11 @@ const ViewKernels* sse2ViewKernels() {
 const ViewKernels* avx2ViewKernels() {
     static const ViewKernels kernels{"AVX2",        lookUpAvx2,   greyPlaneAvx2, luminanceAvx2,
                                      greyBytesSse2, shadeRowAvx2, true,          blendReliefAvx2};
-    return __builtin_cpu_supports("avx2") ? &kernels : nullptr;
+    return platform::cpuHasAvx2() ? &kernels : nullptr;
 }
 
 const ViewKernels* vbmiViewKernels() {
-    if (!avx2ViewKernels() || !__builtin_cpu_supports("avx512bw") ||
-        !__builtin_cpu_supports("avx512vbmi"))
-        return nullptr;
+    if (!platform::cpuHasVbmi()) return nullptr;
     static const ViewKernels kernels = [] {
         ViewKernels set = *avx2ViewKernels();
         set.name = "VBMI";

@@ -4,8 +4,8 @@
 #include <cstddef>
 #include <vector>
 
-#include "app/viewer_state.h"
 #include "host/tstring.h"
+#include "sequence/sequence_state.h"
 
 namespace vistel {
 

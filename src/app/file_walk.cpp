@@ -5,11 +5,12 @@
 #include <string>
 #include <utility>
 
+#include "app/source_opening.h"
 #include "host/messages.h"
 #include "platform/files.h"
 #include "sequence/frame_name.h"
+#include "sequence/frame_range.h"
 #include "sequence/frame_sequence.h"
-#include "sequence/source_range.h"
 
 namespace vistel {
 
@@ -26,11 +27,11 @@ void print(FILE* stream, const Tstring& text) {
     std::fflush(stream);
 }
 
-// Opens the source and counts it.
+// Opens and shows the source, and counts it.
 void open(const Tstring& name, const StartUpServices& services, FileCounts& counts) {
-    const int result = services.openSource ? services.openSource(name) : -1;
+    const int code = openAndShow(name, services);
     ++counts.processed;
-    if (result != 0) ++counts.failed;
+    if (code != 0) ++counts.failed;
 }
 
 // The words of the command line, taken one by one.
@@ -88,19 +89,20 @@ void takeFileName(const Tstring& name) {
     const size_t lastSeparator = viewerState.nativeFileName.rfind('\\');
     if (lastSeparator == Tstring::npos || lastSeparator == 0) return;
     // A folder that is not there is left to the opener to report.
-    (void)platform::setCurrentDirectory(fromStartDirectory(name.substr(0, lastSeparator)));
+    const Tstring folder = name.substr(0, lastSeparator);
+    (void)platform::setCurrentDirectory(fromStartDirectory(viewerState.startDirectory, folder));
 }
 
 // Standard input carries one image only: a range for it is forgotten before anything follows it.
 void refuseAnimationFromInput() {
     if (!viewerState.animation) return;
-    print(stderr, messageText("s_VistelStrings.rVTNoAnimPipeMode"));
-    forgetAnimation();
+    print(stderr, messageText(Message::rVTNoAnimPipeMode));
+    forgetAnimation(viewerState);
 }
 
 // The empty name stands for standard input elsewhere; as an argument it names nothing.
 void refuseEmptyName(FileCounts& counts) {
-    print(stderr, messageText("s_VistelStrings.rVTEmptyName"));
+    print(stderr, messageText(Message::rVTEmptyName));
     ++counts.processed;
     ++counts.failed;
 }
@@ -111,9 +113,8 @@ void showArgument(const Tstring& argument, const StartUpServices& services, File
     if (standardInput) refuseAnimationFromInput();
     const Tstring name = discoverSequence(argument, services);
     takeFileName(name);
-    normaliseRange();
-    if (viewerState.verbose)
-        print(stdout, formatMessage("s_VistelStrings.rVTFileName", {argument}));
+    normaliseRange(services);
+    if (viewerState.verbose) print(stdout, formatMessage(Message::rVTFileName, {argument}));
     open(standardInput ? Tstring() : name, services, counts);
 }
 
@@ -123,9 +124,9 @@ bool showNextFile(WordReader& words, CommandLine& line, const StartUpServices& s
                   FileCounts& counts) {
     viewerState.animation = 0;  // an earlier file's range and padding are its own
     viewerState.padWidth = 0;
-    if (line.rangeGiven) takeRange(line.range);
+    if (line.rangeGiven) takeRange(viewerState, line.range);
     const PerFileValues values;
-    beginSource();
+    beginSource(services);
 
     const Tstring* argument = words.take();
     if (opensInlineRange(*argument)) {
@@ -133,7 +134,7 @@ bool showNextFile(WordReader& words, CommandLine& line, const StartUpServices& s
         argument = takeInlineRange(opener, words);
         if (!argument) {
             line.outcome = StartUpOutcome::usageWanted;
-            line.complaint = formatMessage("s_VistelStrings.rVTMissingArgument", {opener});
+            line.complaint = formatMessage(Message::rVTMissingArgument, {opener});
             return false;
         }
     }
@@ -169,17 +170,17 @@ void showFilesRepeatedly(CommandLine& line, const StartUpServices& services, Fil
 }
 
 void showTestImage(const StartUpServices& services, FileCounts& counts) {
-    if (viewerState.animation) print(stderr, messageText("s_VistelStrings.rVTNoAnimTestMode"));
-    forgetAnimation();
-    beginSource();
+    if (viewerState.animation) print(stderr, messageText(Message::rVTNoAnimTestMode));
+    forgetAnimation(viewerState);
+    beginSource(services);
     open(testModeSource, services, counts);
 }
 
 void showStandardInput(const StartUpServices& services, FileCounts& counts) {
     viewerState.sequenceMode = 0;
-    forgetAnimation();
-    beginSource();
-    normaliseRange();
+    forgetAnimation(viewerState);
+    beginSource(services);
+    normaliseRange(services);
     open("", services, counts);
 }
 
@@ -208,8 +209,7 @@ void servePendingOpens(const StartUpServices& services) {
         viewerState.quitRequested = 0;
         const Tstring name = std::exchange(viewerState.pendingOpen, {});
         const FrameRange range = viewerState.pendingRange;
-        if (services.reopenSource)
-            (void)services.reopenSource(name, range.start, range.end, range.step);
+        (void)reopenSource(name, range, services);
     }
 }
 

@@ -6,26 +6,26 @@
 #include "host/application.h"
 #include "host/messages.h"
 #include "platform/process.h"
+#include "resources/command_ids.h"
+#include "viewer/viewer_state.h"
 
 namespace vistel {
 
 namespace {
 
-constexpr int fullResolutionCommand = 40028;
-
 // -B, -S ...: sets one field of the state to a fixed value.
-template <int32_t ViewerState::*field, int32_t value = 1>
+template <auto field, int32_t value = 1>
 void set(OptionUse&) {
     viewerState.*field = value;
 }
 
 // -s, -m: one integer argument.
-template <int32_t ViewerState::*field>
+template <auto field>
 void setInt(OptionUse& use) {
     viewerState.*field = use.argument(0).asInt32();
 }
 
-template <Tstring ViewerState::*field>
+template <auto field>
 void setName(OptionUse& use) {
     viewerState.*field = use.argument(0);
 }
@@ -43,18 +43,14 @@ void tavoPutEnv(const Tstring& assignment) {
 }
 
 void setPluginGamma(OptionUse& use) {
-    tavoPutEnv(formatMessage("s_VistelStrings.rVTRlaGamma", {use.argument(0).asDouble()}));
+    tavoPutEnv(formatMessage(Message::rVTRlaGamma, {use.argument(0).asDouble()}));
 }
 
-void refuseStereo(OptionUse& use) { showBox(use, messageText("s_VistelStrings.rVTNoStereo")); }
+void refuseStereo(OptionUse& use) { showBox(use, messageText(Message::rVTNoStereo)); }
 
-void refuseCrop(OptionUse& use) {
-    showBox(use, messageText("s_VistelStrings.rVTCropFilterNoSupport"));
-}
+void refuseCrop(OptionUse& use) { showBox(use, messageText(Message::rVTCropFilterNoSupport)); }
 
-void refuseResolution(OptionUse& use) {
-    showBox(use, messageText("s_VistelStrings.rVTResNoSupport"));
-}
+void refuseResolution(OptionUse& use) { showBox(use, messageText(Message::rVTResNoSupport)); }
 
 void setFilmLog(OptionUse&) {
     viewerState.lutActive = 1;
@@ -68,7 +64,7 @@ void setSequenceDelay(OptionUse& use) {
 
 void setFullResolution(OptionUse& use) {
     viewerState.noRescale = 1;
-    callIfSet(use.services.checkMenuItem, fullResolutionCommand, true);
+    callIfSet(use.services.checkMenuItem, COMMAND_FULL_RESOLUTION, true);
 }
 
 void keepPlayFormat(OptionUse& use) { use.line.playFormat = use.argument(0); }
@@ -119,39 +115,39 @@ using S = ViewerState;
 
 // clang-format off
 constexpr OptionRow rows[] = {
-    {'G', "gamma",       "string",          "<gamma>",                 setPluginGamma,          "s_VistelStrings.rVTOptGamma"},
-    {'B', "nowinborder", "",                "",                        set<&S::noWinBorder>,    "s_VistelStrings.rVTOptNoWinBorder"},
-    {'D', "stereomode",  "",                "",                        refuseStereo,            "s_VistelStrings.rVTOptStereoMode"},
-    {'C', "cropfilter",  "int int int int", "<x1> <y1> <x2> <y2>",     refuseCrop,              "s_VistelStrings.rVTOptCropFilter"},
-    {'K', "docin",       "",                "",                        setFilmLog,              "s_VistelStrings.rVTOptDoCin"},
-    {'S', "sequence",    "",                "",                        set<&S::sequenceMode>,   "s_VistelStrings.rVTOptSequence"},
-    {'T', "sequencet",   "",                "",                        setSequenceDelay,        "s_VistelStrings.rVTOptSequenceT"},
-    {'f', "findfirst",   "",                "",                        set<&S::findFirst>,      "s_VistelStrings.rVTOptFindFirst"},
-    {'F', "norescale",   "",                "",                        setFullResolution,       "s_VistelStrings.rVTOptNoRescale"},
-    {'R', "res",         "string",          "<resolution>",            refuseResolution,        "s_VistelStrings.rVTOptRes"},
-    {'r', "playformat",  "string",          "film|pal|ntsc|<rate>",    keepPlayFormat,          "s_VistelStrings.rVTOptPlayFormat"},
-    {'a', "showall",     "",                "",                        set<&S::showAll>,        "s_VistelStrings.rVTOptShowAll"},
-    {'d', "demo",        "",                "",                        set<&S::fullScreen>,     "s_VistelStrings.rVTOptDemo"},
-    {'e', "histo",       "",                "",                        set<&S::histogram>,      "s_VistelStrings.rVTOptHisto"},
-    {'h', "help",        "",                "",                        wantHelp,                "s_VistelStrings.rVTOptHelp"},
-    {'p', "padnum",      "",                "",                        set<&S::padNum>,         "s_VistelStrings.rVTOptPadNum"},
-    {'c', "inter",       "",                "",                        set<&S::inter, 0>,       "s_VistelStrings.rVTOptInter"},
-    {'v', "verbose",     "",                "",                        set<&S::verbose>,        "s_VistelStrings.rVTOptVerbose"},
+    {'G', "gamma",       "string",          "<gamma>",                 setPluginGamma,          Message::rVTOptGamma},
+    {'B', "nowinborder", "",                "",                        set<&S::noWinBorder>,    Message::rVTOptNoWinBorder},
+    {'D', "stereomode",  "",                "",                        refuseStereo,            Message::rVTOptStereoMode},
+    {'C', "cropfilter",  "int int int int", "<x1> <y1> <x2> <y2>",     refuseCrop,              Message::rVTOptCropFilter},
+    {'K', "docin",       "",                "",                        setFilmLog,              Message::rVTOptDoCin},
+    {'S', "sequence",    "",                "",                        set<&S::sequenceMode>,   Message::rVTOptSequence},
+    {'T', "sequencet",   "",                "",                        setSequenceDelay,        Message::rVTOptSequenceT},
+    {'f', "findfirst",   "",                "",                        set<&S::findFirst>,      Message::rVTOptFindFirst},
+    {'F', "norescale",   "",                "",                        setFullResolution,       Message::rVTOptNoRescale},
+    {'R', "res",         "string",          "<resolution>",            refuseResolution,        Message::rVTOptRes},
+    {'r', "playformat",  "string",          "film|pal|ntsc|<rate>",    keepPlayFormat,          Message::rVTOptPlayFormat},
+    {'a', "showall",     "",                "",                        set<&S::showAll>,        Message::rVTOptShowAll},
+    {'d', "demo",        "",                "",                        set<&S::fullScreen>,     Message::rVTOptDemo},
+    {'e', "histo",       "",                "",                        set<&S::histogram>,      Message::rVTOptHisto},
+    {'h', "help",        "",                "",                        wantHelp,                Message::rVTOptHelp},
+    {'p', "padnum",      "",                "",                        set<&S::padNum>,         Message::rVTOptPadNum},
+    {'c', "inter",       "",                "",                        set<&S::inter, 0>,       Message::rVTOptInter},
+    {'v', "verbose",     "",                "",                        set<&S::verbose>,        Message::rVTOptVerbose},
     // Despite its name, "zon" switches the depth planes off.
-    {'z', "zon",         "",                "",                        set<&S::loadZ, 0>,       "s_VistelStrings.rVTOptZon"},
-    {'Z', "forcezon",    "",                "",                        set<&S::forceZ>,         "s_VistelStrings.rVTOptForceZon"},
-    {'w', "synchro",     "",                "",                        set<&S::synchro>,        "s_VistelStrings.rVTOptSynchro"},
-    {'g', "defgamma",    "string",          "<gamma>",                 setGamma,                "s_VistelStrings.rVTOptDefGamma"},
-    {'k', "kmem",        "string",          "<factor>",                setMemoryFactor,         "s_VistelStrings.rVTOptKmem"},
-    {'s', "rfact",       "int",             "<factor>",                setInt<&S::rfact>,       "s_VistelStrings.rVTOptRfact"},
-    {'m', "magnify",     "int",             "<factor>",                setInt<&S::magnify>,     "s_VistelStrings.rVTOptMagnify"},
-    {'l', "maxlevel",    "int",             "<level>",                 setMaxLevel,             "s_VistelStrings.rVTOptMaxLevel"},
-    {'W', "work",        "string",          "<folder>",                setName<&S::workDir>,    "s_VistelStrings.rVTOptWork"},
-    {'P', "project",     "string",          "<name>",                  setName<&S::projectName>, "s_VistelStrings.rVTOptProject"},
-    {'t', "test",        "",                "",                        set<&S::testMode>,       "s_VistelStrings.rVTOptTest"},
-    {'N', "onefile",     "",                "",                        set<&S::oneFile>,        "s_VistelStrings.rVTOptOneFile"},
-    {'n', "animation",   "int int int",     "<start> <end> <step>",    setRange,                "s_VistelStrings.rVTOptAnimation"},
-    {'u', "audiofile",   "string ? string", "<sound file> [<frame>]",  setSound,                "s_VistelStrings.rVTOptAudioFile"},
+    {'z', "zon",         "",                "",                        set<&S::loadZ, 0>,       Message::rVTOptZon},
+    {'Z', "forcezon",    "",                "",                        set<&S::forceZ>,         Message::rVTOptForceZon},
+    {'w', "synchro",     "",                "",                        set<&S::synchro>,        Message::rVTOptSynchro},
+    {'g', "defgamma",    "string",          "<gamma>",                 setGamma,                Message::rVTOptDefGamma},
+    {'k', "kmem",        "string",          "<factor>",                setMemoryFactor,         Message::rVTOptKmem},
+    {'s', "rfact",       "int",             "<factor>",                setInt<&S::rfact>,       Message::rVTOptRfact},
+    {'m', "magnify",     "int",             "<factor>",                setInt<&S::magnify>,     Message::rVTOptMagnify},
+    {'l', "maxlevel",    "int",             "<level>",                 setMaxLevel,             Message::rVTOptMaxLevel},
+    {'W', "work",        "string",          "<folder>",                setName<&S::workDir>,    Message::rVTOptWork},
+    {'P', "project",     "string",          "<name>",                  setName<&S::projectName>, Message::rVTOptProject},
+    {'t', "test",        "",                "",                        set<&S::testMode>,       Message::rVTOptTest},
+    {'N', "onefile",     "",                "",                        set<&S::oneFile>,        Message::rVTOptOneFile},
+    {'n', "animation",   "int int int",     "<start> <end> <step>",    setRange,                Message::rVTOptAnimation},
+    {'u', "audiofile",   "string ? string", "<sound file> [<frame>]",  setSound,                Message::rVTOptAudioFile},
 };
 // clang-format on
 static_assert(std::size(rows) == 32);
@@ -159,17 +155,17 @@ static_assert(std::size(rows) == 32);
 // Of a group of flags the letter that is meant, with the group.
 Tstring nameOfOption(const qdOS::GetOpt::Result& result) {
     if (result.option == result.word) return result.word;
-    return formatMessage("s_VistelStrings.rVTOptionInGroup", {result.option, result.word});
+    return formatMessage(Message::rVTOptionInGroup, {result.option, result.word});
 }
 
 Tstring complaintAbout(const qdOS::GetOpt::Result& result) {
     using Problem = qdOS::GetOpt::Problem;
     const Tstring option = nameOfOption(result);
     if (result.problem == Problem::missingArgument)
-        return formatMessage("s_VistelStrings.rVTMissingArgument", {option});
+        return formatMessage(Message::rVTMissingArgument, {option});
     if (result.problem == Problem::unexpectedArgument)
-        return formatMessage("s_VistelStrings.rVTUnexpectedArgument", {option});
-    return formatMessage("s_VistelStrings.rVTUnknownOption", {option});
+        return formatMessage(Message::rVTUnexpectedArgument, {option});
+    return formatMessage(Message::rVTUnknownOption, {option});
 }
 
 }  // namespace

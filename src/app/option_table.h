@@ -8,6 +8,7 @@
 #include "app/command_line.h"
 #include "app/start_up_services.h"
 #include "host/get_opt.h"
+#include "host/messages.h"
 
 namespace vistel {
 
@@ -27,7 +28,7 @@ struct OptionRow {
     const char* argumentTypes;  // as qdOS::GetOpt reads them
     const char* argumentNames;  // as the usage shows them
     void (*apply)(OptionUse& use);
-    const char* textId;  // what it does, in a few words
+    Message textId;  // what it does, in a few words
 };
 
 std::span<const OptionRow> optionTable();

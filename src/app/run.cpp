@@ -1,15 +1,23 @@
 #include "app/run.h"
 
+#include <utility>
+
 #include "app/session.h"
 #include "host/image_plugins.h"
 #include "platform/dialogs.h"
 #include "platform/files.h"
 #include "platform/menu.h"
 #include "platform/process.h"
+#include "platform/window.h"
 #include "sequence/frame_sequence.h"
 #include "sequence/image_source.h"
-#include "viewer/display_lut.h"
-#include "viewer/viewer_hooks.h"
+#include "viewer/picture/display_lut.h"
+#include "viewer/playback/frame_display.h"
+#include "viewer/show_source.h"
+#include "viewer/viewer_session.h"
+#include "viewer/viewer_state.h"
+#include "viewer/window/window_context.h"
+#include "viewer/window/window_layer.h"
 
 namespace vistel {
 
@@ -19,16 +27,30 @@ constexpr int standardInput = 0;
 
 bool standardInputIsConsole() { return platform::isCharacterDevice(standardInput); }
 
+int openSource(const Tstring& name, FrameStore& frame) {
+    return openImageSource(viewerState, name, readTerms(viewerState),
+                           platform::windowExists(windowContext().window), frame);
+}
+
 StartUpServices joinedServices() {
     StartUpServices services;
     services.loadPlugins = loadAllPXFPlugins;
-    services.openSource = openImageSource;
-    services.reopenSource = reopenSource;
-    services.discover = discoverNumberedFiles;
-    services.buildDisplayTable = startDisplayLut;
-    services.runEmptyWindow = runEmptyWindow;
-    services.checkMenuItem = platform::checkMenuItem;
-    services.showMessageBox = platform::showMessageBox;
+    services.openSource = openSource;
+    services.sourceBegins = forgetClosedWindow;
+    services.clearImageState = [] { clearViewerSession(viewerState); };
+    services.showSource = [](FrameStore&& frame) { showSource(viewerState, std::move(frame)); };
+    services.discover = [](const Tstring& stem) {
+        return discoverNumberedFiles(viewerState, stem, viewerState);
+    };
+    services.buildDisplayTable = [] { startDisplayLut(viewerState); };
+    services.joinViewer = [] { installViewer(viewerState); };
+    services.runEmptyWindow = [] { runEmptyWindow(viewerState); };
+    services.checkMenuItem = [](int command, bool checked) {
+        platform::checkMenuItem(windowContext().window, command, checked);
+    };
+    services.showMessageBox = [](const std::string& caption, const std::string& text) {
+        platform::showMessageBox(windowContext().window, caption, text);
+    };
     services.interrupted = platform::interruptRequested;
     services.standardInputIsConsole = standardInputIsConsole;
     return services;
@@ -39,7 +61,6 @@ StartUpServices joinedServices() {
 int runVistel(int argc, char** argv) {
     platform::keepStandardStreams();
     platform::catchInterrupts();
-    installViewer();
     return runSession(argc, argv, joinedServices());
 }
 

@@ -7,6 +7,7 @@
 #include "app/usage.h"
 #include "host/messages.h"
 #include "settings/saved_settings.h"
+#include "viewer/viewer_state.h"
 
 namespace vistel {
 
@@ -22,7 +23,7 @@ int endWithUsage(const CommandLine& line) {
 
 // The text is a printf format with two integers.
 void printCounts(const FileCounts& counts) {
-    const Tstring format = messageText("s_VistelStrings.rVTResult");
+    const Tstring format = messageText(Message::rVTResult);
     std::fputs(formatPrintf(format.c_str(), counts.processed, counts.failed).c_str(), stderr);
     std::fflush(stderr);
 }
@@ -43,7 +44,7 @@ int runSession(int argc, const char* const* argv, const StartUpServices& service
 
     if (viewerState.verbose) printCounts(counts);
     viewerState.savedFrameRate = viewerState.frameRate;
-    writeSettings();
+    writeSettings(viewerState);
     return statusDone;
 }
 

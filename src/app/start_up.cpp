@@ -7,6 +7,7 @@
 #include "platform/files.h"
 #include "platform/process.h"
 #include "settings/saved_settings.h"
+#include "viewer/viewer_state.h"
 
 namespace vistel {
 
@@ -77,12 +78,13 @@ Tstring installRoot(const Tstring& programPath) {
 
 void prepareProcess(const StartUpServices& services) {
     viewerState = ViewerState{};
+    callIfSet(services.joinViewer);
     platform::setNativeLocale();
     setApplicationName("VisTel");
     const Tstring helpBase = helpBaseOf(locateInstallation());
     callIfSet(services.loadPlugins);
     viewerState.helpBase = helpBase + helpFolder;
-    readSettings();
+    readSettings(viewerState);
     platform::setBinaryFileMode();
     viewerState.startDirectory = platform::currentDirectory();
 }

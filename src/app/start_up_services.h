@@ -6,23 +6,29 @@
 #include <string>
 
 #include "host/tstring.h"
+#include "iff/frame_store.h"
 
 namespace vistel {
 
 struct StartUpServices {
     // --- sources ---
-    // Opens a source, loads it and runs the viewer on it; the empty name is standard input. 0 or a
-    // failure.
-    int (*openSource)(const Tstring& name) = nullptr;
-    // The same for a source chosen in the window; step 0 means a single image.
-    int (*reopenSource)(const Tstring& name, int start, int end, int step) = nullptr;
+    // Opens a source and reads its first picture; the empty name is standard input. 0 or a failure.
+    int (*openSource)(const Tstring& name, FrameStore& frame) = nullptr;
     // Looks for the numbered files of a stem ending with a dot; non-zero when there are some, and
     // the frame range of the state is then filled.
     int (*discover)(const Tstring& stem) = nullptr;
 
     // --- viewer ---
+    // A source begins: what the window of the one before has left behind is over.
+    void (*sourceBegins)() = nullptr;
+    // Forgets what is kept for one image: frames, place, channel, view.
+    void (*clearImageState)() = nullptr;
+    // Shows the source that was opened, until the user leaves it.
+    void (*showSource)(FrameStore&& frame) = nullptr;
     // The window without a picture, until it is closed.
     void (*runEmptyWindow)() = nullptr;
+    // Joins the viewer to its window, once the state is there.
+    void (*joinViewer)() = nullptr;
     // Allocates the display look-up table, sets its factors from the state and builds it.
     void (*buildDisplayTable)() = nullptr;
     void (*checkMenuItem)(int command, bool checked) = nullptr;

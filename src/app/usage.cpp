@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "app/option_table.h"
+#include "host/application.h"
 #include "host/messages.h"
 #include "platform/process.h"
 
@@ -11,11 +12,9 @@ namespace vistel {
 
 namespace {
 
-constexpr const char* versionNumber = "8.5";
-
-constexpr const char* helpIds[] = {
-    "s_VistelStrings.rVTHelp1", "s_VistelStrings.rVTHelp2", "s_VistelStrings.rVTHelp3",
-    "s_VistelStrings.rVTHelp4", "s_VistelStrings.rVTHelp5", "s_VistelStrings.rVTHelp6",
+constexpr Message helpIds[] = {
+    Message::rVTHelp1, Message::rVTHelp2, Message::rVTHelp3,
+    Message::rVTHelp4, Message::rVTHelp5, Message::rVTHelp6,
 };
 
 // Exit statuses with which command interpreters say that there is no such program.
@@ -57,16 +56,16 @@ Tstring optionList() {
 
 Tstring usageText(const Tstring& programName) {
     const Tstring name = baseName(programName);
-    const Tstring version = messageText("s_VistelStrings.rVTVistelVersionForWin") + versionNumber;
-    const Tstring description = messageText("s_VistelStrings.rVTVistelDescWin");
-    return formatMessage("s_VistelStrings.rVTVistelUsage", {version, description}) + "\n" +
-           formatMessage("s_VistelStrings.rVTUsage", {name, optionList()}) +
-           formatMessage("s_VistelStrings.rVTUsageCont", {name}) + "\n";
+    const Tstring version = messageText(Message::rVTVistelVersionForWin) + applicationVersion();
+    const Tstring description = messageText(Message::rVTVistelDescWin);
+    return formatMessage(Message::rVTVistelUsage, {version, description}) + "\n" +
+           formatMessage(Message::rVTUsage, {name, optionList()}) +
+           formatMessage(Message::rVTUsageCont, {name}) + "\n";
 }
 
 Tstring helpText() {
     Tstring text;
-    for (const char* id : helpIds) text += messageText(id);
+    for (const Message id : helpIds) text += messageText(id);
     return text;
 }
 

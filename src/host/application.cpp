@@ -1,5 +1,7 @@
 #include "host/application.h"
 
+#include "program_version.h"
+
 namespace vistel {
 
 namespace {
@@ -9,5 +11,7 @@ Tstring registeredName;
 void setApplicationName(const Tstring& name) { registeredName = name; }
 
 const Tstring& applicationName() { return registeredName; }
+
+const char* applicationVersion() { return VISTEL_VERSION; }
 
 }  // namespace vistel

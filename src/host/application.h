@@ -1,4 +1,5 @@
-// The name under which the program presents itself (captions of its message boxes).
+// The name under which the program presents itself (captions of its message boxes), and its
+// version.
 #pragma once
 
 #include "host/tstring.h"
@@ -7,5 +8,8 @@ namespace vistel {
 
 void setApplicationName(const Tstring& name);
 const Tstring& applicationName();
+
+// "8.5": the project's own, which the file's properties tell, too.
+const char* applicationVersion();
 
 }  // namespace vistel

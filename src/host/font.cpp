@@ -44,7 +44,7 @@ Font::Font(const platform::FontRequest& request) : handle_(platform::createFont(
 
 // The same value whichever thread finds it out first; 0 stands for "not known yet".
 int Font::characterWidth(char character) const {
-    std::atomic<int16_t>& known = widths_[static_cast<size_t>(character)];
+    std::atomic<int16_t>& known = widths_[static_cast<unsigned char>(character)];
     if (known == 0) {
         const int width = platform::textWidth(handle_, std::string(1, character));
         if (width <= 0) return 0;
@@ -62,8 +62,8 @@ int Font::width(std::string_view text) const {
     return width;
 }
 
-void Font::draw(int x, int y, std::string_view text) const {
-    platform::drawText(handle_, x, y, text);
+void Font::draw(platform::Window* window, int x, int y, std::string_view text) const {
+    platform::drawText(window, handle_, x, y, text);
 }
 
 const Font& viewerFont() {

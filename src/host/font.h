@@ -9,6 +9,10 @@
 #include "host/tstring.h"
 #include "platform/text.h"
 
+namespace vistel::platform {
+struct Window;
+}
+
 namespace vistel::qdGR {
 
 // What a description such as "-*-helvetica-bold-r-normal--10-*-*-*-*-*-iso8859-1" asks for. The
@@ -24,9 +28,8 @@ class Font {
     // Pixels from the start of a line of text to its end.
     int width(std::string_view text) const;
 
-    // Draws a line on the surface of the calling thread in the current colour, its baseline
-    // starting at (x, y).
-    void draw(int x, int y, std::string_view text) const;
+    // Draws a line on the window's surface in the current colour, its baseline starting at (x, y).
+    void draw(platform::Window* window, int x, int y, std::string_view text) const;
 
  private:
     int characterWidth(char character) const;

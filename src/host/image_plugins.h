@@ -1,6 +1,6 @@
 // The image plug-in table: the file types that the image converter reads and writes. The table is
-// the converter's own (resources/image_types.txt), so that the dialogs offer what the converter can do
-// without this program linking any image library.
+// the converter's own (resources/image_types.txt), so that the dialogs offer what the converter can
+// do without this program linking any image library.
 //
 // A type is named by its plug-in name, which users read ("Targa"); its key ("tga") is what the
 // converter is told. Questions about a name that is not there give an empty text or false.
@@ -13,6 +13,9 @@
 #include "host/tstring.h"
 
 namespace vistel {
+
+// The converter's program, beside this one or along the search path.
+inline constexpr const char* imageConverter = "pixconv";
 
 struct ImageType {
     const char* key;

@@ -1,35 +1,36 @@
 #include "host/messages.h"
 
-#include <algorithm>
 #include <cstdio>
+#include <iterator>
 
 namespace vistel {
 
 namespace {
 
-constexpr Message table[] = {
+constexpr CatalogueEntry table[] = {
+    {Message::none, "", ""},
 #include "messages_table.inc"
 };
 
-constexpr bool comesBefore(const Message& a, const Message& b) {
-    return std::string_view(a.id) < std::string_view(b.id);
+constexpr bool rowsAreInPlace() {
+    for (size_t i = 0; i < std::size(table); ++i)
+        if (static_cast<size_t>(table[i].message) != i) return false;
+    return true;
 }
-static_assert(std::is_sorted(std::begin(table), std::end(table), comesBefore));
+static_assert(rowsAreInPlace());
+
+const CatalogueEntry& entryOf(Message message) { return table[static_cast<size_t>(message)]; }
 
 }  // namespace
 
-std::span<const Message> allMessages() { return table; }
+std::span<const CatalogueEntry> messageCatalogue() { return std::span(table).subspan(1); }
 
-Tstring messageText(std::string_view id) {
-    const Message* found = std::lower_bound(
-        std::begin(table), std::end(table), id,
-        [](const Message& message, std::string_view wanted) { return message.id < wanted; });
-    if (found == std::end(table) || found->id != id) return Tstring(id);
-    return found->text;
-}
+const char* messageId(Message message) { return entryOf(message).id; }
 
-Tstring formatMessage(std::string_view id, std::initializer_list<FormatArgument> arguments) {
-    return formatPositional(messageText(id), arguments);
+Tstring messageText(Message message) { return entryOf(message).text; }
+
+Tstring formatMessage(Message message, std::initializer_list<FormatArgument> arguments) {
+    return formatPositional(messageText(message), arguments);
 }
 
 void printError(const Tstring& line) { std::fprintf(stderr, "%s\n", line.c_str()); }

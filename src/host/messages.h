@@ -1,28 +1,38 @@
-// The message catalogue: every text that a user reads, by id ("s_VistelStrings.rVTNoZBuffer"). The
-// texts lie in resources/messages.txt, which the build turns into a table of this program.
+// The message catalogue: every text that a user reads. The texts lie in resources/messages.txt by
+// id ("s_VistelStrings.rVTNoZBuffer"), which the build turns into an enumerator each
+// (Message::rVTNoZBuffer) and a table of this program.
 #pragma once
 
+#include <cstdint>
 #include <initializer_list>
 #include <span>
-#include <string_view>
 
 #include "host/tstring.h"
 
 namespace vistel {
 
-struct Message {
+enum class Message : uint16_t {
+    none,  // no message: its id and its text are empty
+#include "message_ids.inc"
+};
+
+struct CatalogueEntry {
+    Message message;
     const char* id;
     const char* text;
 };
 
-// All messages, sorted by id.
-std::span<const Message> allMessages();
+// All messages but `none`, in the order of their enumerators, which is that of their ids.
+std::span<const CatalogueEntry> messageCatalogue();
 
-// The text of an id. An unknown id gives the id itself, so that a missing text is seen, not lost.
-Tstring messageText(std::string_view id);
+// The id under which the catalogue has the message.
+const char* messageId(Message message);
+
+// The text, with its placeholders.
+Tstring messageText(Message message);
 
 // The text with its "^1s" placeholders filled.
-Tstring formatMessage(std::string_view id, std::initializer_list<FormatArgument> arguments);
+Tstring formatMessage(Message message, std::initializer_list<FormatArgument> arguments);
 
 // Prints a line on standard error.
 void printError(const Tstring& line);

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <bit>
 
+#include "host/byte_order.h"
 #include "host/tstring.h"
-#include "iff/big_endian.h"
 #include "iff/image_description.h"
 #include "iff/image_parse.h"
 #include "platform/files.h"

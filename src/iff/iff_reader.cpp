@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "iff/big_endian.h"
+#include "host/byte_order.h"
 #include "platform/files.h"
 
 namespace vistel {

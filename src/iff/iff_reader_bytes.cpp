@@ -1,7 +1,7 @@
 // The reader's way through the bytes: reading with patience, skipping, finding the end.
 #include <algorithm>
 
-#include "iff/big_endian.h"
+#include "host/byte_order.h"
 #include "iff/iff_reader.h"
 #include "platform/clock.h"
 #include "platform/files.h"

@@ -3,7 +3,8 @@
 #include <algorithm>
 #include <cerrno>
 
-#include "iff/big_endian.h"
+#include "host/byte_order.h"
+#include "host/image_plugins.h"
 #include "iff/with_memory.h"
 #include "platform/files.h"
 #include "platform/process.h"
@@ -32,7 +33,7 @@ int IffWriter::openOutput(const std::string& name, const std::optional<std::stri
         return stream_ ? iffOk : iffIoError;
     }
     const std::optional<std::string> converter =
-        format ? platform::findProgram("pixconv") : std::nullopt;
+        format ? platform::findProgram(imageConverter) : std::nullopt;
     if (converter) {
         stream_ = platform::openPipe(converterWriteCommand(*converter, name, *format), "w");
         isPipe_ = stream_ != nullptr;

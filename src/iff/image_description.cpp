@@ -4,8 +4,8 @@
 #include <bit>
 #include <cmath>
 
+#include "host/byte_order.h"
 #include "host/messages.h"
-#include "iff/big_endian.h"
 #include "iff/iff_context.h"
 
 namespace vistel {
@@ -56,8 +56,7 @@ static std::string idText(int32_t id) {
 
 static std::string sizeText(uint32_t size) {
     if (iffSizeKnown(size)) return formatPrintf(" %8d ", static_cast<int>(size));
-    return messageText(size == iffSizePatched ? "s_VistelStrings.rVTNotYetWritten"
-                                              : "s_VistelStrings.rVTUnknown");
+    return messageText(size == iffSizePatched ? Message::rVTNotYetWritten : Message::rVTUnknown);
 }
 
 std::string listingLine(uint32_t depth, int32_t id, uint32_t size, int32_t groupType) {

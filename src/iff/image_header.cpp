@@ -1,6 +1,6 @@
 #include "iff/image_header.h"
 
-#include "iff/big_endian.h"
+#include "host/byte_order.h"
 #include "iff/result_codes.h"
 
 namespace vistel {

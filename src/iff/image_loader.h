@@ -4,34 +4,10 @@
 // only the form whose number (counted from 1 in the file) is the wanted one and lists nothing.
 #pragma once
 
-#include <cstdint>
-#include <cstdio>
-
 #include "iff/frame_store.h"
+#include "iff/image_load_request.h"
 
 namespace vistel {
-
-struct ImageLoadRequest {
-    FILE* stream = nullptr;  // not closed
-    int wantedForm = 0;      // 0: full pass; k: re-read of the k-th image form
-    bool verbose = false;    // list chunks and descriptions on standard output (full pass only)
-    bool loadPixels = true;  // `inter`: read colour tiles and, with loadZ, depth tiles
-    bool showAll = false;    // walk tile groups even when pixels are not loaded
-    bool loadZ = true;
-    uint32_t maxLevel = 0xFFFFFFF0;  // groups at this nesting depth or deeper are skipped
-    bool waitForWriter = false;      // `synchro`: wait for bytes that are still being written
-    DisplayFit fit;
-
-    // Called about every millisecond while waiting for a writer and once per tile; false aborts the
-    // load with iffAborted. May be null.
-    bool (*keepGoing)(void* owner) = nullptr;
-    // Called when an image form was read to its end, in a full pass or a re-read. The planes may be
-    // moved out. Its result goes on as the form handler's: iffParsingComplete ends the load. A form
-    // that ended in an error is handed over too when it has any plane, with that error, and then
-    // the error is what the load returns. May be null.
-    int (*formRead)(void* owner, FrameStore& frame, int error) = nullptr;
-    void* owner = nullptr;
-};
 
 // Result of the parse: iffOk, or the code of the first failure. `frame` is the working store: on
 // return it holds the last form read unless formRead moved it away.

@@ -8,7 +8,7 @@
 
 #include "iff/frame_store.h"
 #include "iff/iff_reader.h"
-#include "iff/image_loader.h"
+#include "iff/image_load_request.h"
 #include "iff/tile_codec.h"
 
 namespace vistel {

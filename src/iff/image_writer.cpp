@@ -7,7 +7,7 @@
 #include <new>
 #include <optional>
 
-#include "iff/big_endian.h"
+#include "host/byte_order.h"
 #include "iff/iff_writer.h"
 #include "iff/result_codes.h"
 #include "iff/tile_codec.h"
@@ -15,8 +15,6 @@
 #include "platform/files.h"
 
 namespace vistel {
-
-static constexpr uint32_t largestTiled = 65535;  // tile rectangles are 16-bit
 
 TileSize tileSize(uint16_t width, uint16_t height) {
     if (width > 16384) return {2048, 16};
@@ -132,7 +130,7 @@ static std::string dateText() {
 int ImageWriter::writeHeader(uint32_t width, uint32_t height, uint32_t flags, uint16_t tiles) {
     if (!container_ || is(headerWritten)) return iffClientError;
     if (width == 0 || height == 0) return iffBadImageHeader;
-    if (width > largestTiled || height > largestTiled) return iffBadImageSize;
+    if (width > longestTiledSide || height > longestTiledSide) return iffBadImageSize;
     tile_ = tileSize(static_cast<uint16_t>(width), static_cast<uint16_t>(height));
     const uint64_t counted = std::min<uint64_t>(tileCount(width, height, tile_), UINT16_MAX);
     header_ = ImageHeader();

@@ -170,12 +170,11 @@ void TileDecoder::clearFrom(const Tile& tile, uint8_t* values) {
 // areas are full of such channels; their packets need not be unpacked one by one. `bytes` is what
 // they take.
 static bool isConstant(const uint8_t* data, const uint8_t* end, size_t count, size_t& bytes) {
-    constexpr size_t longest = 128;
-    const size_t full = (count - 1) / longest;  // packets before the last one
+    const size_t full = (count - 1) / longestPacket;  // packets before the last one
     bytes = 2 * full + 2;
     if (static_cast<size_t>(end - data) < bytes) return false;
     const uint8_t* const last = data + 2 * full;
-    if (last[0] != 127 + count - full * longest || last[1] != data[1]) return false;
+    if (last[0] != 127 + count - full * longestPacket || last[1] != data[1]) return false;
     return full == 0 || (data[0] == 255 && std::memcmp(data, data + 2, 2 * full - 2) == 0);
 }
 

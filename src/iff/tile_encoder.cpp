@@ -4,9 +4,10 @@
 #include <bit>
 #include <cstring>
 
+#include "iff/tile_kernels.h"
+
 namespace vistel {
 
-static constexpr size_t longestPacket = 128;
 // A run is worth a packet of its own from this length on: shorter ones would cost more than they
 // save inside a literal packet.
 static constexpr size_t shortestByteRun = 3, shortestPixelRun = 2;

@@ -31,6 +31,9 @@ struct TileFormat {
 TileFormat colourTileFormat(const ImageHeader& header);
 TileFormat depthTileFormat();
 
+// Larger images cannot be tiled: the corners of a tile have 16 bits.
+constexpr uint32_t longestTiledSide = 65535;
+
 // Bytes of a tile that is stored whole.
 inline uint64_t rawTileSize(const TileFormat& format, const TileRect& rect) {
     return uint64_t{rect.width()} * rect.height() * uint64_t(format.pixelBytes());

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "iff/big_endian.h"
+#include "host/byte_order.h"
 
 namespace vistel {
 

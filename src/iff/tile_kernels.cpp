@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "iff/tile_kernel_rows.h"
-#include "platform/process.h"
+#include "platform/cpu.h"
 
 namespace vistel {
 
@@ -56,13 +56,8 @@ const TileKernels& scalarTileKernels() {
 }
 
 const TileKernels& tileKernels() {
-    static const TileKernels& chosen = []() -> const TileKernels& {
-        if (platform::environmentVariable("VISTEL_SCALAR").value_or("") == "1")
-            return scalarTileKernels();
-        if (const TileKernels* fast = avx2TileKernels()) return *fast;
-        if (const TileKernels* fast = sse2TileKernels()) return *fast;
-        return scalarTileKernels();
-    }();
+    static const TileKernels& chosen =
+        platform::fastestKernels(scalarTileKernels(), {avx2TileKernels, sse2TileKernels});
     return chosen;
 }
 

@@ -11,6 +11,9 @@ namespace vistel {
 // Bytes that a kernel may write behind the values it was asked for (never behind plane pixels).
 constexpr size_t kernelSlack = 128;
 
+// Values of the longest packet of run-length coding.
+constexpr size_t longestPacket = 128;
+
 // A rectangle of a plane.
 struct PixelArea {
     uint32_t* pixels = nullptr;  // the first one

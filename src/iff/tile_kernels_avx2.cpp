@@ -5,10 +5,9 @@
 #include <immintrin.h>
 
 #include "iff/tile_kernels_x86.h"
+#include "platform/cpu.h"
 
 namespace vistel {
-
-#define VISTEL_AVX2 __attribute__((target("avx2")))
 
 VISTEL_AVX2 static inline __m256i load32(const uint8_t* bytes) {
     return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(bytes));
@@ -71,11 +70,7 @@ VISTEL_AVX2 static void unpackSafe(const uint8_t*& source, const uint8_t* lastSa
     values = out;
 }
 
-static size_t unpackRleAvx2(const uint8_t*& source, const uint8_t* end, uint8_t* values,
-                            size_t count, size_t enough) {
-    return unpackInBlocks<unpackSafe<false>, unpackSafe<true>, storeRun>(source, end, values, count,
-                                                                         enough);
-}
+constexpr auto unpackRleAvx2 = unpackInBlocks<unpackSafe<false>, unpackSafe<true>, storeRun>;
 
 // Pixels [x, x + 32) of a row.
 template <bool streaming>
@@ -168,7 +163,7 @@ const TileKernels* avx2TileKernels() {
     static const TileKernels kernels{
         "AVX2",       unpackRleAvx2, sse2TileKernels()->unpackQrl, interleaveAvx2,
         reverse4Avx2, reverse3Avx2,  sse2TileKernels()->settle};
-    return __builtin_cpu_supports("avx2") ? &kernels : nullptr;
+    return platform::cpuHasAvx2() ? &kernels : nullptr;
 }
 
 }  // namespace vistel

@@ -43,11 +43,7 @@ static void unpackSafe(const uint8_t*& source, const uint8_t* lastSafe, uint8_t*
     values = out;
 }
 
-static size_t unpackRleSse2(const uint8_t*& source, const uint8_t* end, uint8_t* values,
-                            size_t count, size_t enough) {
-    return unpackInBlocks<unpackSafe<false>, unpackSafe<true>, storeRun>(source, end, values, count,
-                                                                         enough);
-}
+constexpr auto unpackRleSse2 = unpackInBlocks<unpackSafe<false>, unpackSafe<true>, storeRun>;
 
 static size_t unpackQrlSse2(const uint8_t*& source, const uint8_t* end, uint8_t* const planes[3],
                             size_t count) {
@@ -56,7 +52,7 @@ static size_t unpackQrlSse2(const uint8_t*& source, const uint8_t* end, uint8_t*
     uint8_t* const green = planes[1];
     uint8_t* const blue = planes[2];
     size_t done = 0;
-    while (done < count && end - data >= 1 + 3 * 128) {
+    while (done < count && end - data >= ptrdiff_t{1 + 3 * longestPacket}) {
         const uint8_t control = data[0];
         const size_t length = (control & 127u) + 1;
         if (length > count - done) {

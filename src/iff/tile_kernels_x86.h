@@ -10,7 +10,7 @@ namespace vistel {
 
 // While this much data is left, the longest packet and the control byte behind it can be read
 // without asking.
-constexpr ptrdiff_t safeData = 1 + 128 + 1;
+constexpr ptrdiff_t safeData = 1 + longestPacket + 1;
 
 // Where the packet behind this one starts. No branch: of which kind a packet is cannot be foretold.
 inline const uint8_t* nextPacket(const uint8_t* data, size_t control) {

@@ -1,5 +1,6 @@
 // The system's clocks. The headless build has a manual clock behind the same functions, so tests
-// of pacing and waiting need no real time.
+// of pacing and waiting need no real time. Each system implements all of this (win32, linux,
+// headless).
 #pragma once
 
 #include <cstdint>

@@ -1,5 +1,6 @@
 // What one system must do for command pipes, and nothing else includes: the commands themselves are
-// kept in command_pipes.cpp, which is the same for all.
+// kept in command_pipes.cpp, which is the same for all. win32 and linux
+// implement all of this each.
 #pragma once
 
 #include <cstdint>

@@ -54,6 +54,10 @@ class Commands {
     bool full();
     // Takes a command that was hung up.
     void linger(Command& command, Leaving leaving);
+    void tidy() {
+        const std::lock_guard lock(mutex_);
+        collectEnded();
+    }
 
  private:
     void collectEnded();
@@ -155,7 +159,7 @@ int closePipe(FILE* pipe) {
     return closePipe(pipe, [] { return true; });
 }
 
-int closePipe(FILE* pipe, const std::function<bool()>& goOn) {
+int closePipe(FILE* pipe, const GoOn& goOn) {
     std::optional<Command> command = commands().take(pipe);
     if (!command) return -1;
     hangUp(*command);
@@ -167,7 +171,7 @@ int closePipe(FILE* pipe, const std::function<bool()>& goOn) {
     }
 }
 
-void releasePipe(FILE* pipe, const std::function<bool()>& goOn) {
+void releasePipe(FILE* pipe, const GoOn& goOn) {
     std::optional<Command> command = commands().take(pipe);
     if (!command) return;
     hangUp(*command);
@@ -176,6 +180,8 @@ void releasePipe(FILE* pipe, const std::function<bool()>& goOn) {
         if (collect(*command, 1)) return;
     commands().linger(*command, Leaving::released);
 }
+
+void collectEndedCommands() { commands().tidy(); }
 
 void abandonPipe(FILE* pipe) {
     std::optional<Command> command = commands().take(pipe);

@@ -1,5 +1,5 @@
 // Files, standard streams and folders. Names are UTF-8 on every system; forward slashes are
-// accepted everywhere.
+// accepted everywhere. win32 and linux implement all of this each; there is no headless one.
 #pragma once
 
 #include <cstddef>
@@ -79,13 +79,15 @@ size_t readBlockSize();
 int64_t streamPosition(FILE* stream);
 [[nodiscard]] bool seekStream(FILE* stream, int64_t offset, int origin);
 
-// Gives the file `from` the name `to`, in the same folder, in the place of the file that has it,
-// whose permissions it takes; whoever opens `to` meets either of the two whole. False with errno
-// set on failure: both are left as they were.
+// Gives the file `from` the name `to`, in the same folder, in the place of the file that has it;
+// whoever opens `to` meets either of the two whole. False with errno set on failure: both are left
+// as they were.
 [[nodiscard]] bool replaceFile(const std::string& from, const std::string& to);
 
 // The name of the file itself where the name is that of a symbolic link, else the name as it is.
-std::string followLinks(const std::string& name);
+// None with errno set for a link that leads nowhere (ENOENT), in a circle (ELOOP) or where this
+// user may not look.
+[[nodiscard]] std::optional<std::string> followLinks(const std::string& name);
 
 // True when something of that name exists (file or folder).
 bool fileExists(const std::string& name);
@@ -98,6 +100,10 @@ std::vector<std::string> listFolder(const std::string& searchDirectory, const st
 // Full path of the running program, with the system's own separators.
 std::string programPath();
 
+// Whether a name does not count from the current folder: it begins with a slash, or, where there
+// are drives, with a backslash or a drive's letter and a colon.
+bool isAbsolutePath(const std::string& name);
+
 std::string currentDirectory();
 bool setCurrentDirectory(const std::string& folder);
 
@@ -109,6 +115,14 @@ bool isTerminal(int descriptor);
 // To be called first of all: what the caller has closed of the three standard streams is opened on
 // the null device, lest the next file that is opened takes the place.
 void keepStandardStreams();
+
+// Whether the caller had closed the standard stream with this descriptor.
+bool wasClosed(int descriptor);
+
+// Writes what standard output still holds. False with errno set when that or anything before could
+// not be written, EBADF when the caller had closed it: to be asked before a program says that it
+// did its work.
+[[nodiscard]] bool finishStandardOutput();
 
 // Puts the process's standard streams into binary mode and makes binary the default of files
 // opened later (a no-operation where text mode does not exist).

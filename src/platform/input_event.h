@@ -1,6 +1,6 @@
 // Codes of the input events that a window posts. Codes below 256 that are not listed here are
 // virtual-key codes (the letters and digits are their ASCII capitals); 256 + character stands for a
-// key whose meaning depends on the keyboard's layout, such as ';'.
+// key whose meaning depends on the keyboard's layout, such as ';'. Shared by all systems.
 #pragma once
 
 #include <cstdint>
@@ -16,9 +16,9 @@ enum EventCode : int32_t {
     EV_LEFTMOUSE = 1,
     EV_RIGHTMOUSE = 2,
     EV_MIDDLEMOUSE = 4,
-    EV_REDRAW = 256,   // after every paint message
-    EV_MOUSEX = 257,   // x in client pixels
-    EV_MOUSEY = 258,   // client height minus y
+    EV_REDRAW = 256,  // after every paint message
+    EV_MOUSEX = 257,  // x in client pixels
+    EV_MOUSEY = 258,  // client height minus y
     EV_TIMER = 259,
     EV_QUIT = 260,
 };
@@ -54,6 +54,8 @@ enum KeyCode : int32_t {
 };
 
 // The code of a layout-dependent character key.
-constexpr int32_t characterKey(char character) { return 256 + static_cast<unsigned char>(character); }
+constexpr int32_t characterKey(char character) {
+    return 256 + static_cast<unsigned char>(character);
+}
 
 }  // namespace vistel

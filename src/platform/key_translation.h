@@ -2,6 +2,8 @@
 // that says what they are; the keypad and the left and right modifiers are told apart here; and a
 // key whose meaning depends on the keyboard's layout (';', '[' ...) is known by the character it
 // types, which is learned when it is pressed for the first time.
+//
+// Shared code, for the systems that number keys so (win32); linux has keyboard.h of its own.
 #pragma once
 
 #include <array>

@@ -1,4 +1,5 @@
-// Large zero-filled memory that costs nothing until it is used.
+// Large zero-filled memory that costs nothing until it is used. win32 and linux implement all of
+// this each; there is no headless one.
 #pragma once
 
 #include <cstddef>

@@ -1,4 +1,5 @@
-// How well one of a device's pixel formats serves a request.
+// How well one of a device's pixel formats serves a request. Shared code, for the
+// systems that let us choose (win32).
 #pragma once
 
 namespace vistel::platform {

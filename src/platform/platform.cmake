@@ -27,7 +27,8 @@ if(WIN32)
   target_sources(platform_os INTERFACE
     $<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:${CMAKE_SOURCE_DIR}/resources/manifest.rc>)
   target_include_directories(platform_os INTERFACE
-    $<$<COMPILE_LANGUAGE:RC>:${CMAKE_SOURCE_DIR}/resources>)
+    $<$<COMPILE_LANGUAGE:RC>:${CMAKE_SOURCE_DIR}/resources>
+    $<$<COMPILE_LANGUAGE:RC>:${CMAKE_CURRENT_BINARY_DIR}/generated/version>)
 else()
   find_package(Qt6 REQUIRED COMPONENTS Widgets)
   find_package(OpenGL REQUIRED)
@@ -39,8 +40,10 @@ endif()
 # tests, "none" for console tools (clocks only), unset for the real one. Libraries link
 # platform_chosen and get what the program that is linked says.
 set(chosen "$<TARGET_PROPERTY:VISTEL_DESKTOP>")
+# A library waits for no desktop: where only unit tests are built, the real one is not.
+set(a_program $<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>)
 add_library(platform_chosen INTERFACE)
 target_link_libraries(platform_chosen INTERFACE
   $<LINK_ONLY:$<$<STREQUAL:${chosen},headless>:platform_headless>>
   $<LINK_ONLY:$<$<STREQUAL:${chosen},none>:platform_clock>>
-  $<LINK_ONLY:$<$<STREQUAL:${chosen},>:platform_desktop>>)
+  $<LINK_ONLY:$<$<AND:$<STREQUAL:${chosen},>,${a_program}>:platform_desktop>>)

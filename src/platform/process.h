@@ -1,10 +1,13 @@
-// Other programs and the environment.
+// Other programs and the environment. The pipes (openPipe, closePipe, releasePipe, abandonPipe) are
+// shared: command_pipes.cpp, over what each system does for platform/command.h. All else win32 and
+// linux implement each; there is no headless one.
 #pragma once
 
 #include <cstdio>
-#include <functional>
 #include <optional>
 #include <string>
+
+#include "platform/go_on.h"
 
 namespace vistel::platform {
 
@@ -20,17 +23,21 @@ enum class CommandErrors { shown, dropped };
 // Waits for the command and returns its exit status (-1 when it did not end normally).
 int closePipe(FILE* pipe);
 // The same, but `goOn` is asked about every millisecond; false abandons the command (-1).
-int closePipe(FILE* pipe, const std::function<bool()>& goOn);
+int closePipe(FILE* pipe, const GoOn& goOn);
 
 // Closes our end: what the command still writes fails, what it still does it may do, even when the
 // program ends before it. Does not wait for it, unless so many linger already that one of them has
 // to end first: `goOn` then is asked about every millisecond, false ends that wait (none: never
 // waits).
-void releasePipe(FILE* pipe, const std::function<bool()>& goOn = {});
+void releasePipe(FILE* pipe, const GoOn& goOn = {});
 
 // Closes our end and ends the command with everything it has started, with force when it has not
 // ended after some time or when the program ends. Does not wait.
 void abandonPipe(FILE* pipe);
+
+// Gives back what the system keeps for released and abandoned commands that have ended meanwhile:
+// none stays behind while the program does nothing else. To be called now and then.
+void collectEndedCommands();
 
 // The command that runs one program with one argument (and further words as they are) through the
 // interpreter of this system, each name quoted so that blanks and the interpreter's own signs in it
@@ -44,7 +51,8 @@ std::string quotedCommand(const std::string& program, const std::string& leading
                           const std::string& argument, const std::string& furtherWords);
 
 // Full path of a program of this base name ("pixconv") beside the running program or along the
-// executable search path; none when there is none.
+// executable search path; none when there is none. Never one in the current folder: of the search
+// path only whole paths count.
 std::optional<std::string> findProgram(const std::string& baseName);
 
 std::optional<std::string> environmentVariable(const std::string& name);
@@ -56,7 +64,8 @@ void setEnvironmentVariable(const std::string& name, const std::string& value);
 void catchInterrupts();
 bool interruptRequested();
 
-// Makes writing to a pipe whose reader has gone a failed write, where it would end the program.
+// Makes writing to a pipe whose reader has gone, and beyond the size that files may have, a failed
+// write, where it would end the program.
 void ignoreClosedReaders();
 
 }  // namespace vistel::platform

@@ -1,5 +1,7 @@
 // Text as coverage: the system draws a line of text into an 8-bit image, which the surface then
-// shows in any colour.
+// shows in any colour. A font is of no window: those of every thread may use it at the same time.
+//
+// Each system implements all of this itself (win32, linux, headless).
 #pragma once
 
 #include <cstdint>
@@ -23,8 +25,8 @@ FontHandle* createFont(const FontRequest& request);
 // Width in pixels of a line of UTF-8 text.
 int textWidth(FontHandle* font, const std::string& text);
 
-// Coverage of a line of text: rows from top to bottom, 0 transparent to 255 opaque; `descent` is the
-// number of rows below the baseline.
+// Coverage of a line of text: rows from top to bottom, 0 transparent to 255 opaque; `descent` is
+// the number of rows below the baseline.
 struct TextCoverage {
     int width = 0, height = 0, descent = 0;
     std::vector<uint8_t> rows;

@@ -1,14 +1,23 @@
-// The one top-level window of a thread: opening, placing, title, cursor, and the messages that come
-// from it. The window only posts (code, value) events and command ids to the sink it was opened
-// with; it never calls the viewer's logic in any other way.
+// Top-level windows: opening, placing, title, cursor, and the messages that come from them. A
+// window only posts (code, value) events and command ids to the sink it was opened with; it never
+// calls the viewer's logic in any other way.
 //
-// Everything here acts on the calling thread's window.
+// Any number of windows may be open at a time. A window belongs to the thread that opened it: every
+// call on it is made there. A null window is one that is not there: calls on it do nothing, and
+// answer false or 0. The same holds for a window that was closed.
+//
+// Each system implements all of this itself (win32, linux, headless). win32 opens windows on any
+// thread, each thread with a pump of its own; linux on the first thread only, because the toolkit
+// binds windows to it: one pump there serves them all. headless opens them anywhere, and all belong
+// to one script.
 #pragma once
 
 #include <cstdint>
 #include <string>
 
 namespace vistel::platform {
+
+struct Window;
 
 // Pixel rectangle, right and bottom exclusive.
 struct PixelRect {
@@ -18,20 +27,23 @@ struct PixelRect {
     bool operator==(const PixelRect&) const = default;
 };
 
-// Where the window's messages go. All members must be set; called on the window's own thread, from
-// inside pumpMessages, waitMessage and the system's own modal loops (menus, dialogs).
+// Where a window's messages go. All functions must be set; they are called on the window's own
+// thread, from inside pumpMessages, waitMessage and the system's own modal loops (menus, dialogs),
+// and from inside openWindow, before it has returned the window.
 struct WindowSink {
+    // Whose window it is: handed to every function as its first argument.
+    void* owner;
     // An input event, codes as in platform/input_event.h.
-    void (*postEvent)(int code, unsigned value);
+    void (*postEvent)(void* owner, int code, unsigned value);
     // A menu or control-bar command, after `commandStarts` and before `commandEnds`.
-    void (*command)(int id);
-    void (*commandStarts)();
-    void (*commandEnds)();
+    void (*command)(void* owner, int id);
+    void (*commandStarts)(void* owner);
+    void (*commandEnds)(void* owner);
     // The window needs painting (the handler may draw on the surface). The redraw event is posted
     // by the handler's owner.
-    void (*paint)();
+    void (*paint)(void* owner);
     // The client area has a new size and the surface, when there is one, is current.
-    void (*resized)();
+    void (*resized)(void* owner);
 };
 
 struct WindowRequest {
@@ -40,24 +52,48 @@ struct WindowRequest {
     bool border = true;  // false: no caption, no menu
 };
 
-// Creates and shows the window. False when the system refuses it or there is no display.
-[[nodiscard]] bool openWindow(const WindowRequest& request, const WindowSink& sink);
+// Creates and shows a window, to be released by the caller. Null when the system refuses it, when
+// there is no display, or when this thread can have no window.
+[[nodiscard]] Window* openWindow(const WindowRequest& request, const WindowSink& sink);
 
-bool windowExists();
+// False from the moment on when the window was closed, by the user or by closeWindow.
+bool windowExists(const Window* window);
+
+// Destroys the window with its surface. Its sink hears nothing more; the handle stays good until it
+// is released.
+void closeWindow(Window* window);
+
+// Closes the window when it is open and gives the handle back. Not from inside its sink.
+void releaseWindow(Window* window);
 
 // Moves and resizes so that the client area is at this rectangle; also switches border and menu.
-void placeWindow(const PixelRect& client, bool border);
+void placeWindow(Window* window, const PixelRect& client, bool border);
 
-void setWindowTitle(const std::string& title);
-
-// Destroys the window; the quit message follows.
-void closeWindow();
+void setWindowTitle(Window* window, const std::string& title);
 
 // Whole client area, the control bar included. 0 x 0 without a window.
-void clientArea(int& width, int& height);
+void clientArea(const Window* window, int& width, int& height);
 
 // Screen position of the client area's upper-left pixel.
-void clientScreenPosition(int& x, int& y);
+void clientScreenPosition(const Window* window, int& x, int& y);
+
+// Cross-hair over the client area, or the arrow.
+void setCursor(Window* window, bool cross);
+
+// Posts EV_TIMER every `milliseconds` until the window is destroyed.
+void startTimer(Window* window, unsigned milliseconds);
+
+// --- of the calling thread: all its windows at once ---------------------------------------------
+
+// Handles all waiting messages without blocking, each for the window that it is for. What has
+// become of a window is then asked of it (windowExists).
+void pumpMessages();
+
+// Blocks until a message is there; it is handled here or by the next pump. Does not block when a
+// window was closed since the last pump.
+void waitMessage();
+
+// --- of the screen, the keyboard and the mouse --------------------------------------------------
 
 struct ScreenSize {
     int width = 0, height = 0;
@@ -66,20 +102,8 @@ ScreenSize screenSize();
 // The part of the screen that no task bar covers.
 PixelRect workArea();
 
-// Cross-hair over the client area, or the arrow.
-void setCursor(bool cross);
-
-// Posts EV_TIMER every `milliseconds` until the window is destroyed.
-void startTimer(unsigned milliseconds);
-
-// Handles all waiting messages without blocking. False when the quit message was seen (the window
-// was closed).
-[[nodiscard]] bool pumpMessages();
-
-// Blocks until a message is there (it is not handled yet).
-void waitMessage();
-
-// Whether a key, by its virtual-key code, or a mouse button (1 left, 2 right, 4 middle) is held now.
+// Whether a key, by its virtual-key code, or a mouse button (1 left, 2 right, 4 middle) is held
+// now, whichever window has the keyboard.
 bool keyDown(int code);
 
 // Cursor position on the screen, from the upper-left corner.

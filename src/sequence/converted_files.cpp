@@ -39,9 +39,4 @@ std::optional<FailedReading> ConvertedFiles::failure(const Tstring& path,
     return conversion ? conversion->failure : std::nullopt;
 }
 
-ConvertedFiles& convertedFiles() {
-    static ConvertedFiles files;
-    return files;
-}
-
 }  // namespace vistel

@@ -46,7 +46,4 @@ class ConvertedFiles {
     std::map<Tstring, Conversion, std::less<>> conversions_;
 };
 
-// Those of the current source.
-ConvertedFiles& convertedFiles();
-
 }  // namespace vistel

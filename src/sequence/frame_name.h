@@ -9,8 +9,8 @@
 #include <optional>
 #include <string_view>
 
-#include "app/viewer_state.h"
 #include "host/tstring.h"
+#include "sequence/sequence_state.h"
 
 namespace vistel {
 

@@ -6,7 +6,6 @@
 #include <limits>
 #include <utility>
 
-#include "app/viewer_state.h"
 #include "host/messages.h"
 #include "platform/files.h"
 #include "sequence/frame_name.h"
@@ -21,55 +20,45 @@ constexpr int widestStep = 9;
 // No run of frames is longer than this, whatever a file system claims to hold.
 constexpr int longestRun = 10'000'000;
 
-// Whether the first letter of a name can be a drive: only where folders have drives.
-bool drivesExist() {
-    const Tstring& folder = viewerState.startDirectory;
-    return folder.empty() || (folder.size() > 1 && folder[1] == ':');
+std::vector<std::string> listStemFolder(const Tstring& startDirectory,
+                                        const Tstring& searchDirectory, const Tstring& folder) {
+    if (!searchDirectory.empty())
+        return platform::listFolder(fromStartDirectory(startDirectory, searchDirectory), folder);
+    if (platform::isAbsolutePath(folder)) return platform::listFolder({}, folder);
+    return platform::listFolder(startDirectory, folder);
 }
 
-bool isAbsolute(const Tstring& name) {
-    if (name.starts_with('/') || name.starts_with('\\')) return true;
-    return name.size() > 1 && name[1] == ':' && drivesExist();
-}
+// A frame that the user has picked, and where its neighbours are looked for.
+struct PickedFrame {
+    PickedName name;
+    FrameRange range;
+    Tstring startDirectory;
 
-std::vector<std::string> listStemFolder(const Tstring& searchDirectory, const Tstring& folder) {
-    if (!searchDirectory.empty()) {
-        return platform::listFolder(fromStartDirectory(searchDirectory), folder);
+    bool exists(int number) const {
+        const Tstring file = name.before + paddedNumber(number, name.padWidth) + name.after;
+        return platform::fileExists(fromStartDirectory(startDirectory, file));
     }
-    if (isAbsolute(folder)) return platform::listFolder({}, folder);
-    return platform::listFolder(viewerState.startDirectory, folder);
-}
-
-bool frameExists(const PickedName& picked, int number) {
-    const Tstring name = picked.before + paddedNumber(number, viewerState.padWidth) + picked.after;
-    return platform::fileExists(fromStartDirectory(name));
-}
+};
 
 // The distance to the next file that exists, in the direction of the range.
-int findStep(const PickedName& picked) {
+int findStep(const PickedFrame& picked) {
     for (int k = 1; k <= widestStep; ++k) {
-        const std::optional<int> number = frameNumberAt(viewerState.pendingRange, k);
+        const std::optional<int> number = frameNumberAt(picked.range, k);
         if (!number) return 1;
-        if (frameExists(picked, *number)) return k;
+        if (picked.exists(*number)) return k;
     }
     return 1;
 }
 
 // The last frame of the unbroken run from the start.
-int findEnd(const PickedName& picked) {
-    int last = viewerState.pendingRange.start;
+int findEnd(const PickedFrame& picked) {
+    int last = picked.range.start;
     for (int k = 1; k < longestRun; ++k) {
-        const std::optional<int> number = frameNumberAt(viewerState.pendingRange, k);
-        if (!number || !frameExists(picked, *number)) break;
+        const std::optional<int> number = frameNumberAt(picked.range, k);
+        if (!number || !picked.exists(*number)) break;
         last = *number;
     }
     return last;
-}
-
-void tellTooManyFiles(const Tstring& stem) {
-    const Tstring text =
-        formatMessage("s_VistelStrings.rVTTooManyFiles", {stem, static_cast<int>(mostNumbers)});
-    std::fprintf(stderr, "%s\n", text.c_str());
 }
 
 bool isOnlyDots(const Tstring& base) { return base.find_first_not_of('.') == Tstring::npos; }
@@ -82,84 +71,88 @@ int moreTelling(int error, int later) {
 
 }  // namespace
 
-Tstring fromStartDirectory(const Tstring& name) {
-    if (viewerState.startDirectory.empty() || isAbsolute(name)) return name;
-    return viewerState.startDirectory + "/" + name;
+Tstring fromStartDirectory(const Tstring& startDirectory, const Tstring& name) {
+    if (startDirectory.empty() || platform::isAbsolutePath(name)) return name;
+    return startDirectory + "/" + name;
 }
 
-int listNumberedFiles(const Tstring& searchDirectory, const Tstring& stem,
-                      std::vector<int>& numbers) {
+int listNumberedFiles(const Tstring& startDirectory, const Tstring& searchDirectory,
+                      const Tstring& stem, std::vector<int>& numbers, int32_t& padWidth) {
     numbers.clear();
     const StemParts parts = splitStem(stem);
-    for (const Tstring name : listStemFolder(searchDirectory, parts.folder)) {
+    for (const Tstring name : listStemFolder(startDirectory, searchDirectory, parts.folder)) {
         const std::optional<NumberedFile> file = readNumberedFile(name, parts.base);
         if (!file) continue;
         if (numbers.size() == mostNumbers) {
-            tellTooManyFiles(stem);
+            printError(
+                formatMessage(Message::rVTTooManyFiles, {stem, static_cast<int>(mostNumbers)}));
             break;
         }
         numbers.push_back(file->number);
-        if (viewerState.padWidth == 0) viewerState.padWidth = file->zeroWidth;
+        if (padWidth == 0) padWidth = file->zeroWidth;
     }
     return static_cast<int>(numbers.size());
 }
 
-int discoverNumberedFiles(const Tstring& stem) {
+int discoverNumberedFiles(const FramePlaces& places, const Tstring& stem, FramePosition& position) {
     std::vector<int> numbers;
-    viewerState.padWidth = 0;  // that of the sequence before tells nothing of this one
+    position.padWidth = 0;  // that of the sequence before tells nothing of this one
     const size_t directories = isOnlyDots(splitStem(stem).base) ? 0 : discoveryDirectories;
-    for (size_t i = 0; i < directories && numbers.empty(); ++i) {
-        listNumberedFiles(viewerState.searchDirs[i], stem, numbers);
-    }
-    viewerState.animation = numbers.empty() ? 0 : 1;
+    for (size_t i = 0; i < directories && numbers.empty(); ++i)
+        listNumberedFiles(places.startDirectory, places.searchDirs[i], stem, numbers,
+                          position.padWidth);
+    position.animation = numbers.empty() ? 0 : 1;
     if (numbers.empty()) return 0;
     std::sort(numbers.begin(), numbers.end());
-    viewerState.firstFrame = numbers.front();
-    viewerState.lastFrame = numbers.back();
+    position.firstFrame = numbers.front();
+    position.lastFrame = numbers.back();
     const int64_t gap = numbers.size() > 1 ? int64_t{numbers[1]} - numbers[0] : 1;
-    viewerState.frameStep =
+    position.frameStep =
         static_cast<int32_t>(std::clamp<int64_t>(gap, 1, std::numeric_limits<int32_t>::max()));
     return 1;
 }
 
-void patternFromFirstFrame(Tstring& name) {
-    FrameRange& range = viewerState.pendingRange;
-    const std::optional<PickedName> picked = splitPickedName(name);
-    if (!picked) {
-        viewerState.padWidth = 1;
+void patternFromFirstFrame(const Tstring& startDirectory, Tstring& name, FrameRange& range,
+                           int32_t& padWidth) {
+    const std::optional<PickedName> split = splitPickedName(name);
+    if (!split) {
+        padWidth = 1;
         range = {};
         return;
     }
-    viewerState.padWidth = picked->padWidth;
-    range.start = picked->number;
+    padWidth = split->padWidth;
+    range.start = split->number;
     range.step = 1;
-    name = picked->before + "#" + picked->after;
-    range.step = findStep(*picked);
-    if (range.end == 0) range.end = findEnd(*picked);
+    PickedFrame picked{*split, range, startDirectory};
+    name = split->before + "#" + split->after;
+    picked.range.step = range.step = findStep(picked);
+    if (range.end == 0) range.end = findEnd(picked);
 }
 
-Tstring frameName(const Tstring& pattern, int k) {
-    const std::optional<int> number = frameNumberAt(viewerState.pendingRange, k);
+Tstring frameName(const Tstring& pattern, const FrameRange& range, int k, int padWidth) {
+    const std::optional<int> number = frameNumberAt(range, k);
     if (!number) return {};
-    return hashReplaced(pattern, *number, viewerState.padWidth);
+    return hashReplaced(pattern, *number, padWidth);
 }
 
-void takePadWidthFromAtSigns(const Tstring& name) {
+void takePadWidthFromAtSigns(const Tstring& name, int32_t& padWidth) {
     const Tstring base = name.substr(baseNameStart(name));
     const int width = base.find('#') == Tstring::npos ? atSignWidth(base) : 0;
-    if (width > 0 && viewerState.padWidth < 1) viewerState.padWidth = width;
+    if (width > 0 && padWidth < 1) padWidth = width;
 }
 
-Tstring frameFilePath(const Tstring& directory, const Tstring& name) {
-    return fromStartDirectory(Tstring(directory + name).replacingAll('\\', '/'));
+Tstring frameFilePath(const Tstring& startDirectory, const Tstring& searchDirectory,
+                      const Tstring& name) {
+    return fromStartDirectory(startDirectory,
+                              Tstring(searchDirectory + name).replacingAll('\\', '/'));
 }
 
-FILE* locateFrameFile(const Tstring& name, Tstring& located) {
+FILE* locateFrameFile(FramePlaces& places, const Tstring& name, Tstring& located) {
     int error = 0;
-    for (Tstring& directory : viewerState.searchDirs) {
-        Tstring candidate = frameFilePath(directory, name);
+    for (Tstring& directory : places.searchDirs) {
+        Tstring candidate = frameFilePath(places.startDirectory, directory, name);
         if (FILE* file = platform::openFile(candidate, "r")) {
-            std::swap(directory, viewerState.searchDirs.front());
+            std::swap(directory, places.searchDirs.front());
             located = std::move(candidate);
             return file;
         }

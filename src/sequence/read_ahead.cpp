@@ -1,24 +1,23 @@
 #include "sequence/read_ahead.h"
 
 #include <algorithm>
-#include <charconv>
 #include <chrono>
 #include <iterator>
 #include <new>
 #include <system_error>
 #include <utility>
 
+#include "host/environment_number.h"
 #include "iff/result_codes.h"
 #include "platform/process.h"
-#include "sequence/converted_files.h"
 #include "sequence/form_reader.h"
-#include "sequence/source_stream.h"
+#include "sequence/opened_source.h"
 
 namespace vistel {
 
 namespace {
 
-constexpr int mostThreads = 64;
+constexpr unsigned mostThreads = 64;
 constexpr std::chrono::milliseconds waitPiece{2};
 
 bool sameReading(const ImageLoadRequest& a, const ImageLoadRequest& b) {
@@ -29,19 +28,21 @@ bool sameReading(const ImageLoadRequest& a, const ImageLoadRequest& b) {
 }  // namespace
 
 int decodingThreads() {
-    const std::string text = platform::environmentVariable("VISTEL_THREADS").value_or("");
-    int threads = -1;
-    std::from_chars(text.data(), text.data() + text.size(), threads);
-    if (threads >= 0) return std::min(threads, mostThreads);
-    const auto processors = static_cast<int>(std::thread::hardware_concurrency());
-    return processors < 2 ? 0 : std::min(processors, mostThreads);
+    const unsigned processors = std::thread::hardware_concurrency();
+    const unsigned own = processors < 2 ? 0 : std::min(processors, mostThreads);
+    return static_cast<int>(
+        environmentNumber({"VISTEL_THREADS", 0, mostThreads, Message::rVTThreads}, own));
 }
 
-// Where the system gives no more threads, those that there are do.
-ReadAhead::ReadAhead(int threads) try {
+// Where the system gives no more threads, those that there are do, be it none.
+ReadAhead::ReadAhead(int threads, std::shared_ptr<ConvertedFiles> converted)
+    : converted_(std::move(converted)) {
     threads_.reserve(static_cast<size_t>(threads));
-    for (int i = 0; i < threads; ++i) threads_.emplace_back([this] { work(); });
-} catch (const std::system_error&) {
+    try {
+        while (threads_.size() < static_cast<size_t>(threads))
+            threads_.emplace_back([this] { work(); });
+    } catch (const std::system_error&) {
+    }
 }
 
 ReadAhead::~ReadAhead() {
@@ -85,14 +86,14 @@ void ReadAhead::drop(size_t jobs) {
 }
 
 ReadAhead::Taken ReadAhead::take(const Tstring& path, const ImageLoadRequest& request,
-                                 const platform::FileStamp& stamp, bool (*goOn)(),
+                                 const platform::FileStamp& stamp, const platform::GoOn& goOn,
                                  FrameStore& frame) {
     std::unique_lock lock(mutex_);
     const auto job = find(path, request);
     if (job == jobs_.end()) return Taken::nothing;
     const auto mayGoOn = [&] {
         lock.unlock();
-        const bool goes = !goOn || goOn();
+        const bool goes = platform::mayGoOn(goOn);
         lock.lock();
         return goes;
     };
@@ -194,7 +195,7 @@ bool ReadAhead::read(Job& job) const try {
     if (!stamp || stamp->size == 0 || platform::modifiedJustNow(*stamp)) return false;
     const SourceReader reader = readerOfFile(job.path, job.request.waitForWriter);
     const bool direct = reader == SourceReader::direct;
-    if (!direct && convertedFiles().failure(job.path, *stamp)) return false;
+    if (!direct && converted_->failure(job.path, *stamp)) return false;
     if (!(direct ? readFrame(job, file.file()) : convert(job, reader))) return false;
     job.stamp = *stamp;
     return platform::fileStamp(file.file()) == stamp;

@@ -9,6 +9,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <list>
+#include <memory>
 #include <mutex>
 #include <thread>
 #include <vector>
@@ -17,18 +18,25 @@
 #include "iff/frame_store.h"
 #include "iff/image_loader.h"
 #include "platform/files.h"
-#include "sequence/source_stream.h"
+#include "platform/go_on.h"
+#include "sequence/converted_files.h"
+#include "sequence/converter.h"
 
 namespace vistel {
 
 // Threads that decode frames: the environment variable VISTEL_THREADS (0 to 64; 0: none ahead),
-// else one for each processor, none where there is only one.
+// else one for each processor, none where there is only one. Says so on standard error when the
+// variable is no such number.
 int decodingThreads();
 
 class ReadAhead {
  public:
-    explicit ReadAhead(int threads);  // or as many as the system has
-    ~ReadAhead();                     // ends what is being read
+    // `threads` of them, or as many as the system has. `converted` is shared with who takes the
+    // frames.
+    ReadAhead(int threads, std::shared_ptr<ConvertedFiles> converted);
+    ~ReadAhead();  // ends what is being read
+    ReadAhead(const ReadAhead&) = delete;
+    ReadAhead& operator=(const ReadAhead&) = delete;
 
     // Files that may be wanted and not yet taken: beyond it the one that was wanted first is
     // dropped.
@@ -45,10 +53,11 @@ class ReadAhead {
 
     enum class Taken { nothing, frame, aborted };
     // The file that was wanted so, as it is now (the stamp tells). Waits for it when it is being
-    // read; `goOn` is called at least once and every few milliseconds meanwhile, false ends the
-    // wait. Files that were wanted earlier and not taken are dropped.
+    // read; `goOn` is asked at least once. Files that were wanted earlier and not taken are
+    // dropped.
     [[nodiscard]] Taken take(const Tstring& path, const ImageLoadRequest& request,
-                             const platform::FileStamp& stamp, bool (*goOn)(), FrameStore& frame);
+                             const platform::FileStamp& stamp, const platform::GoOn& goOn,
+                             FrameStore& frame);
 
  private:
     enum class State { queued, working, done, failed };
@@ -76,6 +85,7 @@ class ReadAhead {
     Jobs::iterator find(const Tstring& path, const ImageLoadRequest& request);
     void drop(size_t jobs);
 
+    std::shared_ptr<ConvertedFiles> converted_;
     std::mutex mutex_;
     std::condition_variable wanted_, finished_;
     Jobs jobs_;  // in the order in which they were wanted

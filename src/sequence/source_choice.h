@@ -1,38 +1,30 @@
 // Which stream the current source is read from: the choice between the frames of an animation, the
-// test output, standard input, a command and a file, made from the viewer's state.
+// test output, standard input, a command and a file.
 #pragma once
 
-#include <functional>
-
 #include "host/tstring.h"
-#include "sequence/source_stream.h"
+#include "platform/go_on.h"
+#include "sequence/opened_source.h"
+#include "sequence/sequence_state.h"
 
 namespace vistel {
 
-struct ChosenSource {
-    OpenedSource opened;
-    FILE* file = nullptr;  // what is read: the opened stream, or the one of a one-file animation;
-                           // the file itself as long as its converter has not been started
-    bool oneFile = false;  // the frame is chosen by its number among the forms of the file
-    bool notFoundTold = false;  // the user was told already why there is none
-    Tstring name;               // of the file, or what stands for a stream without one
+// Whether a source is opened for the first time or one of its frames is read again: what is
+// reported and entered once per source then is not again.
+enum class Reading { first, again };
 
-    // Starts the converter of a file that needs one; `file` is null afterwards when it cannot be
-    // started. To be called before anything is read.
-    void connect();
-    // End what was opened for it (see SourceStream).
-    int close(const std::function<bool()>& goOn);
-    void release(const std::function<bool()>& goOn = {});
-    void abandon();
-};
+// Opens the frame `number` of the source. Sets sourceIsPipe, padWidth and the order of the search
+// directories; outside an animation sourceName and, for a file, the current directory and
+// sourceFolder. The first reading of an animation may move currentFrame on (findFirst), as long as
+// `goOn` wants. A one-file animation's stream is handed over from the state, at its start.
+OpenedSource chooseSource(SequenceState& state, const Tstring& name, int number, Reading reading,
+                          const platform::GoOn& goOn);
 
-// Opens the source for viewerState.currentFrame. Sets sourceIsPipe and oneFileStream; outside an
-// animation sourceName and, for a file, the current directory and the last folder. The first frame
-// of an animation may move currentFrame on (findFirst). file is null when there is nothing to read.
-ChosenSource chooseSource(const Tstring& name);
+// Gives the stream of a one-file animation back to the state, for the next frame.
+void keepOneFileStream(SequenceState& state, OpenedSource& source);
 
 // The path at which chooseSource would look first for another frame of the animation; empty when
-// its frames are not files of their own. Changes nothing.
-Tstring likelyFramePath(const Tstring& name, int frame);
+// its frames are not files of their own.
+Tstring likelyFramePath(const SequenceState& state, int frame);
 
 }  // namespace vistel

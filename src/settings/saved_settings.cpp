@@ -1,10 +1,5 @@
 #include "settings/saved_settings.h"
 
-#include <cstdlib>
-#include <string>
-
-#include "app/viewer_state.h"
-#include "platform/files.h"
 #include "platform/settings_store.h"
 
 namespace vistel {
@@ -21,28 +16,21 @@ void readNumber(const char* name, int32_t& field) {
 
 }  // namespace
 
-void readSettings() {
-    readNumber(filterIndexName, viewerState.filterIndex);
-    readNumber(frameRateName, viewerState.savedFrameRate);
+void readSettings(SavedSettings& settings) {
+    readNumber(filterIndexName, settings.filterIndex);
+    readNumber(frameRateName, settings.savedFrameRate);
     if (const auto folder = platform::readSetting(lastFolderName))
-        viewerState.lastFolder = folder->substr(0, maxFolderLength);
+        settings.lastFolder = folder->substr(0, maxFolderLength);
 }
 
-void writeSettings() {
-    platform::writeSetting(filterIndexName, std::to_string(viewerState.filterIndex));
-    platform::writeSetting(frameRateName, std::to_string(viewerState.savedFrameRate));
-    platform::writeSetting(lastFolderName, viewerState.lastFolder);
+void writeSettings(const SavedSettings& settings) {
+    platform::writeSetting(filterIndexName, std::to_string(settings.filterIndex));
+    platform::writeSetting(frameRateName, std::to_string(settings.savedFrameRate));
+    platform::writeSetting(lastFolderName, settings.lastFolder);
 }
 
-void rememberFolder() {
-    const std::string folder = platform::currentDirectory();
-    if (!folder.empty() && folder.size() <= maxFolderLength) viewerState.lastFolder = folder;
-}
-
-void saveSettingsAndExit(int status) {
-    viewerState.savedFrameRate = viewerState.frameRate;
-    writeSettings();
-    std::exit(status);
+void rememberFolder(SavedSettings& settings, const std::string& folder) {
+    if (!folder.empty() && folder.size() <= maxFolderLength) settings.lastFolder = folder;
 }
 
 }  // namespace vistel

@@ -1,22 +1,25 @@
 #include "viewer/viewer_loop.h"
 
-#include <algorithm>
+#include <new>
 #include <utility>
 
-#include "app/viewer_state.h"
+#include "iff/result_codes.h"
 #include "platform/clock.h"
+#include "platform/process.h"
 #include "platform/surface.h"
-#include "viewer/display_lut.h"
-#include "viewer/display_setup.h"
-#include "viewer/draw_pass.h"
-#include "viewer/drawing.h"
-#include "viewer/key_table.h"
-#include "viewer/paint_commands.h"
-#include "viewer/pan_commands.h"
-#include "viewer/picture_view.h"
-#include "viewer/stepping.h"
+#include "viewer/commands/key_table.h"
+#include "viewer/commands/paint_commands.h"
+#include "viewer/commands/pan_commands.h"
+#include "viewer/commands/queued_input.h"
+#include "viewer/picture/display_lut.h"
+#include "viewer/picture/draw_pass.h"
+#include "viewer/picture/title.h"
+#include "viewer/playback/playback_status.h"
 #include "viewer/viewer_session.h"
-#include "viewer/window_layer.h"
+#include "viewer/window/front_image.h"
+#include "viewer/window/window_context.h"
+#include "viewer/window/window_events.h"
+#include "viewer/window/window_layer.h"
 
 namespace vistel {
 
@@ -28,133 +31,140 @@ constexpr int restMilliseconds = 100;
 
 // While playing, waits until the frame is due. False when an event came first. Steps by hand are
 // shown at once, however fast they follow each other.
-bool waitUntilDue() {
-    if (!playing()) return true;
-    while (static_cast<int>(playbackClock().timeAhead(effectiveFrameRate())) > 1) {
+bool waitUntilDue(const Player& player) {
+    if (!playing(player)) return true;
+    while (static_cast<int>(player.clock.timeAhead(effectiveFrameRate(player))) > 1) {
         if (peekEvent() != 0) return false;
         platform::sleepMilliseconds(1);
     }
     return true;
 }
 
-void presentPass() {
+void presentPass(Player& player) {
     if (windowContext().quit) return;  // the window went while a frame was read
-    ViewerSession& session = viewerSession();
-    session.statusFrame = viewerState.currentFrame;
-    if (viewerState.animation) session.fps.count();
-    drawPass();
+    if (player.animation) player.fps.count();
+    player.status = playbackStatus(player);
+    drawPass(player);
     swapDrawing();
-    session.bandShown = false;
-    session.wentBackward = false;
-}
-
-KeyPress keyPress(const InputEvent& event, bool synthetic) {
-    return {event.code, event.value, synthetic, viewerSession().modifiers};
+    player.bandShown = false;
+    player.wentBackward = false;
 }
 
 // The step that playback makes when nothing is queued.
-KeyPress playbackStep() {
-    const int arrow = viewerState.playMode == PlayMode::backward ? keyLeftArrow : keyRightArrow;
-    return keyPress({arrow, 1}, true);
+Press playbackStep(const Viewer& viewer) {
+    const int arrow = viewer.playMode == PlayMode::backward ? keyLeftArrow : keyRightArrow;
+    return {arrow, 1, true, viewer.modifiers};
+}
+
+Press pressOf(const InputEvent& event, const Viewer& viewer) {
+    return {event.code, event.value, false, viewer.modifiers};
 }
 
 // Whether the frame after the one on screen is due already.
-bool stepIsDue() {
-    if (!playing()) return false;
-    const int rate = effectiveFrameRate();
-    return playbackClock().timeAhead(rate) + 1000.0f * float(stepSize()) / float(rate) <= 1;
-}
-
-int queuedEvents() {
-    pumpEvents();
-    return windowContext().queue.count();
+bool stepIsDue(const Player& player) {
+    if (!playing(player)) return false;
+    const int rate = effectiveFrameRate(player);
+    return player.clock.timeAhead(rate) + 1000.0f * float(stepSize(player)) / float(rate) <= 1;
 }
 
 // A key without a meaning of its own takes the message band away when it is released.
-bool otherReleased(const KeyPress& press) {
-    const bool button = press.code <= EV_MIDDLEMOUSE;
-    if (!button && std::exchange(viewerSession().bandShown, false)) restoreFrontImage();
-    return false;
+void takeBandAway(Picture& picture, const Press& released) {
+    if (isButton(released.code)) return;
+    if (std::exchange(picture.bandShown, false)) restoreFrontImage();
 }
-
-// Whether the mouse has moved on already: then this place need not be shown. What a button does
-// meanwhile needs it.
-bool laterMoveQueued() { return windowContext().queue.movesBeforeButton() > 0; }
 
 // The cursor may be where no move led to: where the window opened under it. Where one did, the
 // cursor may have left the place by now.
 void findCursor() {
-    if (viewerSession().cursorKnown) return;
-    const auto moved = [](const InputEvent& event) { return isMove(event.code); };
-    if (windowContext().queue.any(moved)) return;  // the cursor has left the place
-    cursorPlace(viewerSession().cursorX, viewerSession().cursorY);
+    WindowContext& context = windowContext();
+    if (context.cursor.known) return;
+    if (context.queue.any([](const InputEvent& event) { return isMove(event.code); })) return;
+    cursorPlace(context.cursor.x, context.cursor.y);
 }
 
 // A move comes as two events, the column first.
-bool mouseMoved(const KeyPress& press) {
-    ViewerSession& session = viewerSession();
-    session.noteCursor({press.code, press.value});
-    if (press.code == EV_MOUSEX || !session.shown) return false;
+bool mouseMoved(Viewer& viewer, const Press& press) {
+    windowContext().cursor.note({press.code, press.value});
+    if (press.code == EV_MOUSEX || !viewer.shown) return false;
     const bool later = laterMoveQueued();
-    if (session.painting.active) return paint(press) && !later;
+    if (viewer.painting.active) return paint(viewer, press) && !later;
     if (later) return false;
-    if (session.dragging.scrub) return scrub();
-    return session.dragging.pan && dragPicture(press);
+    if (viewer.dragging.scrub) return scrub(viewer);
+    return viewer.dragging.pan && dragPicture(viewer, press);
 }
 
 // A release that went to another window is seen here. Where the key's own event is still queued,
 // the keys before it were typed with the modifier as it is.
-void refreshModifiers() {
+void refreshModifiers(Modifiers& modifiers) {
     for (int32_t code = keyLeftShift; code <= keyRightAlt; ++code) {
         const auto changes = [&](const InputEvent& event) { return event.code == code; };
         if (windowContext().queue.any(changes)) continue;
-        viewerSession().modifiers.update({code, static_cast<uint16_t>(deviceValue(code) != 0)});
+        modifiers.update({code, static_cast<uint16_t>(deviceValue(code) != 0)});
     }
 }
 
 // Acts on an event. True when the picture must be drawn again.
-bool dispatch(const KeyPress& press) {
+bool dispatch(Viewer& viewer, const Press& press) {
     switch (press.code) {
         case EV_REDRAW:
             return true;
         case EV_TIMER:
-            refreshModifiers();
+            refreshModifiers(viewer.modifiers);
+            platform::collectEndedCommands();
             return false;
         case EV_MOUSEX:
         case EV_MOUSEY:
-            return mouseMoved(press);
+            return mouseMoved(viewer, press);
     }
-    viewerSession().modifiers.update({press.code, press.value});
+    viewer.modifiers.update({press.code, press.value});
     if (isButton(press.code) && press.value) {
         pumpEvents();  // moves that followed tell that the cursor is elsewhere by now
         findCursor();
     }
-    if (!press.value && !findBinding(press)) return otherReleased(press);
-    return runKey(press);
+    if (press.value || findBinding(press)) return runKey(viewer, press);
+    takeBandAway(viewer, press);
+    return false;
 }
 
 // In sequence mode a file is shown for so long; the next one follows in the same window.
-bool timeLimitOver() {
-    if (!viewerState.sequenceMode) return false;
-    const uint32_t elapsed = platform::tickMilliseconds() - viewerSession().startTick;
-    return elapsed > uint64_t(viewerState.sequenceDelay) * 1000;
+bool timeLimitOver(const ShowOptions& options, uint32_t startTick) {
+    if (!options.sequenceMode) return false;
+    const uint32_t elapsed = platform::tickMilliseconds() - startTick;
+    return elapsed > uint64_t(options.sequenceDelay) * 1000;
 }
 
-void rest() {
-    ViewerSession& session = viewerSession();
-    if (!session.restRequested || (viewerState.animation && !viewerState.paused)) return;
+void rest(Viewer& viewer) {
+    if (!viewer.restRequested || (viewer.animation && !viewer.paused)) return;
     platform::sleepMilliseconds(restMilliseconds);
-    session.restRequested = false;
+    viewer.restRequested = false;
 }
 
 enum class Ended { no, byUser, byTimeLimit };
 
-Ended handleEvent(const KeyPress& press, bool& redraw) {
-    if (press.code == EV_QUIT) return Ended::byUser;
-    redraw = dispatch(press);
-    if (timeLimitOver()) return Ended::byTimeLimit;
-    rest();
-    return Ended::no;
+// The loop on its way.
+struct Loop {
+    Viewer& viewer;
+    uint32_t startTick;  // for the time limit
+    Ended ended = Ended::no;
+    bool redraw = false;
+
+    void handle(const Press& press);
+    void handleEvents(bool drawn);
+};
+
+// A command that finds no memory is given up; what it shows stays.
+void Loop::handle(const Press& press) try {
+    if (press.code == EV_QUIT) {
+        ended = Ended::byUser;
+        return;
+    }
+    redraw = dispatch(viewer, press);
+    if (timeLimitOver(viewer, startTick))
+        ended = Ended::byTimeLimit;
+    else
+        rest(viewer);
+} catch (const std::bad_alloc&) {
+    reportError(iffNoMemory);
 }
 
 // Handles events until one changes the picture: those that are queued, then the step of playback or
@@ -162,59 +172,59 @@ Ended handleEvent(const KeyPress& press, bool& redraw) {
 // event came before it was due: then no step is made. Events that arrive meanwhile wait for the
 // next pass, and a step that is due is made though the picture has changed: a flood of events, even
 // of ones that change it, does not hold playback up.
-Ended handleEvents(bool drawn) {
-    Ended ended = Ended::no;
-    bool redraw = false;
-    for (int queued = queuedEvents(); queued > 0 && !redraw && ended == Ended::no; --queued) {
-        if (windowContext().queue.empty()) break;  // dropped by a command
-        ended = handleEvent(keyPress(windowContext().queue.take(), false), redraw);
+void Loop::handleEvents(bool drawn) {
+    redraw = false;
+    pumpEvents();
+    EventQueue& queue = windowContext().queue;
+    for (int queued = queue.count(); queued > 0 && !redraw && ended == Ended::no; --queued) {
+        if (queue.empty()) break;  // dropped by a command
+        handle(pressOf(queue.take(), viewer));
     }
-    if (!playing()) viewerSession().ahead.reset();
-    if (drawn && redraw && ended == Ended::no && stepIsDue())
-        ended = handleEvent(playbackStep(), redraw);
-    while (drawn && !redraw && ended == Ended::no) {
-        ended = handleEvent(playing() ? playbackStep() : keyPress(waitEvent(), false), redraw);
-    }
-    return ended;
+    if (!playing(viewer)) viewer.ahead.reset();
+    if (drawn && redraw && ended == Ended::no && stepIsDue(viewer)) handle(playbackStep(viewer));
+    while (drawn && !redraw && ended == Ended::no)
+        handle(playing(viewer) ? playbackStep(viewer) : pressOf(waitEvent(), viewer));
 }
 
 // --- start and end ------------------------------------------------------------------------------
 
-void startLoop() {
-    ViewerSession& session = viewerSession();
-    viewerState.viewerLoopRunning = 1;
-    viewerState.playMode = viewerState.animation ? PlayMode::forward : PlayMode::stopped;
-    viewerState.paused = 0;
-    viewerState.playOnce = 0;
-    session.dragging = {};
-    session.painting.active = false;
-    setViewerTitle(windowTitle());
-    session.startTick = platform::tickMilliseconds();
-    playbackClock().reset();
+void startLoop(Viewer& viewer) {
+    windowContext().viewerRunning = true;
+    viewer.playMode = viewer.animation ? PlayMode::forward : PlayMode::stopped;
+    viewer.paused = 0;
+    viewer.playOnce = 0;
+    viewer.dragging = {};
+    viewer.painting.active = false;
+    setViewerTitle(windowTitle(viewer));
+    viewer.clock.reset();
     findCursor();
-    platform::setScissorTest(true);
+    platform::setScissorTest(windowContext().window, true);
 }
 
-void cleanUp() {
-    releaseFrames();
-    if (!viewerState.sequenceMode) resetDisplayLut();  // there it stays from file to file
-    if (platform::surfaceExists()) platform::setScissorTest(false);
-    if (windowContext().quit) viewerState.quitRequested = 1;
+void cleanUp(Viewer& viewer) {
+    releaseFrames(viewer);
+    if (!viewer.sequenceMode) resetDisplayLut(viewer);  // there it stays from file to file
+    if (platform::surfaceExists(windowContext().window))
+        platform::setScissorTest(windowContext().window, false);
+    if (windowContext().quit) viewer.quitRequested = 1;
 }
 
 }  // namespace
 
-void runViewerLoop() {
-    Ended ended = windowContext().quit ? Ended::byUser : Ended::no;
-    if (ended == Ended::no) startLoop();
-    while (ended == Ended::no) {
-        const bool drawn = waitUntilDue();
-        if (drawn) presentPass();
-        ended = handleEvents(drawn);
+void runViewerLoop(Viewer& viewer) {
+    Loop loop{viewer, platform::tickMilliseconds()};
+    if (windowContext().quit)
+        loop.ended = Ended::byUser;
+    else
+        startLoop(viewer);
+    while (loop.ended == Ended::no) {
+        const bool drawn = waitUntilDue(viewer);
+        if (drawn) presentPass(viewer);
+        loop.handleEvents(drawn);
     }
-    viewerState.viewerLoopRunning = 0;
-    viewerState.playMode = PlayMode::stopped;
-    if (ended == Ended::byUser) cleanUp();
+    windowContext().viewerRunning = false;
+    viewer.playMode = PlayMode::stopped;
+    if (loop.ended == Ended::byUser) cleanUp(viewer);
 }
 
 }  // namespace vistel

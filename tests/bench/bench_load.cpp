@@ -18,18 +18,16 @@
 #include <cstdlib>
 #include <utility>
 
-#include "app/viewer_state.h"
 #include "iff/result_codes.h"
 #include "platform/clock.h"
 #include "platform/files.h"
-#include "sequence/frame_loader.h"
+#include "sequence/frame_range.h"
 #include "sequence/frame_sequence.h"
 #include "sequence/image_source.h"
-#include "sequence/source_range.h"
-#include "viewer/display_setup.h"
-#include "viewer/frame_display.h"
-#include "viewer/load_animation.h"
-#include "viewer/viewer_session.h"
+#include "viewer/playback/frame_display.h"
+#include "viewer/playback/load_animation.h"
+#include "viewer/show_source.h"
+#include "viewer/viewer_state.h"
 
 namespace {
 
@@ -43,27 +41,29 @@ size_t residentBytes() {
     return pages * static_cast<size_t>(sysconf(_SC_PAGESIZE));
 }
 
-// The viewer's own steps when a source's first picture arrives, but for the window.
-int keepAllFrames(FrameStore& first) {
-    keepFrame(viewerState.currentFrame, std::move(first));
-    loadRemainingFrames();
-    return iffParsingComplete;
+// The viewer's own steps with a source, but for the window. False when its first picture could not
+// be read.
+bool loadAllFrames(const Tstring& name) {
+    FrameStore first;
+    if (openImageSource(viewerState, name, readTerms(viewerState), false, first) != iffOk)
+        return false;
+    keepFrame(viewerState, viewerState.currentFrame, std::move(first));
+    loadRemainingFrames(viewerState);
+    return true;
 }
 
 // The state as the start-up leaves it for the arguments "-F STEM".
 void prepareState() {
     viewerState.startDirectory = platform::currentDirectory();
     viewerState.noRescale = 1;
-    loaderHooks.displayFit = currentDisplayFit;
-    loaderHooks.keepGoing = keepLoading;
-    loaderHooks.frameLoaded = keepAllFrames;
+    installViewer(viewerState);
 }
 
 bool chooseRange(const Tstring& stem, int frames) {
-    if (!discoverNumberedFiles(stem)) return false;
+    if (!discoverNumberedFiles(viewerState, stem, viewerState)) return false;
     viewerState.lastFrame = viewerState.firstFrame + (frames - 1) * viewerState.frameStep;
-    normaliseRange();
-    viewerState.windowId = -1;
+    orderRange(viewerState);
+    viewerState.loadZ = 0;
     return true;
 }
 
@@ -82,7 +82,7 @@ int countComplete() {
     int complete = 0;
     for (int frame = viewerState.firstFrame; frame <= viewerState.lastFrame;
          frame += viewerState.frameStep) {
-        complete += isComplete(viewerSession().slots.find(frame));
+        complete += isComplete(viewerState.slots.find(frame));
     }
     return complete;
 }
@@ -104,12 +104,12 @@ int main(int argc, char** argv) {
     const uint64_t start = platform::tickMicroseconds();
     if (!chooseRange(stem, frames)) return fail("no such sequence");
     stem.pop_back();
-    if (openImageSource(stem) != iffOk) return fail("a frame could not be read");
+    if (!loadAllFrames(stem)) return fail("a frame could not be read");
     const double seconds = static_cast<double>(platform::tickMicroseconds() - start) * 1e-6;
     const size_t bytes = residentBytes() - bytesBefore;
 
     if (countComplete() != frames) return fail("not every frame was kept");
-    const FrameStore& first = *viewerSession().slots.find(viewerState.firstFrame);
+    const FrameStore& first = *viewerState.slots.find(viewerState.firstFrame);
     std::printf("frame_seconds %.9f\n", seconds / frames);
     std::printf("frame_bytes %.0f\n", static_cast<double>(bytes) / frames);
     std::printf("needed_bytes %zu\n", bytesNeeded(first));

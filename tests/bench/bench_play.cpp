@@ -18,20 +18,21 @@
 #include <utility>
 #include <vector>
 
-#include "app/viewer_state.h"
 #include "bench_pictures.h"
 #include "platform/clock.h"
 #include "platform/surface.h"
+#include "platform/window.h"
 #include "sequence/image_source.h"
-#include "viewer/display_lut.h"
-#include "viewer/display_setup.h"
-#include "viewer/draw_pass.h"
-#include "viewer/drawing.h"
-#include "viewer/frame_display.h"
-#include "viewer/viewer_hooks.h"
+#include "viewer/picture/display_lut.h"
+#include "viewer/picture/display_setup.h"
+#include "viewer/picture/draw_pass.h"
+#include "viewer/playback/frame_display.h"
+#include "viewer/show_source.h"
 #include "viewer/viewer_loop.h"
-#include "viewer/viewer_session.h"
-#include "viewer/window_layer.h"
+#include "viewer/viewer_state.h"
+#include "viewer/window/front_image.h"
+#include "viewer/window/window_context.h"
+#include "viewer/window/window_events.h"
 
 using namespace vistel;
 
@@ -51,11 +52,13 @@ bool endAtFirst = false;
 }  // namespace
 
 // What the linker puts in the place of platform::swapBuffers, and the real one.
-extern "C" void realSwap() __asm__("__real__ZN6vistel8platform11swapBuffersEv");
-extern "C" void notedSwap() __asm__("__wrap__ZN6vistel8platform11swapBuffersEv");
+extern "C" void realSwap(vistel::platform::Window*) __asm__(
+    "__real__ZN6vistel8platform11swapBuffersEPNS0_6WindowE");
+extern "C" void notedSwap(vistel::platform::Window*) __asm__(
+    "__wrap__ZN6vistel8platform11swapBuffersEPNS0_6WindowE");
 
-void notedSwap() {
-    realSwap();
+void notedSwap(vistel::platform::Window* window) {
+    realSwap(window);
     if (endAtFirst) std::_Exit(0);
     const uint64_t now = platform::tickMicroseconds();
     shown.push_back({now, viewerState.currentFrame});
@@ -82,18 +85,18 @@ FrameStore makeFrame(int number, int width, int height) {
 
 // The viewer as it is when a sequence has been loaded.
 void showFrames(int count, int width, int height) {
-    installViewer();
-    viewerState = ViewerState{};
+    installViewer(viewerState);
     viewerState.fileName = "bench";
     viewerState.animation = count > 1;
     viewerState.firstFrame = viewerState.playFirst = viewerState.currentFrame = 1;
     viewerState.lastFrame = viewerState.playLast = count;
     viewerState.frameStep = 1;
     viewerState.noRescale = 1;
-    startDisplayLut();
-    for (int frame = 1; frame <= count; ++frame) keepFrame(frame, makeFrame(frame, width, height));
-    beginDisplay(*viewerSession().slots.find(1));
-    windowContext().drawPass = drawPass;
+    startDisplayLut(viewerState);
+    for (int frame = 1; frame <= count; ++frame)
+        keepFrame(viewerState, frame, makeFrame(frame, width, height));
+    beginDisplay(viewerState, *viewerState.slots.find(1));
+    windowContext().drawPass = [] { drawPass(viewerState); };
 }
 
 // Frames that follow each other as they should not.
@@ -119,7 +122,7 @@ int play(char** arguments, bool skip) {
     viewerState.frameSkip = skip;
     shown.reserve(1 << 20);
     endAt = platform::tickMicroseconds() + static_cast<uint64_t>(std::atof(arguments[3]) * 1e6);
-    runViewerLoop();
+    runViewerLoop(viewerState);
     if (shown.size() < settling + 2) return 1;
     shown.erase(shown.begin(), shown.begin() + settling);
     const double seconds =
@@ -136,7 +139,7 @@ double processorSeconds() { return static_cast<double>(std::clock()) / CLOCKS_PE
 int idle(char** arguments) {
     showFrames(1, 640, 480);
     const uint64_t wait = static_cast<uint64_t>(std::atof(arguments[0]) * 1e6);
-    drawPass();
+    drawPass(viewerState);
     swapDrawing();
     const uint64_t start = platform::tickMicroseconds();
     const double before = processorSeconds();
@@ -146,29 +149,36 @@ int idle(char** arguments) {
 }
 
 int firstPicture(char** arguments) {
-    installViewer();
-    viewerState = ViewerState{};
+    installViewer(viewerState);
     viewerState.startDirectory = "";
     viewerState.firstFrame = viewerState.lastFrame = viewerState.currentFrame = 1;
     viewerState.frameStep = viewerState.playFirst = viewerState.playLast = 1;
     viewerState.noRescale = 1;
     viewerState.fileName = arguments[0];
-    startDisplayLut();
+    startDisplayLut(viewerState);
     endAtFirst = true;
-    return openImageSource(arguments[0]) == 0 ? 0 : 1;
+    FrameStore frame;
+    if (openImageSource(viewerState, arguments[0], readTerms(viewerState), false, frame) != 0)
+        return 1;
+    showSource(viewerState, std::move(frame));
+    return 1;  // not reached
 }
 
 int bareWindow() {
     constexpr int width = 1920, height = 1080;
     const std::vector<uint32_t> picture(size_t{width} * height, 0xFF808080u);
-    const platform::WindowSink sink{[](int, unsigned) {}, [](int) {}, [] {}, [] {}, [] {}, [] {}};
-    if (!platform::openWindow({"bench", {0, 0, width, height}, true}, sink)) return 1;
-    if (!platform::createSurface()) return 1;
-    platform::setDoubleBuffered(true);
-    platform::setViewport(width, height);
-    platform::drawPixels(0, 0, {picture.data(), width, 0, 0, width, height}, 1);
+    const platform::WindowSink sink{nullptr,           [](void*, int, unsigned) {},
+                                    [](void*, int) {}, [](void*) {},
+                                    [](void*) {},      [](void*) {},
+                                    [](void*) {}};
+    platform::Window* const window =
+        platform::openWindow({"bench", {0, 0, width, height}, true}, sink);
+    if (!platform::createSurface(window)) return 1;
+    platform::setDoubleBuffered(window, true);
+    platform::setViewport(window, width, height);
+    platform::drawPixels(window, 0, 0, {picture.data(), width, 0, 0, width, height}, 1);
     endAtFirst = true;
-    platform::swapBuffers();
+    platform::swapBuffers(window);
     return 1;  // not reached
 }
 

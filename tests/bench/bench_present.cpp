@@ -21,6 +21,8 @@ using namespace vistel;
 
 constexpr int width = 1920, height = 1080;
 
+platform::Window* window = nullptr;
+
 const bench::Picture& picture(int number) {
     static const bench::Picture pictures[] = {bench::makePicture(bench::PictureKind::typical, 0),
                                               bench::makePicture(bench::PictureKind::typical, 1)};
@@ -32,31 +34,34 @@ platform::PixelSource wholePicture(int number) {
 }
 
 bool openSurface() {
-    const platform::WindowSink sink{[](int, unsigned) {}, [](int) {}, [] {}, [] {}, [] {}, [] {}};
-    if (!platform::openWindow({"bench", {0, 0, width, height}, false}, sink)) return false;
-    if (!platform::createSurface()) return false;
-    platform::setDoubleBuffered(true);
-    platform::setViewport(width, height);
+    const platform::WindowSink sink{nullptr,           [](void*, int, unsigned) {},
+                                    [](void*, int) {}, [](void*) {},
+                                    [](void*) {},      [](void*) {},
+                                    [](void*) {}};
+    window = platform::openWindow({"bench", {0, 0, width, height}, false}, sink);
+    if (!platform::createSurface(window)) return false;
+    platform::setDoubleBuffered(window, true);
+    platform::setViewport(window, width, height);
     return true;
 }
 
 void present() {
-    platform::swapBuffers();
+    platform::swapBuffers(window);
     glFinish();
-    (void)platform::pumpMessages();
+    platform::pumpMessages();
 }
 
 void asTheViewer(benchmark::State& state) {
     int number = 0;
     for (auto _ : state) {
-        platform::drawPixels(0, 0, wholePicture(number++), 1);
+        platform::drawPixels(window, 0, 0, wholePicture(number++), 1);
         present();
     }
 }
 
 void quadAlone(benchmark::State& state) {
-    platform::drawPixels(0, 0, wholePicture(0), 1);
-    platform::DrawingState& drawing = platform::drawingState();
+    platform::drawPixels(window, 0, 0, wholePicture(0), 1);
+    platform::DrawingState& drawing = *platform::drawingState(window);
     for (auto _ : state) {
         glBindTexture(GL_TEXTURE_2D, drawing.picture.name);
         glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_REPLACE);
@@ -81,7 +86,7 @@ void zoomed(benchmark::State& state) {
         platform::PixelSource part = wholePicture(number++);
         part.width = width / zoom;
         part.height = height / zoom;
-        platform::drawPixels(0, 0, part, zoom);
+        platform::drawPixels(window, 0, 0, part, zoom);
         present();
     }
 }
@@ -100,5 +105,5 @@ int main(int argc, char** argv) {
         return 1;
     }
     benchmark::RunSpecifiedBenchmarks();
-    platform::closeWindow();
+    platform::closeWindow(window);
 }

@@ -9,7 +9,11 @@ import pytest
 
 from desktop import wait_until
 from framefile import Animation
-from program import SYSTEMS, Player, Program
+from program import SYSTEMS, Player, Program, be_an_ordinary_parent
+
+
+def pytest_configure():
+    be_an_ordinary_parent()
 
 
 def pytest_addoption(parser):
@@ -63,7 +67,7 @@ def start(system, folder, tmp_path):
     for program in runs:
         program.kill()
     system.desktop.park_pointer()
-    wait_until(lambda: not system.desktop.windows(), 10, "the windows of ended programs to go")
+    wait_until(lambda: not system.desktop.windows(), what="the windows of ended programs to go")
 
 
 @pytest.fixture
@@ -74,7 +78,7 @@ def play(start, folder):
         animation = Animation(**shape).write(folder)
         player = Player(start(*options, "shot."), animation)
         player.pause()
-        player.step("Control_L+Left", animation.numbers[0])
+        player.rewind()
         return player
 
     return run

@@ -16,7 +16,9 @@ from Xlib.protocol import event as xevent
 
 WIDTH, HEIGHT = 1280, 1024
 
-PATIENCE = float(os.environ.get("VISTEL_PATIENCE", 10))  # seconds until waiting has failed
+# Seconds until waiting has failed. What comes in time costs none of them, so they are many: the
+# machine may be busy.
+PATIENCE = float(os.environ.get("VISTEL_PATIENCE", 60))
 
 
 def wait_until(condition, timeout=PATIENCE, what=None, interval=0.01):
@@ -62,6 +64,11 @@ class Desktop:
         self._open_screen()
         self.park_pointer()
 
+    @property
+    def server(self):
+        """The process of the X server."""
+        return self._server.pid
+
     def close(self):
         try:
             self._display.close()
@@ -69,7 +76,7 @@ class Desktop:
             pass
         self._server.send_signal(signal.SIGTERM)
         try:
-            self._server.wait(5)
+            self._server.wait(PATIENCE)
         except subprocess.TimeoutExpired:
             self._server.kill()
             self._server.wait()
@@ -175,8 +182,7 @@ class Desktop:
         try:
             wait_until(
                 lambda: (self.packed()[y : y + height, x : x + width] == pixel).all(),
-                5,
-                "the covering window",
+                what="the covering window",
             )
             yield
         finally:

@@ -175,12 +175,36 @@ def encode_packets(values, **options):
     return bytes(out)
 
 
+def encode_bytes(data, largest=128, shortest_run=2):
+    """The packets of encode_packets() for values of one byte; takes time for its runs only."""
+    values = np.frombuffer(data, np.uint8)
+    starts = np.concatenate(([0], np.flatnonzero(values[1:] != values[:-1]) + 1))
+    lengths = np.diff(np.append(starts, len(values)))
+    runs = lengths >= shortest_run
+    out, done = bytearray(), 0
+
+    def literals(end):
+        for at in range(done, end, largest):
+            piece = data[at : min(at + largest, end)]
+            out.append(len(piece) - 1)
+            out.extend(piece)
+
+    for start, length in zip(starts[runs].tolist(), lengths[runs].tolist()):
+        while length >= shortest_run:
+            literals(start)
+            count = min(length, largest)
+            out.extend((0x80 | (count - 1), data[start]))
+            start, length = start + count, length - count
+            done = start
+    literals(len(data))
+    return bytes(out)
+
+
 def rle_tile(channels, **options):
     """Channel after channel, byte plane after byte plane; packets run across rows."""
-    out = b""
-    for plane in byte_planes(channels):
-        out += encode_packets([bytes((v,)) for v in plane.ravel().tolist()], **options)
-    return out
+    return b"".join(
+        encode_bytes(plane.tobytes(), **options) for plane in byte_planes(channels) if plane.size
+    )
 
 
 def qrl_tile(colour, **options):

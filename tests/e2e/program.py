@@ -10,6 +10,7 @@ import uuid
 from dataclasses import dataclass
 from pathlib import Path
 
+import activity
 import view
 from desktop import PATIENCE, Desktop, wait_until
 
@@ -19,15 +20,28 @@ BUILD = Path(os.environ.get("VISTEL_BUILD", ROOT / "build"))
 MARKER = "VISTEL_TEST_RUN"
 SETTINGS_KEY = r"HKCU\Software\Ostrel\vistel"
 
-# Variables of the caller that would change what the program does.
-FOREIGN = ("TAVO_LOCATION", "GRAPH", "PROJ", "VTTEST", "TAVO_USE_DIRECTSOUND", "FRAME")
+# All that a program under test has of the environment in which the tests were started.
+KEPT = ("LOGNAME", "PATH", "TMPDIR", "USER")
 
 
 def basic_environment(marker):
-    kept = {k: v for k, v in os.environ.items() if k not in FOREIGN}
-    for name in ("DISPLAY", "WAYLAND_DISPLAY", "DBUS_SESSION_BUS_ADDRESS"):
-        kept.pop(name, None)
-    return {**kept, "LC_ALL": "C.UTF-8", MARKER: marker}
+    home = BUILD / "e2e" / "home"  # lasting: holds what graphics and font libraries keep for later
+    home.mkdir(parents=True, exist_ok=True)
+    kept = {name: os.environ[name] for name in KEPT if name in os.environ}
+    return {**kept, "HOME": str(home), "LC_ALL": "C.UTF-8", "TZ": "UTC", MARKER: marker}
+
+
+def be_an_ordinary_parent():
+    """What a program inherits beside its environment is the same however the tests were started: in
+    the background (no interrupts), under nohup (no hang-ups), from any folder, with any mask. A
+    signal that this process ignores is caught here instead, for who is started has that by default;
+    this process still does not mind it."""
+    for number in signal.valid_signals() - {signal.SIGPIPE, signal.SIGXFSZ}:
+        if signal.getsignal(number) == signal.SIG_IGN:
+            signal.signal(number, lambda *_: None)
+    signal.pthread_sigmask(signal.SIG_SETMASK, ())
+    os.umask(0o022)
+    os.chdir(ROOT)
 
 
 # What the first Windows program of a session brings along for all others.
@@ -89,18 +103,26 @@ class System:
     def __init__(self):
         self.desktop = Desktop(composite=self.composite)
         self.marker = f"{os.getpid()}-{uuid.uuid4().hex}"
+        self._folder = tempfile.TemporaryDirectory(prefix="system-")
+        self.folder = Path(self._folder.name)  # of the tools: they run in it and keep files in it
 
     @property
     def binary(self):
         raise NotImplementedError
 
-    def require_binary(self):
+    def require_binary(self, name):
         """A program that is not there is a failure, never a skipped test."""
-        assert self.binary.is_file(), f"{self.binary} is missing: build it first"
+        binary = Path(self.command(name)[-1])
+        assert binary.is_file(), f"{binary} is missing: build it first"
+
+    def servers(self):
+        """The processes beside the program that take part in what it shows."""
+        return [self.desktop.server]
 
     def close(self):
         self.desktop.close()
         end_processes(self.marker)
+        self._folder.cleanup()
 
     def forget_settings(self, folder):
         """The next program starts as for a new user; `folder` is empty and holds its files."""
@@ -112,8 +134,8 @@ class System:
             started = time.monotonic()
             done = subprocess.run(
                 [*self.command(name), *map(str, arguments)],
-                cwd=folder,
-                env=self.environment(Path(tempfile.gettempdir()), f"{self.marker}-tool"),
+                cwd=folder or self.folder,
+                env=self.environment(self.folder, f"{self.marker}-tool"),
                 stdin=stdin or subprocess.DEVNULL,
                 stdout=out,
                 stderr=err,
@@ -206,6 +228,9 @@ class Wine(System):
             "LIBGL_ALWAYS_SOFTWARE": "1",
         }
 
+    def servers(self):
+        return [*super().servers(), self._server.pid]
+
     def _run(self, *arguments):
         """Runs a console program; (exit status, output). The output goes through a file: services
         that are started along would hold a pipe open for ever."""
@@ -233,7 +258,7 @@ class Wine(System):
     def _end_server(self):
         for option in ("-k", "-w"):
             command = [self._wineserver(), option]
-            subprocess.run(command, timeout=30, check=False, **self._quiet())
+            subprocess.run(command, timeout=120, check=False, **self._quiet())
 
     def _prepare(self):
         """The prefix (once), a server of our own for it, and a window setting that suits a screen
@@ -262,7 +287,7 @@ class Wine(System):
         super().close()
         if self._server is not None and self._server.poll() is None:
             self._server.terminate()
-            self._server.wait(20)
+            self._server.wait(PATIENCE)
         end_processes(self._session)
 
     def close_window(self, window):
@@ -278,18 +303,19 @@ class Program:
 
     def __init__(
         self, system, arguments, folder, private, settings, stdin=None, environment=None,
-        stderr=None,
+        stderr=None, name="vistel",
     ):
         """`folder` is the current directory, `private` holds what the run writes to the console,
         `settings` what it keeps for the next one. `stdin`: a file object, None for a null device,
-        or "closed". `stderr`: a descriptor, None for a file that stderr() reads."""
-        system.require_binary()
+        or "closed". `stderr`: a descriptor, None for a file that stderr() reads. `name`: of the
+        program, when it is another one of ours."""
+        system.require_binary(name)
         self.system, self.desktop = system, system.desktop
         self.marker = f"{system.marker}-{uuid.uuid4().hex}"
         self._out, self._err = private / "stdout", private / "stderr"
         variables = system.environment(settings, self.marker)
         variables.update(environment or {})
-        command = [*system.command(), *map(str, arguments)]
+        command = [*system.command(name), *map(str, arguments)]
         if stdin == "closed":
             command, stdin = ["sh", "-c", 'exec "$@" <&-', "sh", *command], None
         with open(self._out, "wb") as out, open(self._err, "wb") as err:
@@ -315,8 +341,32 @@ class Program:
         return self.process.poll() is None
 
     def interrupt(self):
-        """What Ctrl+C in its console does to the program itself."""
+        """What Ctrl+C in its console does to the program itself, once it waits for something."""
+        if self.system.name == "linux":
+            caught = lambda: activity.catches(self.process.pid, signal.SIGINT)
+            wait_until(caught, what=lambda: f"a program that minds interrupts {self.report()}")
+        self.wait_for_rest(1)
+        assert self.running(), self.report()
         self.process.send_signal(signal.SIGINT)
+
+    def busy(self):
+        """Whether the program, what it has started or the screen has something to do just now."""
+        taking_part = [*activity.family(self.process.pid), *self.system.servers()]
+        return any(map(activity.is_working, taking_part))
+
+    def stays(self, look, seconds, patience=PATIENCE):
+        """Whether `look` gives the same until there was nothing to do for so many seconds."""
+        return activity.stays(look, self.busy, seconds, patience)
+
+    def wait_for_rest(self, seconds=0.3):
+        """Waits until what was sent to the program before has been dealt with."""
+        self.stays(lambda: None, seconds)
+
+    def wait_until_loaded(self):
+        """Waits for the end of loading, which the title tells of once the second frame is under
+        way."""
+        loaded = lambda: "loading" not in (self.title() or "loading")
+        wait_until(lambda: loaded() and self.stays(self.title, 0.2) and loaded(), what=lambda: f"the end of loading {self.report()}")
 
     def wait_for_exit(self, timeout=PATIENCE):
         """The exit status."""
@@ -369,7 +419,7 @@ class Program:
         end_processes(self.marker, spare=SHARED)
         if self.running():
             self.process.kill()
-        self.process.wait(10)
+        self.process.wait(PATIENCE)
 
     # --- picture ----------------------------------------------------------------------------------
 
@@ -398,14 +448,8 @@ class Program:
         return view.place_of(self.desktop.packed(), picture) is not None
 
     def steady(self, seconds=0.3):
-        """Whether the screen stays as it is for a while."""
-        before = self.desktop.packed()
-        end = time.monotonic() + seconds
-        while time.monotonic() < end:
-            time.sleep(0.02)
-            if not (self.desktop.packed() == before).all():
-                return False
-        return True
+        """Whether the screen stays as it is until there was nothing to do for a while."""
+        return self.stays(lambda: self.desktop.packed().tobytes(), seconds)
 
 
 class Player:
@@ -440,17 +484,14 @@ class Player:
 
     def settled(self, seconds=0.3, timeout=PATIENCE):
         """Waits until the picture does not change any more; the frame number it stays on."""
+        seen = []
 
         def still():
-            first = self.frame()
-            end = time.monotonic() + seconds
-            while time.monotonic() < end:
-                time.sleep(0.02)
-                if self.frame() != first:
-                    return None
-            return first
+            seen[:] = [self.frame()]
+            return self.program.stays(self.frame, seconds, timeout)
 
-        return wait_until(still, timeout, "playing to stop")
+        wait_until(still, timeout, lambda: f"playing to stop {self.program.report()}")
+        return seen[0]
 
     def playing(self, changes=3, timeout=PATIENCE):
         """Waits until that many frame changes were seen; the frames in order."""
@@ -471,13 +512,36 @@ class Player:
 
     def pause(self):
         """Stops playing; the frame it stopped on. While frames are loaded nothing plays yet."""
-        wait_until(lambda: "loading" not in (self.program.title() or "loading"), 30, "the end of loading")
+        self.program.wait_until_loaded()
         self.program.key("space")
         return self.settled()
+
+    def rewind(self, seconds=0.3):
+        """Goes to the first frame and rests there; a read takes up to `seconds`. A stroke that came
+        during a read may have been overtaken by the frame that was read."""
+        first = self.animation.numbers[0]
+
+        def there():
+            self.program.key("Control_L+Left")
+            return self.settled(seconds) == first
+
+        wait_until(there, what=lambda: f"the first frame {self.program.report()}")
 
     def step(self, stroke, expected):
         self.program.key(stroke)
         self.wait_for(expected)
+
+    def record_in_order(self, count, in_order, timeout=PATIENCE):
+        """Records again until so many frames in a row are in order: a busy machine may keep this
+        process from seeing each of them."""
+        seen = []
+
+        def enough():
+            seen[:] = self.record(count, timeout)
+            return in_order(seen)
+
+        wait_until(enough, timeout, lambda: f"{count} frames in order; at last seen: {seen}")
+        return seen
 
     def seconds_per_round(self):
         """Time from one showing of the first frame to the next."""
@@ -492,6 +556,15 @@ class Player:
 
         wait_until(enough, PATIENCE, "a round of the animation", interval=0.002)
         return marks[1] - marks[0]
+
+    def plays_a_round_in(self, seconds, tolerance=0.12, rounds=10):
+        """Whether a round takes so long. A busy machine makes rounds longer or delays the look at
+        the screen: one undisturbed round of `rounds` is enough."""
+        took = [self.seconds_per_round()]
+        while abs(took[-1] - seconds) > tolerance and len(took) < rounds:
+            took.append(self.seconds_per_round())
+        assert abs(took[-1] - seconds) <= tolerance, f"rounds took {took} s instead of {seconds}"
+        return True
 
     def status_line(self):
         """The rows between control bar and picture."""

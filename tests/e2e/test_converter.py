@@ -166,6 +166,7 @@ def test_numbered_pictures_of_another_type_play(system, start, folder, real_pict
         (folder / path.name).write_bytes(path.read_bytes())
     program = start("-n", 0, 19, 1, "throbber-@@.png")
     program.window()
+    program.wait_until_loaded()
     program.key("space", "Control_L+Left", "a")  # these are all mask
     for path in (frames[0], frames[1], frames[2]):
         mask = np.asarray(Image.open(path).convert("RGBA"))[..., 3]

@@ -8,7 +8,6 @@ import sys
 import tempfile
 import time
 import zlib
-from pathlib import Path
 
 import numpy as np
 import pytest
@@ -506,7 +505,7 @@ def test_wrong_words_lead_to_the_usage_of_the_older_converter(system, words):
 
 # --- memory ---------------------------------------------------------------------------------------
 
-LONG = 60  # seconds that no conversion takes
+LONG = 300  # seconds that no conversion takes
 MB = 1 << 20
 
 
@@ -663,15 +662,46 @@ def lying_exr(data, display):
     return header + struct.pack("<Q", len(header) + 8) + struct.pack("<iI", data[1], 96) + bytes(96)
 
 
+def exr_of_a_long_text():
+    """A text of two gigabytes in its header, so it says."""
+    whole = pictures.exr({name: np.zeros((16, 16), np.float32) for name in "BGR"})
+    return whole[:8] + b"comment\0string\0" + struct.pack("<I", 0x7FFFFFF0) + whole[8:]
+
+
+def fax_tiff(side):
+    """White all over: one bit for each row."""
+    data = b"\xff" * (side // 8 + 1) + b"\x00\x10\x01"
+    tags = {
+        pictures.WIDTH: [side], pictures.HEIGHT: [side], pictures.BITS: [1],
+        pictures.COMPRESSION: [4], pictures.PHOTOMETRIC: [0], pictures.STRIPS: [8],
+        pictures.CHANNELS: [1], pictures.STRIP_ROWS: [side], pictures.STRIP_SIZES: [len(data)],
+    }
+    return pictures.tiff_file(tags, data)
+
+
+def png_of_nothing(side):
+    """Black all over, of one bit for each pixel."""
+    rows = side * (side // 8 + 1)
+    return pictures.png_file(side, side, 1, 0, deflated_zeros(rows + MB))
+
+
+def sparse_frame(side):
+    """One tile of a large picture."""
+    whole = pictures.frame_bytes(Pixels(np.zeros((16, 16, 3), np.uint8)))
+    at = whole.index(b"TBHD") + 8
+    return whole[:at] + struct.pack(">II", side, side) + whole[at + 8 :]
+
+
 def riff(chunks):
     body = b"WEBP" + b"".join(k + struct.pack("<I", len(c)) + c + bytes(len(c) % 2) for k, c in chunks)
     return b"RIFF" + struct.pack("<I", len(body)) + body
 
 
-def webp_chunk(width, height):
+def webp_chunk(width, height, make=None):
     """The lossless picture of another program; of noise, for one colour would need no data at all."""
     out = io.BytesIO()
-    Image.fromarray(framefile.noise(width, height)).save(out, "webp", lossless=True)
+    colour = make((height, width, 3), np.uint8) if make else framefile.noise(width, height)
+    Image.fromarray(colour).save(out, "webp", lossless=True)
     data = out.getvalue()
     assert data[12:16] == b"VP8L"
     return data[20 : 20 + struct.unpack_from("<I", data, 16)[0]]
@@ -712,6 +742,15 @@ LYING = {
     "an exr with a large display window": (
         "exr", lambda: lying_exr((0, 0, 15, 0), (0, 0, 2**31 - 2, 2**31 - 2)), None,
     ),
+    "an exr of a long text": ("exr", exr_of_a_long_text, None),
+    "a white fax": ("tif", lambda: fax_tiff(16380), None),
+    "a black png of bits": ("png", lambda: png_of_nothing(16000), None),
+    "a frame of one tile": ("iff", lambda: sparse_frame(16000), None),
+    "a webp of one colour": (
+        "webp",
+        lambda: riff([(b"VP8L", with_webp_size(webp_chunk(16, 16, np.zeros), 16383, 16383))]),
+        None,
+    ),
     "a large webp": (
         "webp", lambda: riff([(b"VP8L", with_webp_size(webp_chunk(16, 16), 16383, 16383))]),
         None,
@@ -725,6 +764,23 @@ LYING = {
         framefile.noise(16, 16)[0, 0],
     ),
 }
+
+
+# One colour costs a WebP file nothing at all: only the size of files tells it from a lie.
+@pytest.mark.parametrize("extension", [
+    "png", "jpg", "tif", "exr", "tga", "bmp", "hdr", "ppm", "pfm", "sgi", "dpx", "cin", "iff",
+])
+def test_a_large_black_picture_is_no_lie(system, tmp_path, extension):
+    source, frame = tmp_path / "black.png", tmp_path / "black.frame"
+    target = tmp_path / f"black.{extension}"
+    source.write_bytes(pictures.png(Pixels(np.zeros((4000, 5000, 3), np.uint8))))
+    frame.write_bytes(system.run_tool("pixconv", source, "stdout", timeout=LONG).output)
+    with frame.open("rb") as stdin:
+        done = system.run_tool("pixconv", target, stdin=stdin, timeout=LONG)
+    assert (done.status, done.messages) == (0, "")
+    done = system.run_tool("pixconv", target, "stdout", timeout=LONG)
+    assert (done.status, done.messages) == (0, "")
+    assert framereader.read(done.output).colour.shape == (4000, 5000, 3)
 
 
 @pytest.mark.parametrize("extension, make, pixel", LYING.values(), ids=LYING.keys())

@@ -38,7 +38,7 @@ def range_of(animation, pattern):
     return "-n", animation.numbers[0], animation.numbers[-1], 1, pattern
 
 
-def record_all(player, numbers, timeout=60):
+def record_all(player, numbers):
     """Watches until all of these frames were shown: what was seen, in order. The machine may be too
     busy to see each of them in each round."""
     seen = []
@@ -49,7 +49,7 @@ def record_all(player, numbers, timeout=60):
             seen.append(number)
         return set(numbers) <= set(seen)
 
-    wait_until(enough, timeout, lambda: f"all of {numbers}; seen: {seen}", interval=0.004)
+    wait_until(enough, what=lambda: f"all of {numbers}; seen: {seen}", interval=0.004)
     return seen
 
 
@@ -73,11 +73,11 @@ def turns_of(seen):
 
 
 def go(player, stroke, number):
-    """Types the stroke until that frame is shown: what is typed while a file is read is lost."""
+    """Types the stroke until that frame is shown: there may be another one between."""
     seen = []
     for _ in range(3):
         player.program.key(stroke)
-        seen.append(player.settled(0.6))
+        seen.append(player.settled())
         if seen[-1] == number:
             return
     raise AssertionError(f"frame {number}; seen: {seen} {player.program.report()}")

@@ -1,13 +1,19 @@
 """The suite's own eyes: they see one wrong pixel, and a margin that is one pixel off."""
 
+import os
+import subprocess
+import sys
+from pathlib import Path
+
 import numpy as np
 import pytest
 
+import activity
 import view
 from desktop import HEIGHT, WIDTH, occurrences, pack, wait_until
 from framefile import (
-    Animation, Picture, blocky, encode_packets, group, image_form, noise, on_screen, packets,
-    shrunk, stored_pixels,
+    Animation, Picture, blocky, encode_bytes, encode_packets, group, image_form, noise, on_screen,
+    packets, shrunk, stored_pixels,
 )
 
 
@@ -61,6 +67,40 @@ def test_waiting_fails_when_nothing_comes():
         wait_until(lambda: False, 0.05, "rain")
 
 
+INHERITED = "import program, subprocess; START subprocess.run(['cat', '/proc/self/status'])"
+
+
+@pytest.mark.parametrize("begin, ignored", [("program.be_an_ordinary_parent();", 0), ("", 3)])
+def test_programs_inherit_no_signal_that_is_ignored_and_no_mask(begin, ignored):
+    """A hang-up and an interrupt (bits 0 and 1) are ignored where the tests are started."""
+    command = ["sh", "-c", 'trap "" HUP INT; umask 077; exec "$@"', "sh", sys.executable, "-c"]
+    shown = subprocess.run(
+        [*command, INHERITED.replace("START", begin)],
+        cwd=Path(__file__).parent, capture_output=True, text=True, check=True,
+    )
+    status = dict(line.split(":", 1) for line in shown.stdout.splitlines())
+    assert int(status["SigIgn"], 16) & 3 == ignored
+    assert int(status["Umask"], 8) == (0o077 if ignored else 0o022)
+
+
+def test_who_sleeps_is_told_from_who_works():
+    asleep = subprocess.Popen(["sleep", "100"])
+    at_work = subprocess.Popen(["sh", "-c", "while :; do :; done"])
+    try:
+        assert activity.is_working(at_work.pid)
+        wait_until(lambda: not activity.is_working(asleep.pid), what="sleep")
+        assert {asleep.pid, at_work.pid} <= set(activity.family(os.getpid()))
+        patience = 0.2
+        with pytest.raises(AssertionError, match="an end of the work"):
+            activity.stays(int, lambda: activity.is_working(at_work.pid), 0.1, patience)
+        assert activity.stays(int, lambda: activity.is_working(asleep.pid), 0.1, 60)
+        assert not activity.stays(iter([1, 2]).__next__, lambda: False, 0.1, patience)
+    finally:
+        for process in (asleep, at_work):
+            process.kill()
+            process.wait()
+
+
 def test_packets_hold_what_was_put_in():
     values = [bytes((v,)) for v in blocky(60, 50, channels=1).ravel().tolist()]
     rebuilt = [value for _, run in packets(values) for value in run]
@@ -68,6 +108,16 @@ def test_packets_hold_what_was_put_in():
     assert encode_packets([b"a"] * 128) == b"\xffa"
     assert encode_packets([b"a"] * 130) == b"\xffa\x81a"
     assert encode_packets([b"a", b"b"]) == b"\x01ab"
+
+
+@pytest.mark.parametrize("options", [{}, {"largest": 5}, {"shortest_run": 3}], ids=str)
+def test_packets_of_bytes_are_those_of_values(options):
+    random = np.random.default_rng(1)
+    for size in (1, 2, 127, 128, 129, 130, 600):
+        for several in (1, 2, 200):
+            data = np.repeat(random.integers(0, several, size), 3)[:size].astype(np.uint8).tobytes()
+            values = [bytes((value,)) for value in data]
+            assert encode_bytes(data, **options) == encode_packets(values, **options)
 
 
 def test_an_image_of_one_pixel_byte_for_byte():

@@ -1,6 +1,5 @@
 """Zoom, pan and scrubbing: which image pixels are seen, to the pixel; windows of every kind."""
 
-import time
 
 import numpy as np
 import pytest
@@ -179,7 +178,7 @@ def test_a_drag_begins_where_the_cursor_was_before_there_was_a_window(system, st
     moved = show(start, folder, 400, 300)
     moved.zoom(1)
     system.desktop.button(1, True)
-    time.sleep(0.2)  # seen before the first move
+    moved.scene.program.wait_for_rest()  # seen before the first move
     system.desktop.move_pointer(x - 20, y - 8)
     moved.layout.move(np.float32(20) / 2, np.float32(-8) / 2)
     moved.expect()
@@ -296,6 +295,7 @@ def test_a_frame_of_another_size_is_centred_in_the_window(start, folder):
         write(folder / f"shot.{number}", picture)
     program = start("-r", "8", "shot.")
     program.find_part(on_screen(pictures[0]))
+    program.wait_until_loaded()
     program.key("space", "Control_L+Left")
     first = Scene(program, stored_pixels(pictures[0]))
     left, top, right, bottom = first.client()
@@ -356,6 +356,7 @@ def test_a_borderless_animation_has_no_margin_of_its_own(start, folder, width, h
     animation = Animation(last=2, width=width, height=height).write(folder)
     program = start("-B", "-r", "8", "shot.")
     program.find_part(animation.landmark()[24:])  # the status line lies on the rest
+    program.wait_until_loaded()
     program.key("space", "Control_L+Left")
     x, y = program.find_part(on_screen(animation.picture(1))[24:])
     left, top, window_width, window_height = program.desktop.rectangle(program.window())

@@ -3,6 +3,7 @@
 import pytest
 
 import view
+from desktop import wait_until
 from framefile import Animation
 from program import Player
 
@@ -18,8 +19,7 @@ def follows(seen, step, numbers):
 def test_an_animation_starts_playing_at_once_and_repeats(start, folder):
     animation = Animation().write(folder)
     player = Player(start(*SLOW, "shot."), animation)
-    seen = player.record(9)
-    assert follows(seen, 1, animation.numbers)
+    seen = player.record_in_order(9, lambda seen: follows(seen, 1, animation.numbers))
     assert set(seen) == set(animation.numbers)
 
 
@@ -52,6 +52,7 @@ def test_zoom_of_an_animation(start, folder):
     animation = Animation(last=2).write(folder)
     program = start("-m", "3", "shot.")
     program.find_part(view.magnified(animation.landmark(), 3))
+    program.wait_until_loaded()
     program.key("space")
     shown = [view.magnified(animation.picture(n).colour[::-1], 3) for n in (1, 2)]
     program.key("Control_L+Left")
@@ -67,9 +68,8 @@ def test_space_pauses_and_resumes(start, folder):
     stopped_on = player.pause()
     assert player.frame() == stopped_on
     player.program.key("space")
-    seen = player.record(4)
-    assert seen[0] == stopped_on
-    assert follows(seen, 1, animation.numbers)
+    assert player.record(4)[0] == stopped_on
+    player.record_in_order(4, lambda seen: follows(seen, 1, animation.numbers))
 
 
 def test_the_arrows_step_and_wrap_at_both_ends(play):
@@ -84,9 +84,14 @@ def test_right_while_playing_does_nothing(start, folder):
     animation = Animation(last=8).write(folder)
     player = Player(start("-r", "4", "shot."), animation)
     player.playing(1)
-    first = player.frame()
-    player.program.key("Right")
-    assert follows([first, *player.record(3)[1:]], 1, animation.numbers)
+
+    def goes_on():
+        first = player.frame()
+        player.program.key("Right")
+        return follows([first, *player.record(3)[1:]], 1, animation.numbers)
+
+    # A frame may be missed on a busy machine; a step would be one too many each time.
+    assert any(goes_on() for _ in range(5))
 
 
 def test_control_and_an_arrow_jump_to_the_ends(play):
@@ -129,25 +134,32 @@ def test_comma_plays_backward_and_period_forward(play):
     player = play(*SLOW)
     player.program.key("space", "comma")
     player.wait_for(5)
-    seen = without_first(player.record(9))
-    assert len(seen) >= 7
-    assert follows(seen, -1, player.animation.numbers[1:])
+
+
+    def backward(seen):
+        rest = without_first(seen)
+        return len(rest) >= 7 and follows(rest, -1, player.animation.numbers[1:])
+
+    player.record_in_order(9, backward)
     player.program.key("period")
     player.playing(1)
-    assert follows(player.record(7), 1, player.animation.numbers)
+    player.record_in_order(7, lambda seen: follows(seen, 1, player.animation.numbers))
 
 
 def test_s_reflects_at_the_ends(play):
     player = play(*SLOW, last=4)
     player.program.key("s", "space")
-    seen = without_first(player.record(14))
-    steps = [b - a for a, b in zip(seen, seen[1:])]
-    assert all(abs(step) == 1 for step in steps), seen
-    turns = [seen[i + 1] for i in range(len(steps) - 1) if steps[i] != steps[i + 1]]
-    assert {2, 4} <= set(turns) and set(turns) <= {2, 4}, seen
+
+    def reflected(seen):
+        rest = without_first(seen)
+        steps = [b - a for a, b in zip(rest, rest[1:])]
+        turns = {rest[i + 1] for i in range(len(steps) - 1) if steps[i] != steps[i + 1]}
+        return all(abs(step) == 1 for step in steps) and turns == {2, 4}
+
+    player.record_in_order(14, reflected)
     player.program.key("s", "period")
     player.wait_for(4)
-    assert follows(player.record(6), 1, player.animation.numbers)
+    player.record_in_order(6, lambda seen: follows(seen, 1, player.animation.numbers))
 
 
 @pytest.mark.parametrize("stroke, start_at, last", [("period", 4, 6), ("comma", 3, 1)])
@@ -155,11 +167,25 @@ def test_alt_with_a_play_key_plays_once_from_end_to_end(play, stroke, start_at, 
     player = play("-r", "8")
     for number in range(2, start_at + 1):
         player.step("Right", number)
-    player.program.key("space", f"Alt_L+{stroke}")
-    player.wait_for(7 - last)
-    seen = player.record(6)
-    assert seen == sorted(player.animation.numbers, reverse=last == 1)
-    assert player.settled(1.0) == last
+    player.program.key("space")
+
+    def once_through():
+        player.program.key(f"Alt_L+{stroke}")
+        player.wait_for(7 - last)
+        seen = [7 - last]
+
+        def ended():
+            number = player.frame()
+            seen.extend([] if number in (None, seen[-1]) else [number])
+            return seen[-1] == last
+
+        wait_until(ended, what=lambda: f"frame {last}; seen: {seen}", interval=0.004)
+        assert player.settled(1.0) == last
+        return seen
+
+    # A frame may be missed on a busy machine, but not each time.
+    whole = sorted(player.animation.numbers, reverse=last == 1)
+    assert any(once_through() == whole for _ in range(5))
     player.step("Left" if last == 6 else "Right", 5 if last == 6 else 2)
 
 
@@ -186,16 +212,16 @@ def test_shift_with_the_play_keys_sets_the_range(play):
 def test_t_plays_a_range_in_its_time_and_can_be_switched_off(play):
     player = play("-r", "10", last=8)
     player.program.key("t", "space")
-    assert len(set(player.record(9))) == 8
+    player.record_in_order(9, lambda seen: len(set(seen)) == 8)
     player.program.key("t")
-    assert len(set(player.record(9))) == 8
+    player.record_in_order(9, lambda seen: len(set(seen)) == 8)
 
 
 def test_the_status_line_changes_with_the_frame(play):
     player = play(last=4)
     lines = []
     for number in (1, 2, 3, 4):
-        assert player.program.steady()
+        wait_until(player.program.steady, what="the status line")
         lines.append(player.status_line().tobytes())
         player.step("Right", number % 4 + 1)
     assert len(set(lines)) == 4
@@ -206,7 +232,7 @@ def test_the_play_format_sets_the_rate(start, folder, option, rate):
     # A range of `rate` frames takes one second.
     animation = Animation(last=rate).write(folder)
     player = Player(start("-r", option, "shot."), animation)
-    assert player.seconds_per_round() == pytest.approx(1.0, abs=0.12)
+    assert player.plays_a_round_in(1.0)
 
 
 def test_an_animation_whose_frames_differ_in_size_keeps_its_window(start, folder):
@@ -278,4 +304,4 @@ def test_the_frame_rate_is_kept_for_the_next_run(start, folder):
     Player(first, animation)
     assert first.close() == 0
     player = Player(start("shot."), animation)
-    assert player.seconds_per_round() == pytest.approx(1.0, abs=0.12)
+    assert player.plays_a_round_in(1.0)

@@ -2,7 +2,6 @@
 misbehave), one-file animations, and files that are still being written."""
 
 import os
-import signal
 import subprocess
 import threading
 import time
@@ -63,14 +62,11 @@ NAMED = {
 }
 
 
-def rest_on_first(player, busy=0):
-    """Stops on the first frame, which may be shown already when the key is still under way. Steps
-    that are typed during a read of `busy` seconds are lost."""
-    time.sleep(busy)
+def rest_on_first(player, reading=0.3):
+    """Stops on the first frame, which may be shown already when the key is still under way. A read
+    takes up to `reading` seconds."""
     player.pause()
-    time.sleep(busy)
-    player.step("Control_L+Left", player.animation.numbers[0])
-    player.settled()
+    player.rewind(reading)
 
 
 @pytest.mark.parametrize("case", NAMED.values(), ids=NAMED.keys())
@@ -220,8 +216,8 @@ def test_standard_input_that_stalls_is_left_by_an_interrupt(start, length):
     with os.fdopen(read_end, "rb") as source:
         program = start("stdin", stdin=source)
     try:
-        interrupt(program)
-        assert program.wait_for_exit(10) == 0
+        program.interrupt()
+        assert program.wait_for_exit() == 0
         assert program.stderr() == ""
     finally:
         os.close(write_end)
@@ -239,8 +235,8 @@ def named_pipe(system, path):
 def test_a_named_pipe_without_a_writer_is_left_by_an_interrupt(system, start, folder):
     named_pipe(system, folder / "pipe")
     program = start("pipe")
-    interrupt(program)
-    assert program.wait_for_exit(10) == 0
+    program.interrupt()
+    assert program.wait_for_exit() == 0
     assert program.stderr() == ""
 
 
@@ -249,11 +245,11 @@ def test_a_named_pipe_whose_writer_comes_late_is_waited_for(system, start, folde
     named_pipe(system, folder / "pipe")
     data = image_form(PICTURE)
     program = start("pipe")
-    time.sleep(1.5)
+    program.wait_for_rest(1)
     with open(folder / "pipe", "wb", buffering=0) as pipe:
         for piece in (data[:first], data[first:second], data[second:]):
             pipe.write(piece)
-            time.sleep(0.3)
+            program.wait_for_rest()
         program.find(SHOWN)
     assert program.close() == 0
     assert program.stderr() == ""
@@ -268,9 +264,7 @@ def test_the_window_answers_while_a_named_pipe_has_no_writer(system, start, fold
     with program.desktop.covering(player.x, player.y, 20, 20):
         assert player.frame() == 1
     program.find_part(player.animation.landmark())
-    begin = time.monotonic()
-    assert program.close(10) == 0
-    assert time.monotonic() - begin < 3
+    assert program.close() == 0
 
 
 # --- commands -------------------------------------------------------------------------------------
@@ -308,14 +302,7 @@ def test_the_converter_test_runs_the_command_named_in_the_environment(system, st
 
 # --- commands that misbehave ----------------------------------------------------------------------
 
-LONG = 60_000  # milliseconds; no test takes so long
-
-
-def interrupt(program):
-    """Ctrl+C in the console, when the program waits."""
-    time.sleep(1.5)
-    assert program.running()
-    program.interrupt()
+LONG = 600_000  # milliseconds; nobody is patient for so long
 
 
 def command(system, options):
@@ -327,9 +314,8 @@ def commands_left(program):
 
 
 def assert_no_commands_left(program):
-    wait_until(
-        lambda: not commands_left(program), 5, lambda: f"the end of {commands_left(program)}"
-    )
+    ended = lambda: not commands_left(program)
+    wait_until(ended, what=lambda: f"the end of {commands_left(program)}")
 
 
 FAILING = {
@@ -368,8 +354,8 @@ def test_a_command_that_writes_slowly(system, start, folder):
 def test_a_command_that_stalls_is_left_by_an_interrupt(system, start, folder, options):
     write(folder / "one", PICTURE)
     program = start(command(system, options.replace("LONG", str(LONG))))
-    interrupt(program)
-    assert program.wait_for_exit(10) == 0
+    program.interrupt()
+    assert program.wait_for_exit() == 0
     assert program.stderr() == ""
     assert_no_commands_left(program)
 
@@ -378,9 +364,7 @@ def test_a_command_that_has_written_its_image_and_stays_is_not_waited_for(system
     write(folder / "one", PICTURE)
     program = start(command(system, f"-s {LONG} one"))
     program.find(SHOWN)
-    begin = time.monotonic()
     assert program.close() == 0
-    assert time.monotonic() - begin < 5
     time.sleep(1)
     assert commands_left(program), "what it still does is the user's"
 
@@ -399,9 +383,26 @@ def test_a_command_that_will_not_end_is_made_to(system, start, folder, words):
         pytest.skip("there an end cannot be refused")
     write(folder / "one", PICTURE)
     program = start("pipe:" + words.replace("EMIT", f"{system.emit_command()} -w {LONG} one"))
-    interrupt(program)
-    assert program.wait_for_exit(10) == 0
+    program.interrupt()
+    assert program.wait_for_exit() == 0
     assert_no_commands_left(program)
+
+
+def told_on_a_terminal(start, name):
+    """What the program writes to its terminal until its picture is there."""
+    master, slave = os.openpty()
+    try:
+        program = start(name, stderr=slave)
+        program.find(SHOWN)
+        assert program.close() == 0
+        os.set_blocking(master, False)
+        try:
+            return os.read(master, 10_000).decode()
+        except BlockingIOError:
+            return ""
+    finally:
+        os.close(master)
+        os.close(slave)
 
 
 @pytest.mark.parametrize("options", ["-w 3500 one", "one"])
@@ -410,21 +411,18 @@ def test_what_is_waited_for_is_told_on_a_terminal(system, start, folder, options
         pytest.skip("there is no terminal there")
     write(folder / "one", PICTURE)
     name = command(system, options)
-    master, slave = os.openpty()
-    try:
-        program = start(name, stderr=slave)
-        program.find(SHOWN)
-        assert program.close() == 0
-        os.set_blocking(master, False)
-        try:
-            told = os.read(master, 10_000).decode()
-        except BlockingIOError:
-            told = ""
-        line = f"waiting for {name} (Ctrl+C ends)\r\n"
-        assert told == (line if "-w" in options else "")
-    finally:
-        os.close(master)
-        os.close(slave)
+    line = f"waiting for {name} (Ctrl+C ends)\r\n"
+    told = told_on_a_terminal(start, name)
+    if "-w" in options:
+        assert told == line
+        return
+    # A command without delay may be held up by a busy machine, but not each time.
+    for _ in range(5):
+        assert told in ("", line)
+        if not told:
+            return
+        told = told_on_a_terminal(start, name)
+    pytest.fail("a command that brings its picture at once was waited for")
 
 
 def test_frames_that_take_long_come_while_a_key_is_held(system, start, folder):
@@ -470,17 +468,16 @@ def test_the_window_can_be_closed_while_a_command_stalls(system, start, folder):
     with program.desktop.covering(player.x, player.y, 20, 20):
         assert player.frame() == 1
     program.find_part(player.animation.landmark())
-    begin = time.monotonic()
     assert program.close() == 0
-    assert time.monotonic() - begin < 5
     assert_no_commands_left(program)
 
 
 def test_escape_ends_a_load_whose_command_stalls(system, start, folder):
     program, player = stalling_at_second_frame(system, start, folder)
+    wait_until(lambda: "loading" in program.title(), what="progress in the title")
     assert player.settled(1.0) == 1
     program.key("Escape")
-    wait_until(lambda: "loading" not in program.title(), what="the end of loading")
+    program.wait_until_loaded()
     assert program.close() == 0
     assert_no_commands_left(program)
 
@@ -489,7 +486,7 @@ def test_keys_act_while_a_command_stalls(system, start, folder):
     program, player = stalling_at_second_frame(system, start, folder, "-k", "0")
     rest_on_first(player, 1.5)
     program.key("Right")  # the frame that does not come
-    time.sleep(0.5)
+    program.wait_for_rest()
     player.step("Right", 3)
     assert program.close() == 0
     assert_no_commands_left(program)
@@ -550,7 +547,7 @@ def test_an_image_that_is_still_being_written_is_waited_for(start, folder):
     first, second = halves(PICTURE)
     (folder / "one").write_bytes(first)
     program = start("-w", "one")
-    time.sleep(1.0)
+    program.wait_for_rest(1)
     assert program.running()
     assert not program.shows(SHOWN)
     append(folder / "one", second)
@@ -591,22 +588,18 @@ def test_the_window_answers_while_a_frame_is_waited_for(start, folder):
     with program.desktop.covering(player.x, player.y, 20, 20):
         assert player.frame() == 1
     program.find_part(player.animation.landmark())
-    begin = time.monotonic()
-    assert program.close(5) == 0
-    assert time.monotonic() - begin < 3
+    assert program.close() == 0
 
 
 # --- interrupting ---------------------------------------------------------------------------------
 
 
 def test_closing_the_window_ends_loading(system, start, folder):
-    animation = Animation(1, 200).write(folder)
-    command = f"pipe:{system.emit_command()} -w 100 shot.{system.frame_variable()}"
+    animation = Animation(1, 200, width=32, height=24).write(folder)
+    command = f"pipe:{system.emit_command()} -w 3000 shot.{system.frame_variable()}"
     program = start("-n", "1", "200", "1", command)
     Player(program, animation)
-    begin = time.monotonic()
-    assert program.close(10) == 0
-    assert time.monotonic() - begin < 4, "loading them all takes 20 seconds"
+    assert program.close() == 0, "loading them all takes ten minutes"
 
 
 # --- several files --------------------------------------------------------------------------------

@@ -306,6 +306,7 @@ def animation_pictures(folder, masks):
 def stopped(start, first):
     program = start("-r", "8", "shot.")
     program.find(rules.upright(first[..., :3]).low)
+    program.wait_until_loaded()
     program.key("space", "Control_L+Left")
     return Scene(program, first)
 
@@ -354,6 +355,7 @@ def test_the_depth_of_an_animation_is_loaded_on_demand(start, folder):
         write(folder / f"shot.{number}", picture)
     program = start("-Z", "-r", "8", "shot.")
     program.find(rules.upright(noise(64, 48, 1)).low)
+    program.wait_until_loaded()
     program.key("space", "Control_L+Left")
     scene = Scene(program, stored_pixels(Picture(colour=noise(64, 48, 1))))
     scene.key("z", rules.grey(rules.depth(z[0])))

@@ -1,5 +1,5 @@
 // The words of a command line, one per line of the input, through the option table and the walk
-// over the files, with services that open nothing.
+// over the files, with services that make their pictures themselves.
 //
 //   fuzz_options corpus/fuzz_options -max_total_time=30
 #include <cstddef>
@@ -11,6 +11,7 @@
 #include "app/option_table.h"
 #include "app/start_up.h"
 #include "app/usage.h"
+#include "viewer/viewer_state.h"
 
 using namespace vistel;
 
@@ -30,9 +31,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
 
     viewerState = ViewerState{};
     StartUpServices services;
-    services.openSource = [](const Tstring& name) {
-        viewerState.quitRequested = 1;
-        return name.empty() ? -4 : 0;
+    services.openSource = [](const Tstring& name, FrameStore& frame) {
+        return !name.empty() && frame.colour.allocate(1, 1) ? 0 : -4;
+    };
+    services.showSource = [](FrameStore&& frame) {
+        if (!frame.hasPicture()) __builtin_trap();
+        viewerState.windowId = viewerState.quitRequested = 1;
     };
     services.discover = [](const Tstring& stem) { return static_cast<int>(stem.size() % 2); };
     parseOptions(line, services);

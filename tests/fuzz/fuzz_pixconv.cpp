@@ -8,6 +8,7 @@
 #include "codecs.h"
 #include "convert.h"
 #include "input_file.h"
+#include "memory_rule.h"
 #include "platform/files.h"
 
 using namespace vistel;
@@ -23,6 +24,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         choice < allCodecs().size() ? allCodecs()[choice] : codecForReading(source, failure);
     if (!codec) return 0;
     Picture picture;
+    picture.mostBytes = justifiedBytes(codec->key, size);  // as the converter does
     failure = codec->read(source, picture);
     if (failure && failure->empty()) std::abort();
     // Large pictures are right, but take time that is better spent on other bytes.

@@ -5,12 +5,16 @@
 //
 // writes STEM1, STEM2 ... (the stem usually ends in a dot).
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 
 #include "iff/image_writer.h"
 #include "iff/result_codes.h"
+#include "platform/files.h"
+#include "platform/process.h"
 #include "scene.h"
 
 namespace {
@@ -20,6 +24,7 @@ using vistel::demo::Picture;
 int writePicture(const std::string& name, const Picture& picture) {
     using namespace vistel;
     ImageWriter writer;
+    errno = 0;
     int result = writer.open(name);
     if (result == iffOk) result = writer.writeText("NAME", "vistel demo");
     if (result == iffOk) {
@@ -32,8 +37,11 @@ int writePicture(const std::string& name, const Picture& picture) {
         result = writer.writeScanline(&picture.colour[start], &picture.depth[start]);
     }
     if (result == iffOk) result = writer.endImage();
+    const int error = errno;
     const int closed = writer.close();
-    return result != iffOk ? result : closed;
+    if (result == iffOk) return closed;
+    errno = error;
+    return result;
 }
 
 int number(const char* text, int least, int most) {
@@ -44,6 +52,8 @@ int number(const char* text, int least, int most) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    vistel::platform::keepStandardStreams();
+    vistel::platform::ignoreClosedReaders();
     if (argc != 2 && argc != 3 && argc != 5) {
         std::fprintf(stderr, "usage: demo_sequence STEM [FRAMES [WIDTH HEIGHT]]\n");
         return 1;
@@ -56,11 +66,14 @@ int main(int argc, char** argv) {
         const int result =
             writePicture(name, vistel::demo::renderFrame(frame, frames, width, height));
         if (result != vistel::iffOk) {
+            const bool system = result == vistel::iffIoError && errno != 0;
             std::fprintf(stderr, "demo_sequence: %s: %s\n", name.c_str(),
-                         vistel::errorText(result).c_str());
+                         system ? std::strerror(errno) : vistel::errorText(result).c_str());
             return 1;
         }
     }
     std::printf("wrote %s1 to %s%d, %d x %d\n", argv[1], argv[1], frames, width, height);
-    return 0;
+    if (vistel::platform::finishStandardOutput()) return 0;
+    std::fprintf(stderr, "demo_sequence: standard output: %s\n", std::strerror(errno));
+    return 1;
 }

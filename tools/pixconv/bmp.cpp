@@ -91,14 +91,14 @@ Failure readHeader(ByteSource& source, std::span<uint8_t> bytes, Header& header)
     uint8_t start[fileHeaderBytes + 4];
     if (!source.read(start, sizeof start)) return endsInHeader();
     if (!recognises(start)) return "not a bitmap";
-    header.pixelsAt = number32(start + 10, ByteOrder::little);
-    header.bytes = number32(start + 14, ByteOrder::little);
+    header.pixelsAt = readLittle32(start + 10);
+    header.bytes = readLittle32(start + 14);
     if (header.bytes < 16 ? header.bytes != oldHeaderBytes : header.bytes > mostHeaderBytes)
         return "the file is damaged: a header of " + std::to_string(header.bytes) + " bytes";
     const size_t rest = header.bytes - 4;
     if (!source.read(bytes.data() + 4, rest)) return endsInHeader();
-    const auto two = [&](size_t at) { return number16(&bytes[at], ByteOrder::little); };
-    const auto four = [&](size_t at) { return number32(&bytes[at], ByteOrder::little); };
+    const auto two = [&](size_t at) { return readLittle16(&bytes[at]); };
+    const auto four = [&](size_t at) { return readLittle32(&bytes[at]); };
     if (header.bytes == oldHeaderBytes) {
         header.width = two(4);
         header.height = two(6);
@@ -138,7 +138,7 @@ bool fieldsOf(const Header& header, const uint8_t* masks, std::array<Field, 4>& 
     static constexpr uint32_t eight[] = {0xFF0000, 0xFF00, 0xFF, 0};
     for (size_t i = 0; i < 4; ++i) {
         uint32_t mask = header.bits == 16 ? five[i] : eight[i];
-        if (header.packing != plain) mask = number32(masks + i * 4, ByteOrder::little);
+        if (header.packing != plain) mask = readLittle32(masks + i * 4);
         if (header.packing == byMasks && header.bytes < 56 && i == 3) mask = 0;
         const uint32_t shift = mask ? uint32_t(std::countr_zero(mask)) : 0;
         fields[i] = {shift, mask >> shift};
@@ -201,8 +201,7 @@ Failure readFields(ByteSource& source, const Header& header, const std::array<Fi
     picture.mask = fields[3].most != 0;
     return readRows(source, header, picture, [&](const uint8_t* from, uint8_t* to) {
         for (uint32_t x = 0; x < header.width; ++x, from += four ? 4 : 2, to += 4) {
-            const uint32_t pixel =
-                four ? number32(from, ByteOrder::little) : number16(from, ByteOrder::little);
+            const uint32_t pixel = four ? readLittle32(from) : readLittle16(from);
             for (size_t i = 0; i < 3; ++i) to[i] = sampleOf(pixel, fields[i], 0);
             to[3] = sampleOf(pixel, fields[3], 255);
         }
@@ -279,18 +278,18 @@ std::vector<uint8_t> headerOf(const Picture& picture, uint64_t rowBytes) {
     std::vector<uint8_t> header(pixelsAt);
     header[0] = 'B';
     header[1] = 'M';
-    putLittle32(&header[2], pixelsAt + pixels);
-    putLittle32(&header[10], pixelsAt);
-    putLittle32(&header[14], bytes);
-    putLittle32(&header[18], picture.width);
-    putLittle32(&header[22], picture.height);
+    writeLittle32(&header[2], pixelsAt + pixels);
+    writeLittle32(&header[10], pixelsAt);
+    writeLittle32(&header[14], bytes);
+    writeLittle32(&header[18], picture.width);
+    writeLittle32(&header[22], picture.height);
     header[26] = 1;
     header[28] = picture.mask ? 32 : 24;
-    putLittle32(&header[34], pixels);
+    writeLittle32(&header[34], pixels);
     if (!picture.mask) return header;
     header[30] = byMasks;
     static constexpr uint32_t masks[] = {0xFF0000, 0xFF00, 0xFF, 0xFF000000};
-    for (size_t i = 0; i < 4; ++i) putLittle32(&header[54 + i * 4], masks[i]);
+    for (size_t i = 0; i < 4; ++i) writeLittle32(&header[54 + i * 4], masks[i]);
     std::memcpy(&header[70], "BGRs", 4);  // the colours are sRGB
     return header;
 }

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "codec.h"
+#include "host/byte_order.h"
 #include "platform/files.h"
 
 namespace vistel {
@@ -17,27 +18,11 @@ namespace vistel {
 enum class ByteOrder { big, little };
 
 inline uint16_t number16(const uint8_t* at, ByteOrder order) {
-    return order == ByteOrder::big ? uint16_t(at[0] << 8 | at[1]) : uint16_t(at[1] << 8 | at[0]);
+    return order == ByteOrder::big ? readBig16(at) : readLittle16(at);
 }
 
 inline uint32_t number32(const uint8_t* at, ByteOrder order) {
-    return order == ByteOrder::big
-               ? uint32_t{at[0]} << 24 | uint32_t{at[1]} << 16 | uint32_t{at[2]} << 8 | at[3]
-               : uint32_t{at[3]} << 24 | uint32_t{at[2]} << 16 | uint32_t{at[1]} << 8 | at[0];
-}
-
-inline void putNumber16(uint8_t* at, uint16_t number) {  // big-endian
-    at[0] = uint8_t(number >> 8);
-    at[1] = uint8_t(number);
-}
-
-inline void putNumber32(uint8_t* at, uint32_t number) {  // big-endian
-    putNumber16(at, uint16_t(number >> 16));
-    putNumber16(at + 2, uint16_t(number));
-}
-
-inline void putLittle32(uint8_t* at, uint32_t number) {
-    for (int i = 0; i < 4; ++i) at[i] = uint8_t(number >> 8 * i);
+    return order == ByteOrder::big ? readBig32(at) : readLittle32(at);
 }
 
 class ByteSource {

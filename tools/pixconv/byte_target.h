@@ -1,16 +1,23 @@
 // Writing a target file: blocks of bytes, and rows one after the other.
 #pragma once
 
+#include <cerrno>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
+#include <string>
 #include <vector>
 
 #include "codec.h"
 
 namespace vistel {
 
-inline constexpr const char* cannotWriteText = "the file cannot be written";
-inline Failure cannotWrite() { return cannotWriteText; }
+// Why the system would not take bytes, by the error number of the write that failed.
+inline std::string writingFailure(int error) {
+    return error != 0 ? std::strerror(error) : "the file cannot be written";
+}
+// To be called right after that write.
+inline Failure cannotWrite() { return writingFailure(errno); }
 
 // All of an array's or vector's bytes.
 template <class Bytes>

@@ -39,8 +39,8 @@ struct Header {
 };
 
 bool recognises(std::span<const uint8_t> start) {
-    return start.size() >= 4 && (number32(start.data(), ByteOrder::big) == magic ||
-                                 number32(start.data(), ByteOrder::little) == magic);
+    return start.size() >= 4 &&
+           (readBig32(start.data()) == magic || readLittle32(start.data()) == magic);
 }
 
 Failure readChannels(const uint8_t* bytes, ByteOrder order, Header& header) {
@@ -65,8 +65,7 @@ Failure readHeader(ByteSource& source, Header& header) {
     if (!source.read(bytes.data(), 4)) return endsInHeader();
     if (!recognises({bytes.data(), 4})) return "not a Cineon picture";
     if (!source.read(&bytes[4], readBytes - 4)) return endsInHeader();
-    const ByteOrder order =
-        number32(bytes.data(), ByteOrder::big) == magic ? ByteOrder::big : ByteOrder::little;
+    const ByteOrder order = readBig32(bytes.data()) == magic ? ByteOrder::big : ByteOrder::little;
     if (auto failure = readChannels(bytes.data(), order, header)) return failure;
     header.direction = bytes[192];
     if (header.direction >= std::size(orientations))
@@ -121,21 +120,21 @@ std::array<uint8_t, writtenBytes> headerOf(const Picture& picture) {
     constexpr uint32_t densityOfWhite = 0x40030000;  // 2.046875 as a floating-point number
     constexpr uint32_t whiteCode = 0x447FC000;       // 1023
     std::array<uint8_t, writtenBytes> bytes{};
-    putNumber32(&bytes[0], magic);
-    putNumber32(&bytes[4], writtenBytes);
-    putNumber32(&bytes[8], 1024);   // the header that every file has
-    putNumber32(&bytes[12], 1024);  // film
-    putNumber32(&bytes[20], uint32_t(writtenBytes + uint64_t{picture.width} * picture.height * 4));
+    writeBig32(&bytes[0], magic);
+    writeBig32(&bytes[4], writtenBytes);
+    writeBig32(&bytes[8], 1024);   // the header that every file has
+    writeBig32(&bytes[12], 1024);  // film
+    writeBig32(&bytes[20], uint32_t(writtenBytes + uint64_t{picture.width} * picture.height * 4));
     std::memcpy(&bytes[24], "V4.5", 4);
     bytes[193] = 3;
     for (size_t i = 0; i < 3; ++i) {
         uint8_t* channel = &bytes[firstChannel + i * channelBytes];
         channel[1] = uint8_t(i + 1);  // red, green, blue
         channel[2] = 10;
-        putNumber32(channel + 4, picture.width);
-        putNumber32(channel + 8, picture.height);
-        putNumber32(channel + 20, whiteCode);
-        putNumber32(channel + 24, densityOfWhite);
+        writeBig32(channel + 4, picture.width);
+        writeBig32(channel + 8, picture.height);
+        writeBig32(channel + 20, whiteCode);
+        writeBig32(channel + 24, densityOfWhite);
     }
     bytes[681] = leftJustified;
     return bytes;

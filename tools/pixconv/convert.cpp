@@ -7,6 +7,7 @@
 
 #include "codecs.h"
 #include "host/image_plugins.h"
+#include "memory_rule.h"
 #include "platform/files.h"
 #include "platform/temporary_file.h"
 #include "platform/unfinished_file.h"
@@ -18,8 +19,6 @@ namespace {
 
 constexpr size_t startBytes = 64;
 constexpr uint64_t mostCollectedBytes = uint64_t{4} << 30;
-// Files beside each other that other converters are at, or could not remove.
-constexpr int mostUnfinished = 10000;
 
 std::string lowered(std::string text) {
     std::transform(text.begin(), text.end(), text.begin(), lowerCase);
@@ -68,7 +67,9 @@ Failure readFrom(FILE* file, const std::string& path, Picture& picture) {
     const SourceFile source{path, file, platform::streamStatus(file).size};
     Failure failure;
     const Codec* codec = codecForReading(source, failure);
-    return codec ? codec->read(source, picture) : failure;
+    if (!codec) return failure;
+    picture.mostBytes = justifiedBytes(codec->key, source.size);
+    return codec->read(source, picture);
 }
 
 // A file with what a pipe gives, to its end: pictures are not read in one go.
@@ -106,6 +107,7 @@ Failure readPicture(const std::string& path, Picture& picture) {
 }
 
 Failure writeTo(FILE* file, const Codec& codec, const Picture& picture, const std::string& path) {
+    errno = 0;
     Failure failure = withoutExceptions([&] {
         return codec.write(picture, TargetFile{path, file});
     });
@@ -115,21 +117,11 @@ Failure writeTo(FILE* file, const Codec& codec, const Picture& picture, const st
     return failure;
 }
 
-// A file of a new name beside the one of the given path. Null with errno set on failure.
-FILE* createBeside(const std::string& path, platform::UnfinishedFile& unfinished) {
-    const std::string folder = path.substr(0, path.find_last_of("/\\:") + 1);
-    for (int number = 0; number < mostUnfinished; ++number) {
-        FILE* file = unfinished.create(folder + "pixconv" + std::to_string(number) + ".tmp");
-        if (file || errno != EEXIST) return file;
-    }
-    return nullptr;
-}
-
-// Whether a file that is there may be written: it is to be refused also where its folder would let
-// it be replaced. True for one that is not there.
-bool mayBeWritten(const std::string& path) {
-    if (!platform::isRegularFile(path)) return true;
-    return platform::FilePtr(platform::openFile(path, "r+")) != nullptr;
+// Why a link does not lead to a file, by the error that it gave.
+Failure brokenLink() {
+    if (errno == ELOOP) return "a symbolic link that leads in a circle";
+    if (errno == ENOENT) return "a symbolic link to a file that is not there";
+    return systemError();
 }
 
 Failure writePicture(const Codec& codec, const Picture& picture, const std::string& path) {
@@ -138,13 +130,13 @@ Failure writePicture(const Codec& codec, const Picture& picture, const std::stri
         FILE* file = platform::openFile(path, "w");
         return file ? writeTo(file, codec, picture, path) : systemError();
     }
-    const std::string target = platform::followLinks(path);
-    if (!mayBeWritten(target)) return systemError();
+    const std::optional<std::string> target = platform::followLinks(path);
+    if (!target) return brokenLink();
     platform::UnfinishedFile unfinished;
-    FILE* file = createBeside(target, unfinished);
+    FILE* file = unfinished.create(*target);
     if (!file) return systemError();
     Failure failure = writeTo(file, codec, picture, path);
-    if (!failure && !unfinished.replace(target)) failure = systemError();
+    if (!failure && !unfinished.finish()) failure = systemError();
     return failure;
 }
 
@@ -215,8 +207,7 @@ static Failure frameOf(Read&& read, FILE* out) {
     }
     const Failure written = withoutExceptions(
         [&] { return writeFrame(picture, out, part ? FrameExtent::part : FrameExtent::whole); });
-    const bool readerGone = written && written->empty();
-    return part && !readerGone ? failure : written;
+    return written || !part ? written : failure;
 }
 
 Failure toFrame(const std::string& path, FILE* out) {

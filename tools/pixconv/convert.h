@@ -31,7 +31,8 @@ const Codec* codecForWriting(const std::string& path, const std::string& key, Fa
 // be written is told before anything is read; of a pipe that held a picture the rest is read too,
 // for the sake of who writes it. Nothing is opened for writing before, and the new file takes its
 // name once it is whole: a failure leaves what was there. A symbolic link stays, the file behind it
-// is replaced. Devices and pipes are written directly.
+// is replaced; one that leads nowhere is refused. What cannot be replaced without harm is written
+// over, then (UnfinishedFile). Devices and pipes are written directly.
 [[nodiscard]] Failure fromFrame(FILE* in, const std::string& path, const std::string& key);
 
 // Writes a picture as a frame stream; `out` and failure as above. The stream of a part has all its

@@ -81,7 +81,7 @@ struct Header {
 
 bool recognises(std::span<const uint8_t> start) {
     if (start.size() < 4) return false;
-    const uint32_t magic = number32(start.data(), ByteOrder::big);
+    const uint32_t magic = readBig32(start.data());
     return magic == bigMagic || magic == littleMagic;
 }
 
@@ -159,7 +159,7 @@ Failure readHeader(ByteSource& source, Header& header) {
     if (!recognises({bytes.data(), 4})) return "not a DPX picture";
     if (!source.read(&bytes[4], readBytes - 4)) return endsInHeader();
     const ByteOrder order =
-        number32(bytes.data(), ByteOrder::big) == bigMagic ? ByteOrder::big : ByteOrder::little;
+        readBig32(bytes.data()) == bigMagic ? ByteOrder::big : ByteOrder::little;
     header.direction = number16(&bytes[768], order);
     if (header.direction == unknown16) header.direction = 0;
     if (header.direction >= std::size(orientations))
@@ -204,31 +204,31 @@ std::array<uint8_t, writtenBytes> headerOf(const Picture& picture) {
     std::array<uint8_t, writtenBytes> bytes{};
     const auto fill = [&](size_t from, size_t to) { std::memset(&bytes[from], 0xFF, to - from); };
     const uint64_t imageBytes = uint64_t{picture.width} * picture.height * 4;
-    putNumber32(&bytes[0], bigMagic);
-    putNumber32(&bytes[4], writtenBytes);
+    writeBig32(&bytes[0], bigMagic);
+    writeBig32(&bytes[4], writtenBytes);
     std::memcpy(&bytes[8], "V1.0", 4);
-    putNumber32(&bytes[16], uint32_t(writtenBytes + imageBytes));
-    putNumber32(&bytes[20], 1);     // nothing that depends on other frames
-    putNumber32(&bytes[24], 1664);  // the header that every file has
-    putNumber32(&bytes[28], 384);   // film and television
-    fill(660, 664);                 // not encrypted
-    putNumber16(&bytes[770], 1);
-    putNumber32(&bytes[772], picture.width);
-    putNumber32(&bytes[776], picture.height);
+    writeBig32(&bytes[16], uint32_t(writtenBytes + imageBytes));
+    writeBig32(&bytes[20], 1);     // nothing that depends on other frames
+    writeBig32(&bytes[24], 1664);  // the header that every file has
+    writeBig32(&bytes[28], 384);   // film and television
+    fill(660, 664);                // not encrypted
+    writeBig16(&bytes[770], 1);
+    writeBig32(&bytes[772], picture.width);
+    writeBig32(&bytes[776], picture.height);
     fill(1408, 1432);  // offsets, centres and original size are not known
     fill(1628, 1636);
     fill(1712, 1732);
     fill(1920, 1972);
 
     uint8_t* element = &bytes[firstElement];
-    putNumber32(element + 8, 0);
-    putNumber32(element + 12, 1023);
+    writeBig32(element + 8, 0);
+    writeBig32(element + 12, 1023);
     element[20] = 50;
     // Without these two readers guess, most of them film.
     element[21] = element[22] = picture.filmCodes ? printingDensity : video;
     element[23] = 10;
-    putNumber16(element + 24, 1);
-    putNumber32(element + 28, writtenBytes);
+    writeBig16(element + 24, 1);
+    writeBig32(element + 28, writtenBytes);
     return bytes;
 }
 

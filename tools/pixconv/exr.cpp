@@ -14,6 +14,7 @@
 #include <half.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <exception>
 #include <string>
 #include <vector>
@@ -21,9 +22,11 @@
 #include "byte_target.h"
 #include "codecs.h"
 #include "exr_channels.h"
+#include "exr_header_walk.h"
 #include "exr_rows.h"
 #include "exr_window.h"
 #include "file_starts.h"
+#include "host/byte_order.h"
 #include "platform/files.h"
 #include "samples.h"
 #include "turned.h"
@@ -33,7 +36,7 @@ namespace vistel {
 
 namespace {
 
-// What the library may take for one block of rows or row of tiles.
+// What the library may take for one block of rows or row of tiles, however large the file.
 constexpr uint64_t mostBlockBytes = uint64_t{256} << 20;
 
 // --- the file as the library sees it ---
@@ -61,30 +64,34 @@ class Input : public Imf::IStream {
 
 class Output : public Imf::OStream {
  public:
-    explicit Output(FILE* file) : OStream(""), file_(file) {}
+    Output(FILE* file, int& error) : OStream(""), file_(file), error_(error) {}
     void write(const char bytes[], int n) override {
-        if (std::fwrite(bytes, 1, static_cast<size_t>(n), file_) != size_t(n))
-            throw std::runtime_error(cannotWriteText);
+        if (std::fwrite(bytes, 1, static_cast<size_t>(n), file_) != size_t(n)) fail();
     }
     uint64_t tellp() override { return static_cast<uint64_t>(platform::streamPosition(file_)); }
     void seekp(uint64_t place) override {
-        if (!platform::seekStream(file_, static_cast<int64_t>(place), SEEK_SET))
-            throw std::runtime_error(cannotWriteText);
+        if (!platform::seekStream(file_, static_cast<int64_t>(place), SEEK_SET)) fail();
     }
 
  private:
+    // The library puts words of its own around the reason: it is kept.
+    void fail() {
+        if (error_ == 0) error_ = errno;
+        throw std::runtime_error("the file cannot be written");
+    }
+
     FILE* file_;
+    int& error_;
 };
 
 // --- what the file holds ---
 
-// The first header is read on its own: the library takes memory by what it says before anybody else
-// can look at it.
+// The first header is read on its own: the library takes memory for the picture by what it says
+// before anybody else can look at it.
 Imf::Header firstHeader(Input& input) {
-    char start[8];
-    input.read(start, sizeof start);
-    int version = static_cast<uint8_t>(start[4]) | static_cast<uint8_t>(start[5]) << 8 |
-                  static_cast<uint8_t>(start[6]) << 16 | static_cast<uint8_t>(start[7]) << 24;
+    uint8_t start[8];
+    input.read(reinterpret_cast<char*>(start), sizeof start);
+    int version = static_cast<int>(readLittle32(start + 4));
     Imf::Header header;
     header.readFrom(input, version);
     return header;
@@ -120,14 +127,15 @@ uint64_t blockRows(const Imf::Header& header) {
     }
 }
 
-Failure checkHeader(const Imf::Header& header, uint64_t fileSize) {
+Failure checkHeader(const Imf::Header& header, uint64_t fileSize, uint64_t mostBytes) {
     if (header.hasType() && Imf::isDeepData(header.type())) return "deep pictures cannot be read";
     const ExrExtent data = extentOf(header.dataWindow());
     const ExrExtent display = extentOf(header.displayWindow());
     if (!data.usable() || !display.usable()) return "the size of the picture is beyond reason";
     const uint64_t blockBytes =
         static_cast<uint64_t>(data.width) * blockRows(header) * (bytesOfPixel(header) + 4);
-    if (blockBytes > mostBlockBytes) return "the picture has too many or too large channels";
+    if (blockBytes > std::min(mostBlockBytes, mostBytes))
+        return "the picture has too many or too large channels";
     if (!header.hasTileDescription()) return {};
     // Eight bytes of the file point to each tile.
     const Imf::TileDescription& tile = header.tileDescription();
@@ -156,9 +164,11 @@ Failure readPixels(Input& input, const Imf::Header& header, const ExrChannels& n
 }
 
 Failure readFile(const SourceFile& source, Picture& picture) {
+    if (Failure failure = walkExrHeaders(source)) return failure;
     Input input(source);
+    input.seekg(0);
     const Imf::Header header = firstHeader(input);
-    if (Failure failure = checkHeader(header, source.size)) return failure;
+    if (Failure failure = checkHeader(header, source.size, picture.mostBytes)) return failure;
     ExrChannels names;
     if (Failure failure = findChannels(header.channels(), names)) return failure;
     const ExrExtent display = extentOf(header.displayWindow());
@@ -198,7 +208,8 @@ void fillRow(const Picture& picture, uint32_t y, HalfRows& rows) {
         rows.depth[x] = picture.zRow(y)[x];
 }
 
-Failure writeFile(const Picture& picture, const TargetFile& target) {
+// `error` becomes the system's, when that is what it fails for.
+Failure writeFile(const Picture& picture, const TargetFile& target, int& error) {
     Imf::Header header(static_cast<int>(picture.width), static_cast<int>(picture.height));
     header.compression() = Imf::ZIP_COMPRESSION;
     Imf::FrameBuffer frame;
@@ -214,7 +225,7 @@ Failure writeFile(const Picture& picture, const TargetFile& target) {
         add(names[i], Imf::HALF, rows.sample[i].data(), sizeof(half));
     if (picture.mask) add("A", Imf::HALF, rows.sample[3].data(), sizeof(half));
     if (!picture.z.empty()) add("Z", Imf::FLOAT, rows.depth.data(), sizeof(float));
-    Output output(target.file);
+    Output output(target.file, error);
     Imf::OutputFile file(output, header, 0);
     file.setFrameBuffer(frame);
     for (uint32_t y = 0; y < picture.height; ++y) {
@@ -225,8 +236,10 @@ Failure writeFile(const Picture& picture, const TargetFile& target) {
 }
 
 Failure write(const Picture& picture, const TargetFile& target) {
-    return withoutExceptions([&] { return writeFile(picture, target); },
-                             [](const std::string&) { return cannotWriteText; });
+    int error = 0;
+    Failure failure = withoutExceptions([&] { return writeFile(picture, target, error); });
+    // Of what it writes last, as its file goes, the library does not say that it failed.
+    return error != 0 ? writingFailure(error) : failure;
 }
 
 bool isExr(std::span<const uint8_t> start) { return startsWith(start, "\x76\x2F\x31\x01"); }

@@ -81,7 +81,7 @@ Failure writeTenBitColour(const TargetFile& target, std::span<const uint8_t> hea
         for (size_t x = 0; x < picture.width; ++x) {
             uint32_t word = 0;
             for (size_t i = 0; i < 3; ++i) word = word << 10 | codeOf(picture, y, x * 4 + i);
-            putNumber32(&bytes[x * 4], word << 2);
+            writeBig32(&bytes[x * 4], word << 2);
         }
     };
     return writeRows(target, picture, RowOrder::topFirst, size_t{picture.width} * 4, fill);

@@ -177,7 +177,7 @@ Failure readPicture(ByteSource& source, bool coloured, Colours& colours, int tra
                     Picture& canvas) {
     uint8_t bytes[9];
     if (!source.read(bytes, sizeof bytes)) return endsInHeader();
-    const auto number = [&](size_t at) { return number16(bytes + at, ByteOrder::little); };
+    const auto number = [&](size_t at) { return readLittle16(bytes + at); };
     const Place place{number(0), number(2), number(4), number(6), (bytes[8] & 0x40) != 0};
     if (canvas.samples.empty())
         if (auto failure = canvas.allocate(place.width, place.height, false)) return failure;
@@ -223,8 +223,8 @@ Failure read(const SourceFile& file, Picture& canvas) {
     Colours colours;
     bool coloured = false;
     if (!readColours(source, header[10], coloured, colours)) return endsInHeader();
-    const uint32_t width = number16(&header[6], ByteOrder::little);
-    const uint32_t height = number16(&header[8], ByteOrder::little);
+    const uint32_t width = readLittle16(&header[6]);
+    const uint32_t height = readLittle16(&header[8]);
     if (width != 0 && height != 0)  // else the picture's own size
         if (auto failure = canvas.allocate(width, height, false)) return failure;
     for (int transparent = -1;;) switch (source.next()) {

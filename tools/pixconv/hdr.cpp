@@ -137,8 +137,8 @@ Outcome readPixels(ByteSource& source, uint8_t* row, uint32_t columns) {
 
 Outcome readRow(ByteSource& source, uint8_t* row, uint32_t columns) {
     if (!source.read(row, 4)) return Outcome::cut;
-    const bool planes = row[0] == 2 && row[1] == 2 && row[2] < 128 && columns >= 8 &&
-                        columns == number16(row + 2, ByteOrder::big);
+    const bool planes =
+        row[0] == 2 && row[1] == 2 && row[2] < 128 && columns >= 8 && columns == readBig16(row + 2);
     if (!planes) return readPixels(source, row, columns);
     Outcome outcome = Outcome::whole;
     for (size_t i = 0; i < 4 && outcome == Outcome::whole; ++i)
@@ -207,14 +207,17 @@ Failure read(const SourceFile& file, Picture& picture) {
 }
 
 // The brightest of the three sets the scale. Rounded, so that a byte that is written and read again
-// stays.
+// stays. What is so dark that no scale is left for it is black: four zeros.
 void putLight(const Picture& picture, uint32_t y, size_t x, uint8_t* to) {
     float light[3];
     for (size_t i = 0; i < 3; ++i) light[i] = lightOfSample(picture, y, x * 4 + i);
     int exponent;
     float scale = std::frexp(std::max({light[0], light[1], light[2]}), &exponent);
     if (scale * 256 >= 255.5f) ++exponent;  // would be rounded to 256
-    if (scale == 0) exponent = -128;
+    if (scale == 0 || exponent < -127) {
+        std::fill_n(to, 4, uint8_t{0});
+        return;
+    }
     scale = std::ldexp(1.0f, 8 - exponent);
     for (size_t i = 0; i < 3; ++i) to[i] = uint8_t(light[i] * scale + 0.5f);
     to[3] = uint8_t(exponent + 128);

@@ -8,6 +8,7 @@
 #include <jpeglib.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <csetjmp>
 #include <cstring>
 #include <vector>
@@ -24,8 +25,6 @@ namespace {
 
 // Of a picture: a rendered one should show no blocks.
 constexpr int quality = 95;
-// What the library may take besides the picture; progressive files need the whole of it at once.
-constexpr long mostLibraryBytes = long{1} << 30;
 // Each scan goes through the whole picture: more than this is an attack on time.
 constexpr int mostScans = 200;
 
@@ -39,6 +38,12 @@ struct Report {
 
 void onError(j_common_ptr library) {
     auto* report = reinterpret_cast<Report*>(library->err);
+    if (report->text[0] == 0 && library->err->msg_code == JERR_NO_BACKING_STORE)
+        std::snprintf(report->text, sizeof report->text, "%s",
+                      "unpacking it takes more memory than the size of the file justifies");
+    const bool unwritten = library->err->msg_code == JERR_FILE_WRITE && errno != 0;
+    if (report->text[0] == 0 && unwritten)
+        std::snprintf(report->text, sizeof report->text, "%s", std::strerror(errno));
     if (report->text[0] == 0) library->err->format_message(library, report->text);
     std::longjmp(report->back, 1);
 }
@@ -117,10 +122,12 @@ void watchScans(j_common_ptr library) {
     if (jpeg->input_scan_number > mostScans) fail(library, "the file has too many scans");
 }
 
-bool readHeader(Reader& reader, FILE* file) {
+// Besides the picture the library may take as much again: progressive files need the whole of their
+// picture at once.
+bool readHeader(Reader& reader, FILE* file, uint64_t mostBytes) {
     if (setjmp(reader.report.back)) return false;
     jpeg_create_decompress(&reader.jpeg);
-    reader.jpeg.mem->max_memory_to_use = mostLibraryBytes;
+    reader.jpeg.mem->max_memory_to_use = static_cast<long>(mostBytes);
     reader.progress.progress_monitor = watchScans;
     reader.jpeg.progress = &reader.progress;
     jpeg_stdio_src(&reader.jpeg, file);
@@ -176,7 +183,7 @@ bool readPixels(Reader& reader, Picture& picture) {
 Failure read(const SourceFile& source, Picture& picture) {
     const int orientation = orientationOfJpeg(source);
     Reader reader;
-    if (!readHeader(reader, source.file)) return std::string(reader.report.text);
+    if (!readHeader(reader, source.file, picture.mostBytes)) return std::string(reader.report.text);
     if (Failure failure =
             picture.allocate(reader.jpeg.image_width, reader.jpeg.image_height, false))
         return failure;

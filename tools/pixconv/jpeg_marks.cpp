@@ -28,7 +28,7 @@ int nextMarker(ByteSource& source) {
 bool readBody(ByteSource& source, std::vector<uint8_t>& body) {
     uint8_t length[2];
     if (!source.read(length, 2)) return false;
-    const size_t size = number16(length, ByteOrder::big);
+    const size_t size = readBig16(length);
     if (size < 2 || size - 2 > source.left()) return false;
     body.resize(size - 2);
     return source.read(body.data(), body.size());

@@ -1,6 +1,7 @@
 // pixconv: the image converter that the viewer calls. What it does is told by its usage text.
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <optional>
@@ -32,9 +33,11 @@ constexpr const char* details =
     "column of --formats) or by its extension. A name without extension, or with a number for "
     "one,\n"
     "is a frame file. Of a file with several pictures the first is read. A file that is there is\n"
-    "replaced once the new one is whole. Of a file that is cut or damaged what could be read of "
-    "the\n"
-    "picture is written, the rest black and clear, as a frame stream that ends early too.\n"
+    "replaced once the new one is whole; the same for the file behind a symbolic link. A file\n"
+    "with several names, of another owner or in a folder that may not be written to is written\n"
+    "over, then. A picture that takes more than 64 MB and more than its file justifies is not\n"
+    "read. Of a file that is cut or damaged what could be read of the picture is written, the\n"
+    "rest black and clear, as a frame stream that ends early too.\n"
     "\n"
     "Channels of 16 bits stay as wide; a type that holds only 8 takes the nearest value. Floating\n"
     "point colour is taken as linear light: clamped to 0..1 and put through the sRGB curve to 8\n"
@@ -44,12 +47,10 @@ constexpr const char* details =
     "in the exposure in which it was stored. CMYK and Lab become what screens show, without a\n"
     "profile.\n"
     "\n"
-    "Cineon is written as readers take it: as logarithmic densities of film, white at code "
-    "685\n"
+    "Cineon is written as readers take it: as logarithmic densities of film, white at code 685\n"
     "and black at 95. DPX is written as video (Rec. 709). Frames made of Cineon files, or of DPX\n"
-    "files that say so, carry a remark that their samples are film codes: these are written as "
-    "they\n"
-    "are, to DPX as printing densities.\n"
+    "files that say so, carry a remark that their samples are film codes: these are written as\n"
+    "they are, to DPX as printing densities.\n"
     "\n"
     "Written are 16 bits to frame files, PNG, TIFF, Portable Anymap and SGI files, the nearest of "
     "10\n"
@@ -70,10 +71,17 @@ int usageError() {
     return 1;
 }
 
+// The exit status of what was printed.
+int printed() {
+    if (platform::finishStandardOutput()) return 0;
+    std::fprintf(stderr, "pixconv: standard output: %s\n", std::strerror(errno));
+    return 1;
+}
+
 int help() {
     std::fputs(usage, stdout);
     std::fputs(details, stdout);
-    return 0;
+    return printed();
 }
 
 int listFormats() {
@@ -90,7 +98,7 @@ int listFormats() {
         std::printf("%-*s  %-*s  %-*s  %-4s  %-5s%s\n", key, type.key, name, type.name, extensions,
                     type.extensions, type.reads ? "read" : "", type.writes ? "write" : "",
                     type.multiFrame ? "  multi-frame" : "");
-    return 0;
+    return printed();
 }
 
 int finish(const Failure& failure, const std::string& file) {
@@ -100,15 +108,22 @@ int finish(const Failure& failure, const std::string& file) {
     return 1;
 }
 
-// Nobody types a frame stream: a file is meant to be read.
+// Where the caller has closed it, everything would seem to be written.
+Failure checkStandardOutput() {
+    if (!platform::wasClosed(1)) return {};
+    return "standard output: " + std::string(std::strerror(EBADF));
+}
+
 constexpr const char* standardInput = "standard input";
 
 Failure pictureFromInput() {
+    if (Failure failure = checkStandardOutput()) return failure;
     if (platform::isTerminal(0))
         return "it is a terminal; a picture is to come from a pipe or file";
     return toFrame(stdin, stdout);
 }
 
+// Nobody types a frame stream: a file is meant to be read.
 Failure terminalRefusal(const std::string& file) {
     return "standard input is a terminal; to convert " + file + " write: pixconv " + file +
            " stdout";
@@ -116,7 +131,8 @@ Failure terminalRefusal(const std::string& file) {
 
 int writeChart() {
     Picture chart;
-    Failure failure = makeTestChart(chart);
+    Failure failure = checkStandardOutput();
+    if (!failure) failure = makeTestChart(chart);
     if (!failure) failure = writeFrame(chart, stdout);
     return finish(failure, "test picture");
 }
@@ -156,7 +172,9 @@ int main(int argc, char** argv) {
     if (words.size() == 2 && words[0] == "-" && words[1] == "stdout")
         return finish(pictureFromInput(), standardInput);
     if (words.size() == 2 && words[1] == "stdout" && words[0] != "-t") {
-        return finish(toFrame(words[0], stdout), words[0]);
+        Failure failure = checkStandardOutput();
+        if (!failure) failure = toFrame(words[0], stdout);
+        return finish(failure, words[0]);
     }
     const std::optional<Target> target = parseTarget(words);
     if (!target) return usageError();

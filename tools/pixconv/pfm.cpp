@@ -77,8 +77,8 @@ Failure write(const Picture& picture, const TargetFile& target) {
     const size_t samples = size_t{picture.width} * channels;
     const auto fill = [&](uint32_t y, std::vector<uint8_t>& bytes) {
         for (size_t i = 0; i < samples; ++i)
-            putLittle32(&bytes[i * 4], std::bit_cast<uint32_t>(lightOfSample(
-                                           picture, y, i / channels * 4 + i % channels)));
+            writeLittle32(&bytes[i * 4], std::bit_cast<uint32_t>(lightOfSample(
+                                             picture, y, i / channels * 4 + i % channels)));
     };
     return writeRows(target, picture, RowOrder::bottomFirst, samples * 4, fill);
 }

@@ -4,14 +4,16 @@
 #include <bit>
 #include <cmath>
 
+#include "iff/tile_format.h"
+#include "memory_rule.h"
+
 namespace vistel {
 
 namespace {
 
-constexpr uint32_t longestSide = 65535;  // tile rectangles are 16-bit
-
-Failure take(uint64_t bytes, auto&& allocation) {
+Failure take(uint64_t bytes, uint64_t most, auto&& allocation) {
     if (bytes > mostPictureBytes) return "the picture is too large: it would take over 1 GB";
+    if (bytes > most) return notJustified(bytes);
     try {
         allocation();
     } catch (const std::bad_alloc&) {
@@ -85,15 +87,17 @@ uint8_t byteFromMask(float value) {
 
 Failure Picture::allocate(uint32_t newWidth, uint32_t newHeight, bool isWide) {
     if (newWidth == 0 || newHeight == 0) return "the picture has no pixels";
-    if (newWidth > longestSide || newHeight > longestSide)
+    if (newWidth > longestTiledSide || newHeight > longestTiledSide)
         return "the picture is too large: " + std::to_string(newWidth) + " x " +
                std::to_string(newHeight) + " pixels, a frame has at most 65535 each way";
     const uint64_t count = uint64_t{newWidth} * newHeight * 4;
+    const uint64_t most = mostBytes;
     *this = Picture();
+    mostBytes = most;
     width = newWidth;
     height = newHeight;
     wide = isWide;
-    return take(isWide ? 2 * count : count, [&] {
+    return take(isWide ? 2 * count : count, most, [&] {
         if (isWide)
             wideSamples.resize(count);
         else
@@ -103,7 +107,7 @@ Failure Picture::allocate(uint32_t newWidth, uint32_t newHeight, bool isWide) {
 
 Failure Picture::allocateZ() {
     const uint64_t pixels = uint64_t{width} * height;
-    return take(pixels * (wide ? 12 : 8), [&] { z.resize(pixels); });
+    return take(pixels * (wide ? 12 : 8), mostBytes, [&] { z.resize(pixels); });
 }
 
 const uint8_t* Picture::byteRow(uint32_t y, std::vector<uint8_t>& room) const {

@@ -58,6 +58,9 @@ struct ZeroedMemory {
 template <class Sample>
 using Samples = std::vector<Sample, ZeroedMemory<Sample>>;
 
+// What any picture may take, colour and depth together: 1 GB.
+inline constexpr uint64_t mostPictureBytes = uint64_t{1} << 30;
+
 // Pixels are red, green, blue, mask, four samples each; rows from the top one down. A grey picture
 // has equal red, green and blue; one without mask has a mask of all ones (255 or 65535).
 struct Picture {
@@ -72,9 +75,10 @@ struct Picture {
     // Rows that have come, or as many pixels as so many rows have: of a file that turns out cut or
     // damaged they are worth showing. What has not come is zero: black and clear.
     uint32_t rowsRead = 0;
+    uint64_t mostBytes = mostPictureBytes;  // that it may take (memory_rule.h)
 
     // Sets size and sample width and takes the memory, all zero. Fails for a side of 0 or above
-    // 65535 (no frame can have it), for more than mostPictureBytes, and without memory.
+    // 65535 (no frame can have it), for more than it may take, and without memory.
     [[nodiscard]] Failure allocate(uint32_t newWidth, uint32_t newHeight, bool isWide);
     [[nodiscard]] Failure allocateZ();
 
@@ -93,8 +97,5 @@ struct Picture {
     // `room`.
     const uint8_t* byteRow(uint32_t y, std::vector<uint8_t>& room) const;
 };
-
-// What a picture may take, colour and depth together: 1 GB.
-inline constexpr uint64_t mostPictureBytes = uint64_t{1} << 30;
 
 }  // namespace vistel

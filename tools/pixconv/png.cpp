@@ -3,6 +3,7 @@
 #include <png.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <csetjmp>
 #include <cstdio>
 #include <cstring>
@@ -36,7 +37,8 @@ void onWarning(png_structp, png_const_charp) {}
 
 void writeBytes(png_structp png, png_bytep bytes, size_t size) {
     auto* file = static_cast<FILE*>(png_get_io_ptr(png));
-    if (std::fwrite(bytes, 1, size, file) != size) png_error(png, cannotWriteText);
+    if (std::fwrite(bytes, 1, size, file) == size) return;
+    png_error(png, errno != 0 ? std::strerror(errno) : "the file cannot be written");
 }
 
 void flushBytes(png_structp) {}

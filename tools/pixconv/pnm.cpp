@@ -168,7 +168,7 @@ bool readSamples(ByteSource& source, const Header& header, std::vector<uint8_t>&
         if (header.raster == Header::Raster::bits)
             row[i] = ~bytes[i / 8] >> (7 - i % 8) & 1;
         else
-            row[i] = header.wide() ? number16(&bytes[i * 2], ByteOrder::big) : bytes[i];
+            row[i] = header.wide() ? readBig16(&bytes[i * 2]) : bytes[i];
     }
     return true;
 }
@@ -237,7 +237,7 @@ Failure write(const Picture& picture, const TargetFile& target) {
         for (size_t i = 0; i < samples; ++i) {
             const size_t sample = i / order.channels * 4 + order.place[i % order.channels];
             if (picture.wide)
-                putNumber16(&bytes[i * 2], picture.wideRow(y)[sample]);
+                writeBig16(&bytes[i * 2], picture.wideRow(y)[sample]);
             else
                 bytes[i] = picture.row(y)[sample];
         }

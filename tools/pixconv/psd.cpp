@@ -91,11 +91,11 @@ Failure readFixedHeader(ByteSource& source, Header& header) {
     if (!source.read(bytes.data(), bytes.size())) return endsInHeader();
     if (!recognises(bytes)) return "not a Photoshop document";
     header.large = bytes[5] == 2;
-    header.channels = number16(&bytes[12], ByteOrder::big);
-    header.height = number32(&bytes[14], ByteOrder::big);
-    header.width = number32(&bytes[18], ByteOrder::big);
-    header.bits = number16(&bytes[22], ByteOrder::big);
-    header.mode = number16(&bytes[24], ByteOrder::big);
+    header.channels = readBig16(&bytes[12]);
+    header.height = readBig32(&bytes[14]);
+    header.width = readBig32(&bytes[18]);
+    header.bits = readBig16(&bytes[22]);
+    header.mode = readBig16(&bytes[24]);
     if (auto failure = checkMode(header.mode)) return failure;
     if (!header.knownDepth())
         return "Photoshop documents of " + std::to_string(header.bits) + " bits are not supported";
@@ -108,17 +108,16 @@ Failure readFixedHeader(ByteSource& source, Header& header) {
 bool skipSection(ByteSource& source, bool longLength) {
     std::array<uint8_t, 8> bytes{};
     if (!source.read(&bytes[longLength ? 0 : 4], longLength ? 8 : 4)) return false;
-    const uint64_t length =
-        uint64_t{number32(&bytes[0], ByteOrder::big)} << 32 | number32(&bytes[4], ByteOrder::big);
+    const uint64_t length = readBig64(bytes.data());
     return length <= source.left() && source.goTo(source.position() + length);
 }
 
 bool readPalette(ByteSource& source, Header& header) {
     std::array<uint8_t, 4> length;
     if (!source.read(length.data(), length.size())) return false;
-    if (number32(length.data(), ByteOrder::big) < paletteEntries * 3) return false;
+    if (readBig32(length.data()) < paletteEntries * 3) return false;
     header.palette.resize(paletteEntries * 3);
-    const uint64_t end = source.position() + number32(length.data(), ByteOrder::big);
+    const uint64_t end = source.position() + readBig32(length.data());
     return source.read(header.palette.data(), header.palette.size()) && source.goTo(end);
 }
 
@@ -131,7 +130,7 @@ Failure readHeader(ByteSource& source, Header& header, uint16_t& compression) {
     if (!skipSection(source, header.large)) return "the file ends early: in its layers";
     std::array<uint8_t, 2> bytes;
     if (!source.read(bytes.data(), bytes.size())) return "the file ends early: behind its layers";
-    compression = number16(bytes.data(), ByteOrder::big);
+    compression = readBig16(bytes.data());
     if (compression > 1)
         return "Photoshop documents with compression " + std::to_string(compression) +
                " are not supported";
@@ -149,8 +148,7 @@ Failure readLengths(ByteSource& source, const Header& header, std::vector<uint32
     if (!source.read(bytes.data(), bytes.size()))
         return "the file ends early: in its table of rows";
     for (size_t i = 0; i < lengths.size(); ++i)
-        lengths[i] = header.large ? number32(&bytes[i * 4], ByteOrder::big)
-                                  : number16(&bytes[i * 2], ByteOrder::big);
+        lengths[i] = header.large ? readBig32(&bytes[i * 4]) : readBig16(&bytes[i * 2]);
     return {};
 }
 
@@ -195,10 +193,10 @@ void placeRow(const Header& header, const std::vector<uint8_t>& bytes, Picture& 
                 to[at] = bytes[x];
                 break;
             case 16:
-                picture.wideRow(y)[at] = number16(&bytes[x * 2], ByteOrder::big);
+                picture.wideRow(y)[at] = readBig16(&bytes[x * 2]);
                 break;
             default: {
-                const float light = std::bit_cast<float>(number32(&bytes[x * 4], ByteOrder::big));
+                const float light = std::bit_cast<float>(readBig32(&bytes[x * 4]));
                 to[at] = place == 3 ? byteFromMask(light) : byteFromLinear(light);
             }
         }

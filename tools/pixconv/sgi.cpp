@@ -38,20 +38,19 @@ struct Header {
 };
 
 bool recognises(std::span<const uint8_t> start) {
-    return start.size() >= 4 && number16(start.data(), ByteOrder::big) == magic && start[2] <= 1 &&
+    return start.size() >= 4 && readBig16(start.data()) == magic && start[2] <= 1 &&
            (start[3] == 1 || start[3] == 2);
 }
 
 Failure readHeader(ByteSource& source, Header& header) {
     std::array<uint8_t, headerBytes> bytes;
     if (!source.read(bytes.data(), bytes.size())) return endsInHeader();
-    const auto number = [&](size_t at) { return number16(&bytes[at], ByteOrder::big); };
+    const auto number = [&](size_t at) { return readBig16(&bytes[at]); };
     if (number(0) != magic) return "not an SGI picture";
     if (bytes[2] > 1) return "SGI storage " + std::to_string(bytes[2]) + " is not supported";
     if (bytes[3] != 1 && bytes[3] != 2)
         return "planes of " + std::to_string(bytes[3]) + " bytes per sample are not supported";
-    if (number32(&bytes[104], ByteOrder::big) != 0)
-        return "SGI pictures with a colour map are not supported";
+    if (readBig32(&bytes[104]) != 0) return "SGI pictures with a colour map are not supported";
     const uint16_t dimension = number(4);
     if (dimension < 1 || dimension > 3)
         return "the file is damaged: dimension " + std::to_string(dimension);
@@ -65,7 +64,7 @@ Failure readHeader(ByteSource& source, Header& header) {
 void placeRow(const uint8_t* bytes, Picture& picture, uint32_t y, uint8_t place) {
     for (size_t x = 0; x < picture.width; ++x) {
         if (picture.wide)
-            picture.wideRow(y)[x * 4 + place] = number16(bytes + x * 2, ByteOrder::big);
+            picture.wideRow(y)[x * 4 + place] = readBig16(bytes + x * 2);
         else
             picture.row(y)[x * 4 + place] = bytes[x];
     }
@@ -124,8 +123,8 @@ Failure readRuns(ByteSource& source, const Header& header, const ChannelOrder& o
     for (uint32_t channel = 0; channel < order.channels; ++channel)
         for (uint32_t line = 0; line < header.height; ++line) {
             const size_t i = size_t{channel} * header.height + line;
-            const uint32_t place = number32(&tables[i * 4], ByteOrder::big);
-            const uint32_t length = number32(&tables[(rows + i) * 4], ByteOrder::big);
+            const uint32_t place = readBig32(&tables[i * 4]);
+            const uint32_t length = readBig32(&tables[(rows + i) * 4]);
             if (uint64_t{place} + length > source.size()) return endsInRow(line, header.height);
             if (place < headerBytes || length > longest) return damagedRow(line, header.height);
             packed.resize(length);
@@ -192,14 +191,14 @@ void packRow(std::span<const uint16_t> row, bool wide, std::vector<uint8_t>& pac
 
 std::array<uint8_t, headerBytes> headerOf(const Picture& picture, uint32_t channels) {
     std::array<uint8_t, headerBytes> bytes{};
-    putNumber16(&bytes[0], magic);
+    writeBig16(&bytes[0], magic);
     bytes[2] = 1;
     bytes[3] = picture.wide ? 2 : 1;
-    putNumber16(&bytes[4], channels > 1 ? 3 : 2);
-    putNumber16(&bytes[6], uint16_t(picture.width));
-    putNumber16(&bytes[8], uint16_t(picture.height));
-    putNumber16(&bytes[10], uint16_t(channels));
-    putNumber32(&bytes[16], picture.wide ? 65535 : 255);
+    writeBig16(&bytes[4], channels > 1 ? 3 : 2);
+    writeBig16(&bytes[6], uint16_t(picture.width));
+    writeBig16(&bytes[8], uint16_t(picture.height));
+    writeBig16(&bytes[10], uint16_t(channels));
+    writeBig32(&bytes[16], picture.wide ? 65535 : 255);
     return bytes;
 }
 
@@ -220,8 +219,8 @@ Failure write(const Picture& picture, const TargetFile& target) {
             row[x] =
                 picture.wide ? picture.wideRow(y)[x * 4 + sample] : picture.row(y)[x * 4 + sample];
         packRow(row, picture.wide, packed);
-        putNumber32(&tables[i * 4], uint32_t(place));
-        putNumber32(&tables[(rows + i) * 4], uint32_t(packed.size()));
+        writeBig32(&tables[i * 4], uint32_t(place));
+        writeBig32(&tables[(rows + i) * 4], uint32_t(packed.size()));
         place += packed.size();
         if (place > UINT32_MAX) return "the picture is too large for the file type";
         if (!writeAll(target, packed)) return cannotWrite();

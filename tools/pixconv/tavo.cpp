@@ -8,10 +8,10 @@
 
 #include "codecs.h"
 #include "convert.h"
-#include "iff/big_endian.h"
 #include "iff/file_kind.h"
 #include "iff/iff_reader.h"
 #include "iff/image_header.h"
+#include "iff/image_parse.h"
 #include "iff/image_writer.h"
 #include "iff/result_codes.h"
 #include "iff/tile_codec.h"
@@ -159,13 +159,8 @@ int readTile(IffReader& chunk, FrameReader& reader, int32_t id) {
     const bool depth = id == iffId("ZBUF");
     if (depth && !reader.header.has(imageZ)) return iffNoZPlane;
     if (!chunk.sizeKnown() || chunk.chunkSize() < 8) return iffBadSize;
-    uint8_t corners[8];
-    if (int code = chunk.readBytes(corners, sizeof corners); code != iffOk) return code;
     TileRect rect;
-    rect.x1 = readBig16(corners);
-    rect.y1 = readBig16(corners + 2);
-    rect.x2 = readBig16(corners + 4);
-    rect.y2 = readBig16(corners + 6);
+    if (int code = readTileRect(chunk, rect); code != iffOk) return code;
     if (int code = checkTileRect(rect, reader.header); code != iffOk) return code;
     const TileFormat format = depth ? depthTileFormat() : colourTileFormat(reader.header);
     const uint64_t size = chunk.chunkSize() - 8;
@@ -300,8 +295,9 @@ Failure writeFrame(const Picture& picture, FILE* out, FrameExtent extent) {
     // Sizes that are told before the picture cannot be told of a part.
     int code = writer.openStream(out, extent == FrameExtent::part);
     if (code == iffOk) code = writeImage(writer, picture, extent);
-    const int reason = errno;
+    int reason = code == iffOk ? 0 : errno;
     const int closed = writer.close();
+    if (code == iffOk) reason = errno;
     if (code == iffOk) code = closed;
     if (code == iffOk) return {};
     if (reason == EPIPE || errno == EPIPE) return "";

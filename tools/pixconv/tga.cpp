@@ -54,7 +54,7 @@ bool isDepth(uint32_t kind, uint32_t bits) {
 Failure readHeader(ByteSource& source, Header& header) {
     std::array<uint8_t, headerBytes> bytes;
     if (!source.read(bytes.data(), bytes.size())) return endsInHeader();
-    const auto number = [&](size_t at) { return number16(&bytes[at], ByteOrder::little); };
+    const auto number = [&](size_t at) { return readLittle16(&bytes[at]); };
     header = {bytes[0],
               number(3),
               number(5),
@@ -78,7 +78,7 @@ Failure readHeader(ByteSource& source, Header& header) {
 // to bits that are always clear, and pixels that the file is long enough for.
 bool isSound(std::span<const uint8_t> start, uint64_t size) {
     if (start.size() < headerBytes) return false;
-    const auto number = [&](size_t at) { return number16(&start[at], ByteOrder::little); };
+    const auto number = [&](size_t at) { return readLittle16(&start[at]); };
     const uint32_t kind = start[2] & ~8u, bits = start[16], maskBits = start[17] & 15;
     if (start[1] > 1 || !isDepth(kind, bits) || start[17] & 0xC0) return false;
     if (start[1] == 0 && (kind == mapped || number(5) != 0 || start[7] != 0)) return false;
@@ -96,7 +96,7 @@ bool isSound(std::span<const uint8_t> start, uint64_t size) {
 Pixel colourOf(const uint8_t* bytes, uint32_t bits, bool hasMask) {
     if (bits >= 24)
         return {bytes[2], bytes[1], bytes[0], bits == 32 && hasMask ? bytes[3] : uint8_t{255}};
-    const uint32_t code = number16(bytes, ByteOrder::little);
+    const uint32_t code = readLittle16(bytes);
     const auto channel = [&](uint32_t shift) {
         const uint32_t five = code >> shift & 31;
         return uint8_t(five << 3 | five >> 2);
@@ -130,7 +130,7 @@ Pixel pixelOf(const uint8_t* bytes, const Header& header, const std::vector<Pixe
     if (header.kind == grey)
         return {bytes[0], bytes[0], bytes[0],
                 header.bits == 16 && header.hasMask ? bytes[1] : uint8_t{255}};
-    const size_t index = header.bits == 8 ? bytes[0] : number16(bytes, ByteOrder::little);
+    const size_t index = header.bits == 8 ? bytes[0] : readLittle16(bytes);
     return index < map.size() ? map[index] : outsideMap(header);
 }
 
@@ -231,10 +231,8 @@ Failure write(const Picture& picture, const TargetFile& target) {
     const size_t channels = picture.mask ? 4 : picture.colour ? 3 : 1;
     std::array<uint8_t, headerBytes> header{};
     header[2] = uint8_t(8 | (channels == 1 ? grey : colour));
-    for (size_t i = 0; i < 2; ++i) {
-        header[12 + i] = uint8_t(picture.width >> 8 * i);
-        header[14 + i] = uint8_t(picture.height >> 8 * i);
-    }
+    writeLittle16(&header[12], uint16_t(picture.width));
+    writeLittle16(&header[14], uint16_t(picture.height));
     header[16] = uint8_t(channels * 8);
     header[17] = channels == 4 ? 8 : 0;
     if (!writeAll(target, header)) return cannotWrite();

@@ -72,7 +72,7 @@ Failure readConverted(TIFF* tiff, const TiffLayout& layout, TiffStream& stream, 
 }
 
 Failure read(const SourceFile& source, Picture& picture) {
-    TiffStream stream{source.file, source.size};
+    TiffStream stream{source.file, source.size, std::min(mostTiffBlockBytes, picture.mostBytes)};
     const TiffPtr tiff = openTiff(stream, "rm");
     if (!tiff) return tiffFailure(stream);
     if (Failure failure = unknownTiffPacking(tiff.get())) return failure;
@@ -124,8 +124,8 @@ Failure write(const Picture& picture, const TargetFile& target) {
         written = TIFFWriteScanline(tiff.get(), room.data(), y, 0) >= 0;
     }
     if (written && TIFFFlush(tiff.get())) return {};
-    if (stream.report[0] == 0) return cannotWrite();
-    return std::string(cannotWriteText) + ": " + stream.report;
+    if (stream.writeError != 0 || stream.report[0] == 0) return writingFailure(stream.writeError);
+    return "the picture cannot be packed: " + std::string(stream.report);
 }
 
 }  // namespace

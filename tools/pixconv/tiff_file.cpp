@@ -1,6 +1,7 @@
 #include "tiff_file.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdarg>
 #include <cstring>
 #include <string>
@@ -12,6 +13,10 @@ namespace vistel {
 namespace {
 
 TiffStream& streamOf(thandle_t handle) { return *static_cast<TiffStream*>(handle); }
+
+void noteWriteError(TiffStream& stream) {
+    if (stream.writeError == 0) stream.writeError = errno;
+}
 
 tmsize_t readBytes(thandle_t handle, void* bytes, tmsize_t wanted) {
     TiffStream& stream = streamOf(handle);
@@ -27,16 +32,21 @@ tmsize_t readBytes(thandle_t handle, void* bytes, tmsize_t wanted) {
 }
 
 tmsize_t writeBytes(thandle_t handle, void* bytes, tmsize_t size) {
-    const size_t n = std::fwrite(bytes, 1, static_cast<size_t>(size), streamOf(handle).file);
+    TiffStream& stream = streamOf(handle);
+    const size_t n = std::fwrite(bytes, 1, static_cast<size_t>(size), stream.file);
+    if (n != static_cast<size_t>(size)) noteWriteError(stream);
     return static_cast<tmsize_t>(n);
 }
 
 toff_t seek(thandle_t handle, toff_t offset, int origin) {
-    FILE* file = streamOf(handle).file;
+    TiffStream& stream = streamOf(handle);
     constexpr auto failed = static_cast<toff_t>(-1);
     if (origin == SEEK_SET && offset > INT64_MAX) return failed;
-    if (!platform::seekStream(file, static_cast<int64_t>(offset), origin)) return failed;
-    return static_cast<toff_t>(platform::streamPosition(file));
+    if (!platform::seekStream(stream.file, static_cast<int64_t>(offset), origin)) {
+        noteWriteError(stream);  // of what was held back
+        return failed;
+    }
+    return static_cast<toff_t>(platform::streamPosition(stream.file));
 }
 
 toff_t sizeOf(thandle_t handle) {
@@ -78,7 +88,7 @@ TiffPtr openTiff(TiffStream& stream, const char* mode) {
     const std::unique_ptr<TIFFOpenOptions, void (*)(TIFFOpenOptions*)> options(
         TIFFOpenOptionsAlloc(), TIFFOpenOptionsFree);
     if (!options) return {};
-    TIFFOpenOptionsSetMaxSingleMemAlloc(options.get(), mostTiffBlockBytes);
+    TIFFOpenOptionsSetMaxSingleMemAlloc(options.get(), static_cast<tmsize_t>(stream.mostBlock));
     TIFFOpenOptionsSetErrorHandlerExtR(options.get(), onError, &stream);
     TIFFOpenOptionsSetWarningHandlerExtR(options.get(), onWarning, nullptr);
     return TiffPtr(TIFFClientOpenExt("", mode, &stream, readBytes, writeBytes, seek, closeNothing,

@@ -241,7 +241,7 @@ Failure readPlainTiff(TIFF* tiff, const TiffLayout& layout, TiffStream& stream, 
     picture.mask = layout.mask();
     const uint64_t block = layout.tiled ? TIFFTileSize64(tiff) : TIFFScanlineSize64(tiff);
     if (block == 0) return tiffFailure(stream);
-    if (block > uint64_t{mostTiffBlockBytes}) return "a strip or tile of the file is too large";
+    if (block > stream.mostBlock) return "a strip or tile of the file is too large";
     const uint32_t channels = layout.colours() + (picture.mask ? 1u : 0u);
     Reader reader{tiff, layout, stream, picture, {}, channels};
     reader.room.resize(block);

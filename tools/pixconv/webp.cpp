@@ -63,8 +63,8 @@ std::vector<uint8_t> fileAround(std::span<const uint8_t> chunks, const uint8_t* 
     std::vector<uint8_t> file(riffBytes + chunkBytes + 10);
     std::memcpy(&file[0], "RIFF", 4);
     std::memcpy(&file[8], "WEBPVP8X", 8);
-    putLittle32(&file[4], uint32_t(file.size() + chunks.size() - 8));
-    putLittle32(&file[16], 10);
+    writeLittle32(&file[4], uint32_t(file.size() + chunks.size() - 8));
+    writeLittle32(&file[16], 10);
     file[20] = hasMask;
     std::memcpy(&file[24], size, 6);
     file.insert(file.end(), chunks.begin(), chunks.end());
@@ -75,7 +75,7 @@ std::vector<uint8_t> fileAround(std::span<const uint8_t> chunks, const uint8_t* 
 Failure findFirst(const std::vector<uint8_t>& bytes, Still& still) {
     for (uint64_t at = riffBytes; at + chunkBytes <= bytes.size();) {
         const uint8_t* chunk = &bytes[at];
-        const uint64_t size = number32(chunk + 4, ByteOrder::little);
+        const uint64_t size = readLittle32(chunk + 4);
         const uint64_t body = at + chunkBytes;
         const uint64_t there = std::min(size, bytes.size() - body);
         if (std::memcmp(chunk, "VP8X", 4) == 0 && there >= 10) {
@@ -118,7 +118,7 @@ Failure read(const SourceFile& source, Picture& picture) {
     Still still;
     if (Failure failure = readWhole(source, still.bytes)) return failure;
     if (still.bytes.size() < riffBytes) return "the file ends early";
-    still.whole = still.bytes.size() >= uint64_t{number32(&still.bytes[4], ByteOrder::little)} + 8;
+    still.whole = still.bytes.size() >= uint64_t{readLittle32(&still.bytes[4])} + 8;
     WebPBitstreamFeatures features;
     VP8StatusCode status = WebPGetFeatures(still.bytes.data(), still.bytes.size(), &features);
     if (status == VP8_STATUS_OK && features.has_animation) {
@@ -184,7 +184,7 @@ Failure write(const Picture& picture, const TargetFile& target) {
     if (!importRows(encoder.picture, picture)) return "there is not enough memory";
     if (WebPEncode(&encoder.config, &encoder.picture)) return {};
     const bool disk = encoder.picture.error_code == VP8_ENC_ERROR_BAD_WRITE;
-    return disk ? cannotWriteText : "the picture cannot be packed";
+    return disk ? cannotWrite() : "the picture cannot be packed";
 }
 
 }  // namespace

@@ -54,7 +54,9 @@ int main(int argc, char** argv) {
         const std::string word = argv[i];
         if (word == "--help") {
             std::fputs(usage, stdout);
-            return 0;
+            if (vistel::platform::finishStandardOutput()) return 0;
+            std::fprintf(stderr, "rasconv: standard output: %s\n", std::strerror(errno));
+            return 1;
         }
         if (word != "-s" && word != "-B") words.push_back(word);
     }

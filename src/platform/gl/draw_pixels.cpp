@@ -39,10 +39,12 @@ void drawRaster(int x, int y, int width, int height, const uint32_t* pixels, int
 
 }  // namespace
 
-void drawPixels(int x, int y, const PixelSource& source, int zoom) {
+void drawPixels(Window* window, int x, int y, const PixelSource& source, int zoom) {
     zoom = std::max(zoom, 1);
-    const PixelBox visible = visibleBox();
-    if (!source.pixels || visible.empty()) return;
+    DrawingState* const state = source.pixels ? drawOn(window) : nullptr;
+    if (!state) return;
+    const PixelBox visible = visibleBox(*state);
+    if (visible.empty()) return;
     const Span columns = visibleSpan(x, source.width, zoom, visible.left, visible.right);
     const Span rows = visibleSpan(y, source.height, zoom, visible.bottom, visible.top);
     const int width = columns.end - columns.first, height = rows.end - rows.first;
@@ -53,13 +55,12 @@ void drawPixels(int x, int y, const PixelSource& source, int zoom) {
                              source.column + columns.first;
     const PixelBox box{x + columns.first * zoom, y + rows.first * zoom, x + columns.end * zoom,
                        y + rows.end * zoom};
-    DrawingState& state = drawingState();
     glPixelStorei(GL_UNPACK_ALIGNMENT, 4);
     glPixelStorei(GL_UNPACK_ROW_LENGTH, source.rowLength);
-    if (bindTexture(state.picture, width, height, GL_RGBA8)) {
+    if (bindTexture(*state, state->picture, width, height, GL_RGBA8)) {
         glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, width, height, GL_RGBA, GL_UNSIGNED_BYTE, pixels);
         glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_REPLACE);
-        drawTexture(state.picture, box, width, height);
+        drawTexture(state->picture, box, width, height);
     } else {
         drawRaster(box.left, box.bottom, width, height, pixels, zoom);
     }

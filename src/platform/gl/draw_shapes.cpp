@@ -6,22 +6,27 @@
 
 namespace vistel::platform {
 
-void setColour(uint8_t red, uint8_t green, uint8_t blue, uint8_t alpha) {
-    GLubyte* colour = drawingState().colour;
+void setColour(Window* window, uint8_t red, uint8_t green, uint8_t blue, uint8_t alpha) {
+    DrawingState* const state = drawingState(window);
+    if (!state) return;
+    GLubyte* colour = state->colour;
     colour[0] = red;
     colour[1] = green;
     colour[2] = blue;
     colour[3] = alpha;
-    glColor4ubv(colour);
+    if (makeSurfaceCurrent(window)) glColor4ubv(colour);
 }
 
-void clearSurface() {
-    const GLubyte* colour = drawingState().colour;
+void clearSurface(Window* window) {
+    const DrawingState* const state = drawOn(window);
+    if (!state) return;
+    const GLubyte* colour = state->colour;
     glClearColor(colour[0] / 255.0F, colour[1] / 255.0F, colour[2] / 255.0F, colour[3] / 255.0F);
     glClear(GL_COLOR_BUFFER_BIT);
 }
 
-void fillRectangle(int x0, int y0, int x1, int y1) {
+void fillRectangle(Window* window, int x0, int y0, int x1, int y1) {
+    if (!makeSurfaceCurrent(window)) return;
     glRectf(
         static_cast<float>(std::min(x0, x1)) - 0.5F, static_cast<float>(std::min(y0, y1)) - 0.5F,
         static_cast<float>(std::max(x0, x1)) + 0.5F, static_cast<float>(std::max(y0, y1)) + 0.5F);
@@ -29,8 +34,9 @@ void fillRectangle(int x0, int y0, int x1, int y1) {
 
 // OpenGL leaves open which pixels a line takes and leaves out its last one, so a line is drawn as
 // the pixels themselves, both ends included.
-void drawLine(int x0, int y0, int x1, int y1) {
-    if (x0 == x1 || y0 == y1) return fillRectangle(x0, y0, x1, y1);
+void drawLine(Window* window, int x0, int y0, int x1, int y1) {
+    if (!makeSurfaceCurrent(window)) return;
+    if (x0 == x1 || y0 == y1) return fillRectangle(window, x0, y0, x1, y1);
     const int64_t across = int64_t{x1} - x0, up = int64_t{y1} - y0;
     const int64_t steps = std::max(std::abs(across), std::abs(up));
     glBegin(GL_POINTS);

@@ -34,8 +34,7 @@ void upload(const TextCoverage& coverage, int left, int bottom) {
 
 // The character's place in the atlas, which is bound; made at its first use. Null for one that does
 // not fit a cell.
-const GlyphCell* findGlyph(FontHandle* font, char character) {
-    GlyphAtlas& atlas = drawingState().glyphs;
+const GlyphCell* findGlyph(GlyphAtlas& atlas, FontHandle* font, char character) {
     GlyphCell& cell = atlas.cells[static_cast<unsigned char>(character)];
     if (!cell.known) {
         const TextCoverage coverage = renderText(font, std::string(1, character));
@@ -47,23 +46,23 @@ const GlyphCell* findGlyph(FontHandle* font, char character) {
     return &cell;
 }
 
-bool bindAtlas(FontHandle* font) {
-    GlyphAtlas& atlas = drawingState().glyphs;
+bool bindAtlas(DrawingState& state, FontHandle* font) {
+    GlyphAtlas& atlas = state.glyphs;
     if (atlas.font != font) {
         atlas.font = font;
         std::fill(std::begin(atlas.cells), std::end(atlas.cells), GlyphCell{});
     }
-    return bindTexture(atlas.texture, atlasSide, atlasSide, GL_ALPHA8);
+    return bindTexture(state, atlas.texture, atlasSide, atlasSide, GL_ALPHA8);
 }
 
-bool bindGlyphs(FontHandle* font, std::string_view text) {
-    return std::all_of(text.begin(), text.end(), isPlain) && bindAtlas(font) &&
-           std::all_of(text.begin(), text.end(),
-                       [=](char character) { return findGlyph(font, character) != nullptr; });
+bool bindGlyphs(DrawingState& state, FontHandle* font, std::string_view text) {
+    return std::all_of(text.begin(), text.end(), isPlain) && bindAtlas(state, font) &&
+           std::all_of(text.begin(), text.end(), [&](char character) {
+               return findGlyph(state.glyphs, font, character) != nullptr;
+           });
 }
 
-void drawGlyphs(int x, int y, std::string_view text) {
-    const GlyphAtlas& atlas = drawingState().glyphs;
+void drawGlyphs(const GlyphAtlas& atlas, int x, int y, std::string_view text) {
     for (const char character : text) {
         const GlyphCell& cell = atlas.cells[static_cast<unsigned char>(character)];
         const PixelBox from = cellOf(character);
@@ -76,12 +75,11 @@ void drawGlyphs(int x, int y, std::string_view text) {
 }
 
 // A text with other characters than plain ones goes as a whole.
-void drawWhole(FontHandle* font, int x, int y, std::string_view text) {
+void drawWhole(DrawingState& state, FontHandle* font, int x, int y, std::string_view text) {
     const TextCoverage coverage = renderText(font, std::string(text));
     const int width = coverage.width, height = coverage.height;
     if (width <= 0 || height <= 0) return;
-    DrawingState& state = drawingState();
-    if (!bindTexture(state.text, width, height, GL_ALPHA8)) return;
+    if (!bindTexture(state, state.text, width, height, GL_ALPHA8)) return;
     upload(coverage, 0, 0);
     const int bottom = y - coverage.descent;
     drawTexturePart(state.text, {0, 0, width, height}, {x, bottom, x + width, bottom + height});
@@ -89,14 +87,16 @@ void drawWhole(FontHandle* font, int x, int y, std::string_view text) {
 
 }  // namespace
 
-void drawText(FontHandle* font, int x, int y, std::string_view text) {
+void drawText(Window* window, FontHandle* font, int x, int y, std::string_view text) {
+    DrawingState* const state = drawOn(window);
+    if (!state) return;
     glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);
     glEnable(GL_BLEND);
     glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
-    if (bindGlyphs(font, text))
-        drawGlyphs(x, y, text);
+    if (bindGlyphs(*state, font, text))
+        drawGlyphs(state->glyphs, x, y, text);
     else
-        drawWhole(font, x, y, text);
+        drawWhole(*state, font, x, y, text);
     glDisable(GL_BLEND);
 }
 

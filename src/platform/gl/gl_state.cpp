@@ -3,17 +3,9 @@
 #include <algorithm>
 #include <bit>
 
-#include "platform/gl/gl_surface.h"
-
 namespace vistel::platform {
 
-DrawingState& drawingState() {
-    static thread_local DrawingState state;
-    return state;
-}
-
-PixelBox visibleBox() {
-    const DrawingState& state = drawingState();
+PixelBox visibleBox(const DrawingState& state) {
     const PixelBox view{0, 0, state.viewWidth, state.viewHeight};
     if (!state.scissorTest) return view;
     const PixelBox& s = state.scissor;
@@ -21,8 +13,8 @@ PixelBox visibleBox() {
             std::min(view.right, s.right), std::min(view.top, s.top)};
 }
 
-void resetPixelPipeline(bool newContext) {
-    DrawingState& state = drawingState();
+void resetPixelPipeline(Window* window, bool newContext) {
+    DrawingState& state = *drawingState(window);
     if (newContext) {
         glDisable(GL_DITHER);
         state.picture = state.text = state.kept = GrowingTexture{};
@@ -30,11 +22,11 @@ void resetPixelPipeline(bool newContext) {
         glGetIntegerv(GL_MAX_TEXTURE_SIZE, &state.largestTexture);
         GLint view[4] = {};
         glGetIntegerv(GL_VIEWPORT, view);
-        setViewport(view[2], view[3]);
-        setScissor(state.scissor.left, state.scissor.bottom,
+        setViewport(window, view[2], view[3]);
+        setScissor(window, state.scissor.left, state.scissor.bottom,
                    state.scissor.right - state.scissor.left,
                    state.scissor.top - state.scissor.bottom);
-        setScissorTest(state.scissorTest);
+        setScissorTest(window, state.scissorTest);
         glColor4ubv(state.colour);
     }
     for (const GLenum stage :
@@ -52,11 +44,11 @@ void resetPixelPipeline(bool newContext) {
          {GL_RED_BIAS, GL_GREEN_BIAS, GL_BLUE_BIAS, GL_ALPHA_BIAS, GL_DEPTH_BIAS}) {
         glPixelTransferf(bias, 0.0F);
     }
-    setDoubleBuffered(state.doubleBuffered);
+    setDoubleBuffered(window, state.doubleBuffered);
 }
 
-void releaseDrawingObjects() {
-    DrawingState& state = drawingState();
+void releaseDrawingObjects(Window* window) {
+    DrawingState& state = *drawingState(window);
     for (GrowingTexture* texture :
          {&state.picture, &state.text, &state.kept, &state.glyphs.texture}) {
         if (texture->name != 0) glDeleteTextures(1, &texture->name);
@@ -65,8 +57,9 @@ void releaseDrawingObjects() {
     state.glyphs = GlyphAtlas{};
 }
 
-bool bindTexture(GrowingTexture& texture, int width, int height, GLint internalFormat) {
-    const int largest = drawingState().largestTexture;
+bool bindTexture(const DrawingState& state, GrowingTexture& texture, int width, int height,
+                 GLint internalFormat) {
+    const int largest = state.largestTexture;
     if (width > largest || height > largest) return false;
     if (texture.name == 0) glGenTextures(1, &texture.name);
     glBindTexture(GL_TEXTURE_2D, texture.name);

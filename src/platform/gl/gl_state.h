@@ -1,9 +1,10 @@
-// The drawing state of one thread's surface, shared by the drawing routines.
+// The drawing state of a window's surface, shared by the drawing routines.
 #pragma once
 
 #include <cstdint>
 
 #include "platform/gl/gl_api.h"
+#include "platform/gl/gl_surface.h"
 #include "platform/surface.h"
 
 namespace vistel::platform {
@@ -47,14 +48,18 @@ struct DrawingState {
     GlyphAtlas glyphs;
 };
 
-DrawingState& drawingState();
+// The state of a surface that is now current and can be drawn on; null when there is none.
+inline DrawingState* drawOn(Window* window) {
+    return makeSurfaceCurrent(window) ? drawingState(window) : nullptr;
+}
 
 // What can be seen of a drawing: the viewport within the scissor rectangle.
-PixelBox visibleBox();
+PixelBox visibleBox(const DrawingState& state);
 
-// Binds the texture and makes it at least width x height, one of `internalFormat`. False when this
-// OpenGL takes no texture of that size; then nothing is bound.
-bool bindTexture(GrowingTexture& texture, int width, int height, GLint internalFormat);
+// Binds a texture of the current surface and makes it at least width x height, one of
+// `internalFormat`. False when this OpenGL takes no texture of that size; then nothing is bound.
+bool bindTexture(const DrawingState& state, GrowingTexture& texture, int width, int height,
+                 GLint internalFormat);
 
 // Draws a part of the bound texture over the box.
 void drawTexturePart(const GrowingTexture& texture, const PixelBox& texels, const PixelBox& box);

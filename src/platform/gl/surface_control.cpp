@@ -12,8 +12,7 @@ namespace {
 // starts at -0.499 and not at -0.5, so that a raster position at a whole coordinate falls inside
 // its pixel and not on the border of two, where drivers differ; rectangles reach half a unit round
 // a pixel's centre and are not moved by it.
-void loadProjection() {
-    const DrawingState& state = drawingState();
+void loadProjection(const DrawingState& state) {
     if (state.viewWidth <= 0 || state.viewHeight <= 0) return;
     constexpr double start = -0.499;
     glMatrixMode(GL_PROJECTION);
@@ -23,16 +22,14 @@ void loadProjection() {
     glLoadIdentity();
 }
 
-void keepWindowContents() {
-    DrawingState& state = drawingState();
-    if (!bindTexture(state.kept, state.viewWidth, state.viewHeight, GL_RGBA8)) return;
+void keepWindowContents(DrawingState& state) {
+    if (!bindTexture(state, state.kept, state.viewWidth, state.viewHeight, GL_RGBA8)) return;
     glReadBuffer(GL_BACK);
     glCopyTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, 0, 0, state.viewWidth, state.viewHeight);
 }
 
-void restoreWindowContents() {
-    DrawingState& state = drawingState();
-    if (!bindTexture(state.kept, state.viewWidth, state.viewHeight, GL_RGBA8)) return;
+void restoreWindowContents(DrawingState& state) {
+    if (!bindTexture(state, state.kept, state.viewWidth, state.viewHeight, GL_RGBA8)) return;
     glDisable(GL_SCISSOR_TEST);
     glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_REPLACE);
     drawTexture(state.kept, {0, 0, state.viewWidth, state.viewHeight}, state.viewWidth,
@@ -45,43 +42,57 @@ void restoreWindowContents() {
 // Where the window's visible content cannot be drawn on (software drivers, composited desktops),
 // drawing to it means: drawing to the back buffer, which keeps its contents when a flush shows it.
 // Both modes thus draw to the back buffer.
-void setDoubleBuffered(bool on) {
-    drawingState().doubleBuffered = on;
-    glDrawBuffer(GL_BACK);
+void setDoubleBuffered(Window* window, bool on) {
+    DrawingState* const state = drawingState(window);
+    if (!state) return;
+    state->doubleBuffered = on;
+    if (makeSurfaceCurrent(window)) glDrawBuffer(GL_BACK);
 }
 
-void setDithering(bool on) { on ? glEnable(GL_DITHER) : glDisable(GL_DITHER); }
+void setDithering(Window* window, bool on) {
+    if (!makeSurfaceCurrent(window)) return;
+    on ? glEnable(GL_DITHER) : glDisable(GL_DITHER);
+}
 
-void flushSurface() {
+void flushSurface(Window* window) {
+    DrawingState* const state = drawOn(window);
+    if (!state) return;
     glFlush();
-    if (drawingState().doubleBuffered) return;
-    keepWindowContents();
-    swapBuffers();
-    restoreWindowContents();
+    if (state->doubleBuffered) return;
+    keepWindowContents(*state);
+    swapBuffers(window);
+    restoreWindowContents(*state);
 }
 
-void setViewport(int width, int height) {
-    DrawingState& state = drawingState();
-    state.viewWidth = width;
-    state.viewHeight = height;
+void setViewport(Window* window, int width, int height) {
+    DrawingState* const state = drawingState(window);
+    if (!state) return;
+    state->viewWidth = width;
+    state->viewHeight = height;
+    if (!makeSurfaceCurrent(window)) return;
     glViewport(0, 0, width, height);
-    loadProjection();
+    loadProjection(*state);
 }
 
-void setScissorTest(bool on) {
-    drawingState().scissorTest = on;
+void setScissorTest(Window* window, bool on) {
+    DrawingState* const state = drawingState(window);
+    if (!state) return;
+    state->scissorTest = on;
+    if (!makeSurfaceCurrent(window)) return;
     on ? glEnable(GL_SCISSOR_TEST) : glDisable(GL_SCISSOR_TEST);
 }
 
-void setScissor(int x, int y, int width, int height) {
+void setScissor(Window* window, int x, int y, int width, int height) {
+    DrawingState* const state = drawingState(window);
+    if (!state) return;
     width = std::max(width, 0);
     height = std::max(height, 0);
-    drawingState().scissor = {x, y, x + width, y + height};
-    glScissor(x, y, width, height);
+    state->scissor = {x, y, x + width, y + height};
+    if (makeSurfaceCurrent(window)) glScissor(x, y, width, height);
 }
 
-void readPixels(int x, int y, int width, int height, uint32_t* pixels) {
-    if (width <= 0 || height <= 0) return;
+void readPixels(Window* window, int x, int y, int width, int height, uint32_t* pixels) {
+    if (width <= 0 || height <= 0 || !makeSurfaceCurrent(window)) return;
     glReadBuffer(GL_BACK);
     glPixelStorei(GL_PACK_ALIGNMENT, 4);
     glPixelStorei(GL_PACK_ROW_LENGTH, 0);

@@ -1,5 +1,5 @@
 // The desktop and the clocks as plain memory: what unit tests of the viewer use instead of a window
-// system. Time is a manual clock, the surface an array of pixels, the user a script.
+// system. Time is a manual clock, each surface an array of pixels, the user a script.
 #pragma once
 
 #include <cstdint>
@@ -11,8 +11,14 @@
 
 namespace vistel::platform::headless {
 
-// A new desktop: no window, tick 0, screen 1280 x 1024 with a work area of the same size.
+// A new desktop: no window, tick 0, screen 1280 x 1024 with a work area of the same size. Windows
+// that are open are closed; their handles stay good.
 void reset();
+
+// The window that the user sits at and that the questions below are about: the one opened last, or
+// the one chosen since. Null when there was none, or when it was released.
+Window* window();
+void use(Window* window);
 
 // --- clock ---
 void setMicroseconds(uint64_t now);
@@ -35,7 +41,7 @@ void close();
 // From now on a swap exchanges the two buffers: what is drawn next lies on garbage.
 void exchangeBuffers();
 constexpr uint32_t garbage = 0xFF5A3CC5;
-// Called when the program waits and the script is at its end; closes the window by default, so
+// Called when the program waits and the script is at its end; closes all windows by default, so
 // that no test can hang.
 void whenIdle(std::function<void()> action);
 
@@ -51,7 +57,7 @@ int presents();  // pictures made visible since reset
 // Called whenever a picture has become visible, from inside the swap or flush.
 void whenPresented(std::function<void()> action);
 const std::string& title();
-const std::vector<std::string>& titles();  // every title ever set
+const std::vector<std::string>& titles();  // every title ever set, of all windows
 PixelRect windowRect();
 int windowsOpened();  // since reset
 bool windowHasBorder();

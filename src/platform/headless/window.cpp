@@ -1,106 +1,131 @@
 #include "platform/window.h"
 
 #include <deque>
+#include <memory>
 #include <set>
 
 #include "platform/dialogs.h"
 #include "platform/headless/headless.h"
-#include "platform/headless/surface_memory.h"
+#include "platform/headless/memory_window.h"
 #include "platform/input_event.h"
 #include "platform/menu.h"
+#include "platform/surface.h"
+#include "resources/command_ids.h"
 
 namespace vistel::platform {
 
 namespace {
 
 struct Desktop {
-    bool open = false;
-    bool quitSeen = false;
+    bool closedSincePump = false;
     bool refuse = false;
-    WindowSink sink{};
-    PixelRect client;
-    bool border = true;
     int opened = 0;
-    unsigned timerPeriod = 0;
+    Window* last = nullptr;  // the window opened last, as long as it is not released
     std::vector<std::string> titles;
     std::vector<std::string> boxes;
     std::deque<std::function<void()>> steps;
     std::function<void()> idle;
     std::set<int> held;
-    std::set<int> checked;
-    std::set<int> disabled{40023, 40024};
     int mouseX = 0, mouseY = 0;
 };
 Desktop desktop;
 
-void sendResize() {
-    memorySurfaceResize(desktop.client.width(), desktop.client.height());
-    if (desktop.open) desktop.sink.resized();
+// Every window that was not released, those of desktops before this one included.
+std::vector<std::unique_ptr<Window>>& windows() {
+    static std::vector<std::unique_ptr<Window>> all;
+    return all;
+}
+
+// The window opened last, or one that has nothing to tell when there is none.
+const Window& lastWindow() {
+    static const Window none = [] {
+        Window window;
+        window.open = false;
+        return window;
+    }();
+    return desktop.last ? *desktop.last : none;
+}
+
+void post(Window* window, int code, unsigned value) {
+    if (windowExists(window)) window->sink.postEvent(window->sink.owner, code, value);
 }
 
 }  // namespace
 
-bool openWindow(const WindowRequest& request, const WindowSink& sink) {
+Window* openWindow(const WindowRequest& request, const WindowSink& sink) {
     if (desktop.refuse) {
         desktop.refuse = false;
-        return false;
+        return nullptr;
     }
-    desktop.open = true;
+    Window* const window = windows().emplace_back(std::make_unique<Window>()).get();
+    desktop.last = window;
     ++desktop.opened;
-    desktop.quitSeen = false;
-    desktop.sink = sink;
-    desktop.titles.push_back(request.title);
-    placeWindow(request.client, request.border);
-    return true;
+    window->sink = sink;
+    setWindowTitle(window, request.title);
+    placeWindow(window, request.client, request.border);
+    return window;
 }
 
-bool windowExists() { return desktop.open; }
+bool windowExists(const Window* window) { return window && window->open; }
 
-void placeWindow(const PixelRect& client, bool border) {
-    desktop.client = client;
-    desktop.border = border;
-    sendResize();
+void closeWindow(Window* window) {
+    if (!windowExists(window)) return;
+    destroySurface(window);
+    window->open = false;
+    desktop.closedSincePump = true;
 }
 
-void setWindowTitle(const std::string& title) { desktop.titles.push_back(title); }
-
-void closeWindow() {
-    desktop.open = false;
-    desktop.quitSeen = true;
+void releaseWindow(Window* window) {
+    closeWindow(window);
+    if (desktop.last == window) desktop.last = nullptr;
+    std::erase_if(windows(), [=](const auto& known) { return known.get() == window; });
 }
 
-void clientArea(int& width, int& height) {
-    width = desktop.open ? desktop.client.width() : 0;
-    height = desktop.open ? desktop.client.height() : 0;
+void placeWindow(Window* window, const PixelRect& client, bool border) {
+    if (!windowExists(window)) return;
+    window->client = client;
+    window->border = border;
+    window->surface.resize(client.width(), client.height());
+    window->sink.resized(window->sink.owner);
 }
 
-void clientScreenPosition(int& x, int& y) {
-    x = desktop.client.left;
-    y = desktop.client.top;
+void setWindowTitle(Window* window, const std::string& title) {
+    if (!windowExists(window)) return;
+    window->title = title;
+    desktop.titles.push_back(title);
+}
+
+void clientArea(const Window* window, int& width, int& height) {
+    width = windowExists(window) ? window->client.width() : 0;
+    height = windowExists(window) ? window->client.height() : 0;
+}
+
+void clientScreenPosition(const Window* window, int& x, int& y) {
+    x = windowExists(window) ? window->client.left : 0;
+    y = windowExists(window) ? window->client.top : 0;
 }
 
 ScreenSize screenSize() { return {1280, 1024}; }
 PixelRect workArea() { return {0, 0, 1280, 1024}; }
-void setCursor(bool) {}
-void startTimer(unsigned milliseconds) { desktop.timerPeriod = milliseconds; }
+void setCursor(Window*, bool) {}
+void startTimer(Window* window, unsigned milliseconds) {
+    if (windowExists(window)) window->timerPeriod = milliseconds;
+}
 
-bool pumpMessages() {
-    if (!desktop.steps.empty()) {
-        const auto step = std::move(desktop.steps.front());
-        desktop.steps.pop_front();
-        step();
-    }
-    const bool quit = desktop.quitSeen;
-    desktop.quitSeen = false;
-    return !quit;
+void pumpMessages() {
+    desktop.closedSincePump = false;
+    if (desktop.steps.empty()) return;
+    const auto step = std::move(desktop.steps.front());
+    desktop.steps.pop_front();
+    step();
 }
 
 void waitMessage() {
-    if (!desktop.steps.empty() || desktop.quitSeen) return;
+    if (!desktop.steps.empty() || desktop.closedSincePump) return;
     if (desktop.idle) {
         desktop.idle();
     } else {
-        closeWindow();
+        for (const auto& window : windows()) closeWindow(window.get());
     }
 }
 
@@ -111,44 +136,69 @@ void cursorPosition(int& x, int& y) {
     y = desktop.mouseY;
 }
 
-void checkMenuItem(int command, bool checked) {
+std::set<int> greyedAtFirst() {
+    return {
+#define MENU_BEGIN(caption)
+#define MENU_ITEM(caption, command)
+#define MENU_GREYED_ITEM(caption, command) command,
+#define MENU_SEPARATOR
+#define MENU_END
+#include "resources/menu_table.inc"
+#undef MENU_BEGIN
+#undef MENU_ITEM
+#undef MENU_GREYED_ITEM
+#undef MENU_SEPARATOR
+#undef MENU_END
+    };
+}
+
+void checkMenuItem(Window* window, int command, bool checked) {
+    if (!windowExists(window)) return;
     if (checked) {
-        desktop.checked.insert(command);
+        window->checked.insert(command);
     } else {
-        desktop.checked.erase(command);
+        window->checked.erase(command);
     }
 }
 
-void enableMenuItem(int command, bool enabled) {
+void enableMenuItem(Window* window, int command, bool enabled) {
+    if (!windowExists(window)) return;
     if (enabled) {
-        desktop.disabled.erase(command);
+        window->disabled.erase(command);
     } else {
-        desktop.disabled.insert(command);
+        window->disabled.insert(command);
     }
 }
 
-void showMessageBox(const std::string& caption, const std::string& text) {
+void showMessageBox(Window*, const std::string& caption, const std::string& text) {
     desktop.boxes.push_back(caption + ": " + text);
 }
-void showSystemErrorBox(const std::string& caption) { desktop.boxes.push_back(caption); }
+void showSystemErrorBox(Window*, const std::string& caption) { desktop.boxes.push_back(caption); }
 
 namespace headless {
 
 void reset() {
+    for (const auto& window : windows()) {
+        window->open = false;
+        window->surface = MemorySurface{};
+    }
     desktop = Desktop{};
     setMicroseconds(0);
-    memorySurfaceReset();
+    resetSurfaces();
 }
+
+Window* window() { return desktop.last; }
+void use(Window* window) { desktop.last = window; }
 
 void script(std::function<void()> step) { desktop.steps.push_back(std::move(step)); }
 
 void press(int code) {
     desktop.held.insert(code);
-    if (desktop.open) desktop.sink.postEvent(code, 1);
+    post(desktop.last, code, 1);
 }
 void release(int code) {
     desktop.held.erase(code);
-    if (desktop.open) desktop.sink.postEvent(code, 0);
+    post(desktop.last, code, 0);
 }
 void type(int code) {
     press(code);
@@ -160,36 +210,39 @@ void moveMouseUnseen(int x, int y) {
 }
 void moveMouse(int x, int y) {
     moveMouseUnseen(x, y);
-    if (!desktop.open) return;
-    desktop.sink.postEvent(EV_MOUSEX, static_cast<uint16_t>(x - desktop.client.left));
-    desktop.sink.postEvent(EV_MOUSEY, static_cast<uint16_t>(desktop.client.bottom - y));
+    const PixelRect& client = lastWindow().client;
+    post(desktop.last, EV_MOUSEX, static_cast<uint16_t>(x - client.left));
+    post(desktop.last, EV_MOUSEY, static_cast<uint16_t>(client.bottom - y));
 }
 void choose(int command) {
-    if (!desktop.open) return;
-    desktop.sink.commandStarts();
-    desktop.sink.command(command);
-    desktop.sink.commandEnds();
+    if (!windowOpen()) return;
+    const WindowSink sink = desktop.last->sink;
+    sink.commandStarts(sink.owner);
+    sink.command(sink.owner, command);
+    sink.commandEnds(sink.owner);
 }
 void uncover() {
-    if (desktop.open) desktop.sink.paint();
+    if (windowOpen()) desktop.last->sink.paint(desktop.last->sink.owner);
 }
-void close() { closeWindow(); }
+void close() { closeWindow(desktop.last); }
 void whenIdle(std::function<void()> action) { desktop.idle = std::move(action); }
 
-const std::string& title() {
-    static const std::string none;
-    return desktop.titles.empty() ? none : desktop.titles.back();
-}
+const std::string& title() { return lastWindow().title; }
 const std::vector<std::string>& titles() { return desktop.titles; }
-PixelRect windowRect() { return desktop.client; }
+PixelRect windowRect() { return lastWindow().client; }
 int windowsOpened() { return desktop.opened; }
-bool windowHasBorder() { return desktop.border; }
-unsigned timerPeriod() { return desktop.timerPeriod; }
-bool windowOpen() { return desktop.open; }
+bool windowHasBorder() { return lastWindow().border; }
+unsigned timerPeriod() { return lastWindow().timerPeriod; }
+bool windowOpen() { return windowExists(desktop.last); }
 const std::vector<std::string>& messageBoxes() { return desktop.boxes; }
-bool menuChecked(int command) { return desktop.checked.count(command) != 0; }
-bool menuEnabled(int command) { return desktop.disabled.count(command) == 0; }
+bool menuChecked(int command) { return lastWindow().checked.count(command) != 0; }
+bool menuEnabled(int command) { return lastWindow().disabled.count(command) == 0; }
 void refuseWindow() { desktop.refuse = true; }
+
+const Image& visibleImage() { return lastWindow().surface.visible; }
+const std::vector<DrawnText>& visibleTexts() { return lastWindow().surface.visibleTexts.texts(); }
+bool dithering() { return lastWindow().surface.dithering; }
+bool doubleBuffered() { return lastWindow().surface.doubleBuffered; }
 
 }  // namespace headless
 

@@ -259,10 +259,9 @@ TEST(ColourLut, AViewShowsThesePlanes) {
         {4, 0, 0b1110}, {5, 0, 0b1110}, {6, 0, 0b1110},                  // the colours
         {7, 0, 0b0001}, {7, 1, 0b0010}, {8, 2, 0b0100}, {8, 3, 0b1000},  // the selected plane
         {7, 4, 0b1111}, {8, 5, 0b1111}, {8, 6, 0b1111},                  // all
-        {8, -1, 0},     {-1, 0, 0},
     };
     for (const auto& row : rows)
-        EXPECT_EQ(planesOfView(row.view, row.selected), row.planes)
+        EXPECT_EQ(planesOfView(ChannelMode{row.view}, ChannelMode{row.selected}), row.planes)
             << row.view << " " << row.selected;
 }
 
@@ -299,7 +298,7 @@ TEST(ColourLut, WhileOutOfUseTheStoredPixelsAreShownThemselves) {
     const ColourLut lut;
     const uint32_t stored[3] = {1, 2, 3};
     DisplayBuffer display;
-    EXPECT_EQ(lut.prepare(4, 4, stored, 3, display), stored);
+    EXPECT_EQ(lut.prepare(ChannelMode::all, ChannelMode::all, stored, 3, display), stored);
     EXPECT_EQ(display.capacity(), 0u);
 }
 
@@ -307,7 +306,8 @@ TEST(ColourLut, InUseItShowsACorrectedCopyAndLeavesTheStoredPixels) {
     const ColourLut lut = built(negateAll);
     const std::vector<uint32_t> stored(5, 0x80402010), before = stored;
     DisplayBuffer display;
-    const uint32_t* shown = lut.prepare(4, 4, stored.data(), 5, display);
+    const uint32_t* shown =
+        lut.prepare(ChannelMode::all, ChannelMode::all, stored.data(), 5, display);
     ASSERT_EQ(shown, display.pixels());
     EXPECT_EQ(stored, before);
     for (int i = 0; i < 5; ++i) EXPECT_EQ(shown[i], 0x00BFDFEFu) << "a new copy has no mask";
@@ -317,13 +317,14 @@ TEST(ColourLut, BytesOfPlanesThatAViewDoesNotShowKeepWhatTheyHeld) {
     ColourLut lut = built(negateAll);
     const std::vector<uint32_t> stored(5, 0x80402010);
     DisplayBuffer display;
-    ASSERT_TRUE(lut.prepare(4, 4, stored.data(), 5, display));
+    ASSERT_TRUE(lut.prepare(ChannelMode::all, ChannelMode::all, stored.data(), 5, display));
     lut.controls.negate.fill(false);
     lut.controls.gain = {0, 0, 0};
     lut.build();
-    const uint32_t* shown = lut.prepare(2, 4, stored.data(), 5, display);
+    const uint32_t* shown =
+        lut.prepare(ChannelMode::green, ChannelMode::all, stored.data(), 5, display);
     for (int i = 0; i < 5; ++i) EXPECT_EQ(shown[i], 0x00BF00EFu);
-    shown = lut.prepare(8, 6, stored.data(), 5, display);
+    shown = lut.prepare(ChannelMode::bump, ChannelMode::luminance, stored.data(), 5, display);
     for (int i = 0; i < 5; ++i) EXPECT_EQ(shown[i], 0x80000000u);
 }
 
@@ -331,13 +332,13 @@ TEST(ColourLut, TheCopyGrowsWithLargerFramesAndStaysForSmallerOnes) {
     const ColourLut lut = built(negateAll);
     const std::vector<uint32_t> stored(3000, 0);
     DisplayBuffer display;
-    ASSERT_TRUE(lut.prepare(4, 4, stored.data(), 1000, display));
+    ASSERT_TRUE(lut.prepare(ChannelMode::all, ChannelMode::all, stored.data(), 1000, display));
     EXPECT_GE(display.capacity(), 1000u);
-    ASSERT_TRUE(lut.prepare(4, 4, stored.data(), 3000, display));
+    ASSERT_TRUE(lut.prepare(ChannelMode::all, ChannelMode::all, stored.data(), 3000, display));
     const size_t capacity = display.capacity();
     EXPECT_GE(capacity, 3000u);
     const uint32_t* place = display.pixels();
-    EXPECT_EQ(lut.prepare(4, 4, stored.data(), 10, display), place);
+    EXPECT_EQ(lut.prepare(ChannelMode::all, ChannelMode::all, stored.data(), 10, display), place);
     EXPECT_EQ(display.capacity(), capacity);
 }
 
@@ -346,7 +347,7 @@ TEST(ColourLut, WithoutMemoryForTheCopyThereIsNothingToShow) {
     const uint32_t stored[1] = {};
     DisplayBuffer display;
     constexpr size_t tooMany = std::numeric_limits<size_t>::max() / 5;
-    EXPECT_EQ(lut.prepare(4, 4, stored, tooMany, display), nullptr);
+    EXPECT_EQ(lut.prepare(ChannelMode::all, ChannelMode::all, stored, tooMany, display), nullptr);
 }
 
 }  // namespace

@@ -9,8 +9,8 @@ namespace {
 
 using Values = std::array<float, lutChannels>;
 
-constexpr LutModifiers none{}, shift{true, false, false}, alt{false, true, false},
-    altShift{true, true, false}, held{false, false, true};
+constexpr Modifiers none{}, shift{.leftShift = true}, alt{.rightAlt = true},
+    altShift{.rightShift = true, .leftAlt = true}, held{.leftControl = true};
 
 TEST(LutControls, StartNeutral) {
     const LutControls controls;
@@ -33,7 +33,7 @@ TEST(LutControls, TheStepFollowsTheModifiers) {
         {LutControl::offset, {1, 5, 10, 20}},
     };
     for (const auto& row : rows) {
-        const LutModifiers modifiers[] = {none, shift, alt, altShift};
+        const Modifiers modifiers[] = {none, shift, alt, altShift};
         for (int i = 0; i < 4; ++i) EXPECT_EQ(lutStep(row.control, modifiers[i]), row.steps[i]);
     }
 }
@@ -66,7 +66,8 @@ TEST(LutControls, ControlSetsTheChosenChannelsBackWhateverElseIsHeld) {
         for (const int direction : {-1, 1}) {
             LutControls controls;
             controls.gain = controls.gamma = controls.saturation = controls.offset = {3, 4, 5};
-            const LutModifiers modifiers{alsoShift, alsoShift, true};
+            const Modifiers modifiers{
+                .leftShift = alsoShift, .rightControl = true, .leftAlt = alsoShift};
             adjust(controls, LutControl::gain, direction, modifiers, {});
             adjust(controls, LutControl::gamma, direction, modifiers, {2});
             adjust(controls, LutControl::saturation, direction, modifiers, {2, true});

@@ -7,25 +7,25 @@ namespace vistel {
 TEST(MissingPlanes, EachRequestHasItsConditionAndItsMessage) {
     constexpr uint32_t mask = 0x2, depth = 0x4, black = 0x10;
     const struct {
-        PlaneRequest request;
+        ChannelMode view;
         LoadedPlanes loaded;  // colour, depth, flags
-        const char* message;  // null: shown
+        Message message;      // none: shown
     } rows[] = {
-        {PlaneRequest::colour, {true, false, 0}, nullptr},
-        {PlaneRequest::colour, {true, false, mask}, nullptr},
-        {PlaneRequest::colour, {true, true, black | mask}, "s_VistelStrings.rVTNoColor"},
-        {PlaneRequest::colour, {false, true, 0}, "s_VistelStrings.rVTNoColor"},
-        {PlaneRequest::mask, {true, false, mask}, nullptr},
-        {PlaneRequest::mask, {true, false, mask | black}, nullptr},
-        {PlaneRequest::mask, {true, true, depth}, "s_VistelStrings.rVTNoMask"},
-        {PlaneRequest::mask, {false, true, mask}, "s_VistelStrings.rVTNoMask"},
-        {PlaneRequest::depth, {false, true, 0}, nullptr},
-        {PlaneRequest::depth, {true, true, depth}, nullptr},
-        {PlaneRequest::depth, {true, false, depth}, "s_VistelStrings.rVTZNotLoaded"},
-        {PlaneRequest::depth, {true, false, mask}, "s_VistelStrings.rVTNoZBuffer"},
+        {ChannelMode::all, {true, false, 0}, Message::none},
+        {ChannelMode::red, {true, false, mask}, Message::none},
+        {ChannelMode::luminance, {true, false, black}, Message::rVTNoColor},
+        {ChannelMode::all, {true, true, black | mask}, Message::rVTNoColor},
+        {ChannelMode::all, {false, true, 0}, Message::rVTNoColor},
+        {ChannelMode::matte, {true, false, mask}, Message::none},
+        {ChannelMode::matte, {true, false, mask | black}, Message::none},
+        {ChannelMode::matte, {true, true, depth}, Message::rVTNoMask},
+        {ChannelMode::matte, {false, true, mask}, Message::rVTNoMask},
+        {ChannelMode::zBuffer, {false, true, 0}, Message::none},
+        {ChannelMode::zBuffer, {true, true, depth}, Message::none},
+        {ChannelMode::zBuffer, {true, false, depth}, Message::rVTZNotLoaded},
+        {ChannelMode::zBuffer, {true, false, mask}, Message::rVTNoZBuffer},
     };
-    for (const auto& row : rows)
-        EXPECT_STREQ(missingPlaneMessage(row.request, row.loaded), row.message);
+    for (const auto& row : rows) EXPECT_EQ(missingPlaneMessage(row.view, row.loaded), row.message);
 }
 
 }  // namespace vistel

@@ -30,7 +30,7 @@ TEST(PlaneViews, EachPlaneIsItsByteOfTheStoredPixel) {
                                      {0xFF010101, 0xFFCCCCCC}};
     for (int plane = 0; plane < 4; ++plane) {
         uint32_t view[2];
-        buildPlaneView(plane, false, stored, 2, view);
+        buildPlaneView(ChannelMode{plane}, false, stored, 2, view);
         EXPECT_EQ(view[0], expected[plane][0]) << plane;
         EXPECT_EQ(view[1], expected[plane][1]) << plane;
     }
@@ -39,7 +39,7 @@ TEST(PlaneViews, EachPlaneIsItsByteOfTheStoredPixel) {
 TEST(PlaneViews, AnInvertedMaskIs255LessTheByte) {
     const uint32_t stored[] = {0x00FFFFFF, 0xFF000000, 0x30000000};
     uint32_t view[3];
-    buildPlaneView(0, true, stored, 3, view);
+    buildPlaneView(ChannelMode::matte, true, stored, 3, view);
     EXPECT_EQ(view[0], 0xFFFFFFFFu);
     EXPECT_EQ(view[1], 0xFF000000u);
     EXPECT_EQ(view[2], 0xFFCFCFCFu);
@@ -49,8 +49,8 @@ TEST(PlaneViews, MaskInversionLeavesTheOtherPlanesAlone) {
     const uint32_t stored[] = {0x04030201};
     for (int plane = 1; plane < 4; ++plane) {
         uint32_t plain[1], inverted[1];
-        buildPlaneView(plane, false, stored, 1, plain);
-        buildPlaneView(plane, true, stored, 1, inverted);
+        buildPlaneView(ChannelMode{plane}, false, stored, 1, plain);
+        buildPlaneView(ChannelMode{plane}, true, stored, 1, inverted);
         EXPECT_EQ(plain[0], inverted[0]) << plane;
     }
 }
@@ -59,7 +59,7 @@ TEST(PlaneViews, EveryPixelOfAPlaneIsDoneWhateverTheirNumber) {
     for (size_t pixels = 0; pixels < 40; ++pixels) {
         std::vector<uint32_t> view(pixels + 1, 0xA7A7A7A7);
         const std::vector<uint32_t> stored(pixels, 0x04030201);
-        buildPlaneView(1, false, stored.data(), pixels, view.data());
+        buildPlaneView(ChannelMode::blue, false, stored.data(), pixels, view.data());
         for (size_t i = 0; i < pixels; ++i) ASSERT_EQ(view[i], 0xFF030303u) << pixels;
         EXPECT_EQ(view[pixels], 0xA7A7A7A7u);
     }
@@ -105,7 +105,7 @@ TEST(PlaneViews, AnImageOf10PixelsHasItsLast2BlackInLuminance) {
 
 TEST(PlaneViews, AViewMayReplaceItsSource) {
     std::vector<uint32_t> pixels(11, 0x40302010);
-    buildPlaneView(3, false, pixels.data(), 11, pixels.data());
+    buildPlaneView(ChannelMode::red, false, pixels.data(), 11, pixels.data());
     EXPECT_EQ(pixels, std::vector<uint32_t>(11, 0xFF101010));
     buildLuminanceView(pixels.data(), 8, pixels.data());
     EXPECT_EQ(pixels, std::vector<uint32_t>(11, 0xFF101010));

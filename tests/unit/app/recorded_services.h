@@ -4,21 +4,30 @@
 
 #include <functional>
 #include <string>
+#include <utility>
 
 #include "app/start_up_services.h"
-#include "app/viewer_state.h"
-#include "sequence/frame_loader.h"
+#include "viewer/viewer_state.h"
 
 namespace vistel {
 
 struct Recorder {
+    // Of which sources there is a picture to show.
+    enum class Pictures { ofWholeOnes, ofFailedOnesToo, none };
+
     std::string calls;                               // one line per call
     std::function<int(const Tstring&)> opening;      // called at each open; its result is returned
     std::function<int(const Tstring&)> discovering;  // likewise
-    std::function<int()> reopening;
+    std::function<void()> showing;                   // what the user does with a source on screen
     std::function<void()> emptyWindow;
+    Pictures pictures = Pictures::ofWholeOnes;
     bool interrupted = false;
     bool inputIsConsole = true;
+
+    bool hasPicture(int code) const {
+        return pictures == Pictures::ofFailedOnesToo ||
+               (pictures == Pictures::ofWholeOnes && code == 0);
+    }
 };
 
 inline Recorder recorder;
@@ -28,24 +37,30 @@ inline void note(const std::string& line) { recorder.calls += line + "\n"; }
 inline StartUpServices recordedServices() {
     recorder = Recorder{};
     StartUpServices services;
-    services.openSource = [](const Tstring& name) {
+    // A picture bears the name of its source.
+    services.openSource = [](const Tstring& name, FrameStore& frame) {
         note("open " + name);
-        return recorder.opening ? recorder.opening(name) : 0;
-    };
-    services.reopenSource = [](const Tstring& name, int start, int end, int step) {
-        note(formatPrintf("reopen %s %d %d %d", name.c_str(), start, end, step));
-        return recorder.reopening ? recorder.reopening() : 0;
+        const int code = recorder.opening ? recorder.opening(name) : 0;
+        frame.imageName = name;
+        if (recorder.hasPicture(code) && !frame.colour.allocate(1, 1)) note("no memory");
+        return code;
     };
     services.discover = [](const Tstring& stem) {
         note("discover " + stem);
         return recorder.discovering ? recorder.discovering(stem) : 0;
     };
-    loaderHooks.sourceBegins = [] { note("start source"); };
-    loaderHooks.clearImageState = [] { note("clear image state"); };
+    services.sourceBegins = [] { note("start source"); };
+    services.clearImageState = [] { note("clear image state"); };
+    services.showSource = [](FrameStore&& frame) {
+        const FrameStore shown = std::move(frame);
+        note("show " + shown.imageName);
+        if (recorder.showing) recorder.showing();
+    };
     services.runEmptyWindow = [] {
         note("empty window");
         if (recorder.emptyWindow) recorder.emptyWindow();
     };
+    services.joinViewer = [] { note("join viewer"); };
     services.buildDisplayTable = [] { note("display table"); };
     services.checkMenuItem = [](int command, bool checked) {
         note(formatPrintf("check %d %d", command, checked ? 1 : 0));
@@ -59,6 +74,9 @@ inline StartUpServices recordedServices() {
     services.standardInputIsConsole = [] { return recorder.inputIsConsole; };
     return services;
 }
+
+// What every run calls before its options.
+inline const std::string callsBeforeOptions = "join viewer\nplug-ins\n";
 
 // Without the calls that every run makes.
 inline std::string callsAfterStartUp() {

@@ -14,7 +14,12 @@ class Session : public OwnSettings {
  protected:
     void SetUp() override {
         OwnSettings::SetUp();
+        viewerState = ViewerState{};
         platform::writeSetting("FPS", "24");
+    }
+    void TearDown() override {
+        viewerState = ViewerState{};
+        OwnSettings::TearDown();
     }
     // Runs the words and returns the exit status; what was printed is kept.
     int run(std::vector<const char*> words) {
@@ -39,14 +44,20 @@ std::string withoutPaging(std::string text) {
 }
 
 TEST_F(Session, ANormalRunEndsWithStatusZeroAndStoresTheFrameRate) {
-    recorder.opening = [](const Tstring&) {
-        viewerState.frameRate = 72;
-        return 0;
-    };
+    recorder.showing = [] { viewerState.frameRate = 72; };
     EXPECT_EQ(run({"a"}), 0);
     EXPECT_EQ(platform::readSetting("FPS"), "72");
     EXPECT_EQ(output, "");
     EXPECT_EQ(errors, "");
+}
+
+TEST_F(Session, TheFolderOfTheLastSourceIsStored) {
+    recorder.opening = [](const Tstring& name) {
+        if (name != "pipe:cat c") viewerState.sourceFolder = "/pictures/" + name;
+        return name == "b" ? -4 : 0;
+    };
+    EXPECT_EQ(run({"a", "b", "pipe:cat c"}), 0);
+    EXPECT_EQ(platform::readSetting("LastFolder"), "/pictures/b");
 }
 
 TEST_F(Session, FilesThatFailDoNotChangeTheStatus) {
@@ -61,34 +72,37 @@ TEST_F(Session, VerboseCountsFilesAndFailuresOnStandardError) {
 }
 
 TEST_F(Session, RequestedFilesAreServedAfterTheList) {
-    recorder.opening = [](const Tstring& name) {
-        if (name == "a") viewerState.pendingOpen = "later";
-        return 0;
+    int shown = 0;
+    recorder.showing = [&] {
+        if (++shown == 1) viewerState.pendingOpen = "later";
     };
     EXPECT_EQ(run({"a", "b"}), 0);
-    EXPECT_TRUE(recorder.calls.ends_with("open b\nreopen later 0 0 0\n")) << recorder.calls;
+    EXPECT_TRUE(
+        recorder.calls.ends_with("open b\nshow b\nstart source\nclear image state\n"
+                                 "open later\nshow later\n"))
+        << recorder.calls;
 }
 
 TEST_F(Session, TheUsageGoesToStandardErrorWithStatusOneAndStoresNothing) {
     platform::writeSetting("FPS", "31");
     EXPECT_EQ(run({"-r", "50", "-Q"}), 1);
-    EXPECT_EQ(errors, formatMessage("s_VistelStrings.rVTUnknownOption", {"-Q"}) + "\n" +
-                          usageText("vistel"));
+    EXPECT_EQ(errors,
+              formatMessage(Message::rVTUnknownOption, {"-Q"}) + "\n" + usageText("vistel"));
     EXPECT_EQ(output, "");
     EXPECT_EQ(platform::readSetting("FPS"), "31");
 }
 
 TEST_F(Session, AnIncompleteRangeAmongTheFilesIsAUsageError) {
     EXPECT_EQ(run({"-r", "50", "a", "-n5", "9"}), 1);
-    EXPECT_EQ(errors, formatMessage("s_VistelStrings.rVTMissingArgument", {"-n5"}) + "\n" +
-                          usageText("vistel"));
+    EXPECT_EQ(errors,
+              formatMessage(Message::rVTMissingArgument, {"-n5"}) + "\n" + usageText("vistel"));
     EXPECT_EQ(platform::readSetting("FPS"), "24");
 }
 
 TEST_F(Session, HelpReachesStandardOutputAndEndsWithStatusZero) {
     EXPECT_EQ(run({"-h", "-Q"}), 0);
     EXPECT_EQ(withoutPaging(output), withoutPaging(helpText()));
-    EXPECT_EQ(recorder.calls, "plug-ins\n");
+    EXPECT_EQ(recorder.calls, callsBeforeOptions);
 }
 
 TEST_F(Session, HelpIsPrintedWhereThereIsNoPager) {

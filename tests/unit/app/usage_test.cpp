@@ -36,7 +36,7 @@ TEST(OptionTable, TheOptionsAreDeclaredInTheirOrder) {
 }
 
 TEST(OptionTable, EveryOptionHasAText) {
-    for (const OptionRow& row : optionTable()) EXPECT_NE(messageText(row.textId), row.textId);
+    for (const OptionRow& row : optionTable()) EXPECT_NE(messageText(row.textId), "");
 }
 
 TEST(Usage, ListsEveryOption) {
@@ -70,11 +70,9 @@ TEST(Usage, BeginsWithTheBannerAndNamesTheProgram) {
 }
 
 TEST(Help, IsTheSixTextsOneBehindTheOther) {
-    EXPECT_EQ(
-        helpText(),
-        messageText("s_VistelStrings.rVTHelp1") + messageText("s_VistelStrings.rVTHelp2") +
-            messageText("s_VistelStrings.rVTHelp3") + messageText("s_VistelStrings.rVTHelp4") +
-            messageText("s_VistelStrings.rVTHelp5") + messageText("s_VistelStrings.rVTHelp6"));
+    EXPECT_EQ(helpText(), messageText(Message::rVTHelp1) + messageText(Message::rVTHelp2) +
+                              messageText(Message::rVTHelp3) + messageText(Message::rVTHelp4) +
+                              messageText(Message::rVTHelp5) + messageText(Message::rVTHelp6));
 }
 
 TEST(Help, NamesEveryOptionWithItsArguments) {

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "host/byte_order.h"
 #include "iff/image_bytes.h"
 
 namespace vistel::test {
@@ -152,7 +153,7 @@ class PlainReader {
                 ++plane.covered[pixel];
                 for (int c = 0; c < count; ++c, from += valueBytes)
                     plane.values[pixel * size_t(count) + size_t(c)] =
-                        static_cast<uint16_t>(valueBytes == 2 ? from[0] << 8 | from[1] : from[0]);
+                        static_cast<uint16_t>(valueBytes == 2 ? readBig16(from) : from[0]);
             }
     }
 

@@ -1,4 +1,5 @@
 #include "codec_files.h"
+#include "host/byte_order.h"
 
 using namespace vistel;
 using namespace vistel::test;
@@ -12,7 +13,7 @@ FileBytes bitmap(int bits, int width, int height, const FileBytes& rest) {
     bytes[10] = uint8_t(54 + (bits == 8 ? 8 : 0));
     bytes[14] = 40;
     bytes[18] = uint8_t(width);
-    for (int i = 0; i < 4; ++i) bytes[size_t(22 + i)] = uint8_t(height >> 8 * i);
+    writeLittle32(&bytes[22], uint32_t(height));
     bytes[26] = 1;
     bytes[28] = uint8_t(bits);
     bytes[46] = bits == 8 ? 2 : 0;
@@ -38,9 +39,7 @@ TEST(Bitmap, RowsStandFromTheBottomUpUnlessTheHeightIsNegative) {
     for (const Row& row : rows) EXPECT_EQ(samplesOf(bmpCodec, row.file), row.samples) << row.what;
 }
 
-void put(FileBytes& bytes, size_t at, uint32_t number) {
-    for (size_t i = 0; i < 4; ++i) bytes[at + i] = uint8_t(number >> 8 * i);
-}
+void put(FileBytes& bytes, size_t at, uint32_t number) { writeLittle32(&bytes[at], number); }
 
 // Four colours: 0 is (1, 2, 3), 1 (4, 5, 6) ...
 const FileBytes fourColours{3, 2, 1, 0, 6, 5, 4, 0, 9, 8, 7, 0, 12, 11, 10, 0};

@@ -32,6 +32,17 @@ inline FileBytes fileOf(const std::string& text, const FileBytes& rest = {}) {
     return bytes += rest;
 }
 
+// A number in so many bytes.
+inline FileBytes littleEndian(uint64_t value, int bytes) {
+    FileBytes number;
+    for (int i = 0; i < bytes; ++i) number.push_back(uint8_t(value >> 8 * i));
+    return number;
+}
+inline FileBytes bigEndian(uint64_t value, int bytes) {
+    const FileBytes number = littleEndian(value, bytes);
+    return {number.rbegin(), number.rend()};
+}
+
 inline Failure readBytes(const Codec& codec, const FileBytes& bytes, Picture& picture) {
     const platform::FilePtr file(std::tmpfile());
     if (!file) return "no temporary file";

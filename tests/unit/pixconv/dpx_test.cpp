@@ -1,24 +1,9 @@
-#include "codec_files.h"
+#include "film_scan_bytes.h"
 
 using namespace vistel;
 using namespace vistel::test;
 
 namespace {
-
-// The header of a film scan: numbers put into it in one byte order.
-struct Header {
-    bool little = false;
-    FileBytes bytes = FileBytes(2048);
-
-    void put16(size_t at, uint32_t number) {
-        bytes[at + (little ? 0 : 1)] = uint8_t(number);
-        bytes[at + (little ? 1 : 0)] = uint8_t(number >> 8);
-    }
-    void put32(size_t at, uint32_t number) {
-        put16(at + (little ? 2 : 0), number >> 16);
-        put16(at + (little ? 0 : 2), number);
-    }
-};
 
 struct Element {
     int kind, bits, packing;
@@ -26,16 +11,9 @@ struct Element {
     uint32_t padding = 0;
 };
 
-FileBytes words(std::initializer_list<uint32_t> numbers, bool little = false) {
-    FileBytes bytes;
-    for (const uint32_t number : numbers)
-        for (int i = 0; i < 4; ++i)
-            bytes.push_back(uint8_t(number >> (little ? 8 * i : 24 - 8 * i)));
-    return bytes;
-}
-
-Header dpxHeader(int width, int height, const std::vector<Element>& elements, bool little = false) {
-    Header header{little};
+FilmScanHeader dpxHeader(int width, int height, const std::vector<Element>& elements,
+                         bool little = false) {
+    FilmScanHeader header{little};
     header.put32(0, 0x53445058);
     header.put32(4, 2048);
     header.put32(16, 0xFFFFFFFF);
@@ -59,12 +37,6 @@ FileBytes dpx(int width, int height, const std::vector<Element>& elements, const
     return bytes += image;
 }
 
-constexpr uint32_t packed(uint32_t a, uint32_t b, uint32_t c, int unused) {
-    return (a << 20 | b << 10 | c) << unused;
-}
-
-// A code of 10 bits in 16.
-int ten(int code) { return code << 6 | code >> 4; }
 int twelve(int code) { return code << 4 | code >> 8; }
 
 TEST(Dpx, EveryLayoutOfCodesIsRead) {
@@ -158,45 +130,26 @@ TEST(Dpx, EveryLayoutOfCodesIsRead) {
     for (const Row& row : rows) EXPECT_EQ(samplesOf(dpxCodec, row.file), row.samples) << row.what;
 }
 
-// Six pixels, stored as 1 2 3 and 4 5 6, in the picture's order.
-struct Direction {
-    int code;
-    std::vector<int> upright;
-};
-
-template <class Make>
-void expectDirections(const Codec& codec, const std::vector<Direction>& rows, Make file) {
-    for (const Direction& row : rows) {
-        Picture picture;
-        const Failure failure = readBytes(codec, file(row.code), picture);
-        ASSERT_FALSE(failure) << *failure;
-        EXPECT_EQ(picture.width, row.code < 4 ? 3u : 2u);
-        std::vector<int> reds;
-        for (size_t i = 0; i < 24; i += 4)
-            reds.push_back(picture.wide ? picture.wideSamples[i] >> 6 : picture.samples[i]);
-        EXPECT_EQ(reds, row.upright) << row.code;
-    }
-}
-
 TEST(Dpx, APictureIsShownUprightWhateverItsDirection) {
     const std::vector<Direction> rows = {{0, {1, 2, 3, 4, 5, 6}}, {1, {3, 2, 1, 6, 5, 4}},
                                          {2, {4, 5, 6, 1, 2, 3}}, {3, {6, 5, 4, 3, 2, 1}},
                                          {4, {1, 4, 2, 5, 3, 6}}, {5, {4, 1, 5, 2, 6, 3}},
                                          {6, {3, 6, 2, 5, 1, 4}}, {7, {6, 3, 5, 2, 4, 1}}};
     expectDirections(dpxCodec, rows, [](int code) {
-        Header header = dpxHeader(3, 2, {{6, 8, 0}});
+        FilmScanHeader header = dpxHeader(3, 2, {{6, 8, 0}});
         header.put16(768, uint32_t(code));
         return header.bytes += FileBytes{1, 2, 3, 0, 4, 5, 6, 0};
     });
 }
 
 TEST(Dpx, WhatIsDamagedOrNotSupportedIsRefusedInWords) {
-    Header sign = dpxHeader(1, 1, {{50, 8, 0}}), runs = sign, turned = sign, inHeader = sign;
+    FilmScanHeader sign = dpxHeader(1, 1, {{50, 8, 0}}), runs = sign, turned = sign,
+                   inHeader = sign;
     sign.put32(780, 1);
     runs.put16(780 + 26, 1);
     turned.put16(768, 8);
     inHeader.put32(780 + 28, 800);
-    Header longer = dpxHeader(1, 2, {{50, 8, 0}});
+    FilmScanHeader longer = dpxHeader(1, 2, {{50, 8, 0}});
     longer.put32(16, 2056);
     struct Row {
         FileBytes file;
@@ -232,21 +185,6 @@ TEST(Dpx, WhatIsDamagedOrNotSupportedIsRefusedInWords) {
     FileBytes elements = dpxHeader(1, 1, {{50, 8, 0}}).bytes;
     elements[771] = 9;
     EXPECT_EQ(failureOf(dpxCodec, elements), "the file is damaged: 9 image elements");
-}
-
-// All codes of ten bits, as read from a file that has them.
-Picture allTenBitCodes() {
-    Picture picture;
-    if (picture.allocate(1024, 2, true)) return picture;
-    for (uint32_t y = 0; y < 2; ++y)
-        for (int x = 0; x < 1024; ++x) {
-            uint16_t* pixel = picture.wideRow(y) + x * 4;
-            pixel[0] = uint16_t(ten(x));
-            pixel[1] = uint16_t(ten(1023 - x));
-            pixel[2] = uint16_t(ten(x * 7 % 1024));
-            pixel[3] = 65535;
-        }
-    return picture;
 }
 
 TEST(Dpx, TenBitCodesSurvive) { expectRoundTrip(dpxCodec, allTenBitCodes()); }
@@ -311,100 +249,6 @@ TEST(Dpx, AFileIsKnownByItsStart) {
     EXPECT_TRUE(dpxCodec.recognises(fileOf("XPDS")));
     EXPECT_FALSE(dpxCodec.recognises(fileOf("SDP")));
     EXPECT_FALSE(dpxCodec.recognises(fileOf("PXSD")));
-}
-
-Header cineonHeader(int width, int height, int packing, bool little = false) {
-    Header header{little};
-    header.put32(0, 0x802A5FD7);
-    header.put32(4, 2048);
-    header.bytes[193] = 3;
-    for (size_t at = 196; at < 196 + 3 * 28; at += 28) {
-        header.bytes[at + 2] = 10;
-        header.put32(at + 4, uint32_t(width));
-        header.put32(at + 8, uint32_t(height));
-    }
-    header.bytes[681] = uint8_t(packing);
-    return header;
-}
-
-TEST(Cineon, BothByteOrdersAndJustificationsAreRead) {
-    for (const bool little : {false, true})
-        for (const int packing : {5, 6}) {
-            FileBytes file = cineonHeader(1, 1, packing, little).bytes;
-            file += words({packed(1, 512, 1023, packing == 5 ? 2 : 0)}, little);
-            EXPECT_EQ(samplesOf(cineonCodec, file),
-                      (std::vector<int>{ten(1), ten(512), ten(1023), 65535}));
-        }
-}
-
-TEST(Cineon, RowsMayBePadded) {
-    Header header = cineonHeader(1, 2, 6);
-    header.put32(684, 4);
-    EXPECT_EQ(samplesOf(cineonCodec, header.bytes += words({1, 99, 2})),
-              (std::vector<int>{0, 0, ten(1), 65535, 0, 0, ten(2), 65535}));
-}
-
-TEST(Cineon, APictureIsShownUprightWhateverItsDirection) {
-    const std::vector<Direction> rows = {{0, {1, 2, 3, 4, 5, 6}}, {1, {4, 5, 6, 1, 2, 3}},
-                                         {2, {3, 2, 1, 6, 5, 4}}, {3, {6, 5, 4, 3, 2, 1}},
-                                         {4, {1, 4, 2, 5, 3, 6}}, {5, {4, 1, 5, 2, 6, 3}},
-                                         {6, {3, 6, 2, 5, 1, 4}}, {7, {6, 3, 5, 2, 4, 1}}};
-    expectDirections(cineonCodec, rows, [](int code) {
-        Header header = cineonHeader(3, 2, 6);
-        header.bytes[192] = uint8_t(code);
-        return header.bytes += words({1u << 20, 2u << 20, 3u << 20, 4u << 20, 5u << 20, 6u << 20});
-    });
-}
-
-TEST(Cineon, WhatIsDamagedOrNotSupportedIsRefusedInWords) {
-    struct Row {
-        size_t at;
-        uint8_t byte;
-        const char* failure;
-    };
-    const Row rows[] = {
-        {0, 0, "not a Cineon picture"},
-        {6, 1, "the file is damaged: the image lies in the header"},
-        {6, 9, "the file ends early: row 1 of 1"},
-        {192, 8, "the file is damaged: direction 8"},
-        {193, 1, "Cineon pictures of 1 channels are not supported, only red, green and blue"},
-        {198, 8, "Cineon pictures of 8 bits are not supported"},
-        {203, 9, "the file is damaged: its channels differ in size"},
-        {680, 2, "Cineon pictures in separate planes are not supported"},
-        {681, 1, "Cineon pictures in packing 1 are not supported"},
-        {682, 1, "Cineon pictures with signed codes are not supported"},
-    };
-    for (const Row& row : rows) {
-        FileBytes file = cineonHeader(1, 1, 5).bytes;
-        file += words({0});
-        EXPECT_EQ(failureOf(cineonCodec, file), "");
-        file[row.at] = row.byte;
-        EXPECT_EQ(failureOf(cineonCodec, file), row.failure) << row.at;
-    }
-}
-
-TEST(Cineon, TenBitCodesSurvive) {
-    Picture codes = allTenBitCodes();
-    codes.filmCodes = true;
-    expectRoundTrip(cineonCodec, codes);
-}
-
-TEST(Cineon, APictureGetsCodesOfFilm) {
-    Picture picture, back;
-    ASSERT_FALSE(picture.allocate(3, 1, false));
-    for (size_t x = 0; x < 3; ++x)
-        for (size_t i = 0; i < 3; ++i) picture.row(0)[x * 4 + i] = uint8_t(x * 255 / 2);
-    ASSERT_FALSE(readBytes(cineonCodec, writtenBytes(cineonCodec, picture), back));
-    EXPECT_TRUE(back.filmCodes);
-    EXPECT_EQ(back.wideRow(0)[0] >> 6, 95);
-    EXPECT_EQ(back.wideRow(0)[4] >> 6, 488);  // light of 0.212
-    EXPECT_EQ(back.wideRow(0)[8] >> 6, 685);
-}
-
-TEST(Cineon, CutAndSpoiltFilesDoNoHarm) {
-    const FileBytes file = writtenBytes(cineonCodec, samplePicture(5, 3, true, false, false));
-    expectEveryCutFails(cineonCodec, file, file.size());
-    expectSpoiltBytesDoNoHarm(cineonCodec, file, 720);
 }
 
 }  // namespace

@@ -17,9 +17,7 @@ struct Channel {
     bool whole = true;  // 32-bit floats, else halfs
 };
 
-void put(FileBytes& to, uint64_t value, int bytes) {
-    for (int i = 0; i < bytes; ++i) to.push_back(uint8_t(value >> 8 * i));
-}
+void put(FileBytes& to, uint64_t value, int bytes) { to += littleEndian(value, bytes); }
 
 void attribute(FileBytes& to, const std::string& name, const std::string& type,
                const FileBytes& body) {
@@ -33,6 +31,25 @@ FileBytes box(const Window& window) {
     for (const int side : {window.left, window.top, window.right, window.bottom})
         put(body, uint32_t(side), 4);
     return body;
+}
+
+// Puts attributes in front of the others.
+FileBytes withAttributes(const FileBytes& file, const FileBytes& attributes) {
+    FileBytes longer(file.begin(), file.begin() + 8);
+    longer += attributes;
+    longer += FileBytes(file.begin() + 8, file.end());
+    // Of a file of one pixel: the place of its only block, which ends the file.
+    FileBytes place;
+    put(place, longer.size() - 12, 8);
+    std::copy(place.begin(), place.end(), longer.end() - 20);
+    return longer;
+}
+
+FileBytes lyingAttribute(const std::string& type, uint32_t size, const FileBytes& body) {
+    FileBytes bytes;
+    bytes += std::string("lie") + '\0' + type + '\0';
+    put(bytes, size, 4);
+    return bytes += body;
 }
 
 // Uncompressed rows; value(channel, x, y) over the data window, its first pixel being (0, 0).
@@ -181,6 +198,99 @@ TEST(OpenExr, WindowsBeyondReasonAreRefused) {
             std::copy(lie.begin(), lie.end(), bytes.begin() + std::ptrdiff_t(at));
             EXPECT_NE(failureOf(exrCodec, bytes), "") << name << " " << &window - windows;
         }
+}
+
+TEST(OpenExr, AttributesLargerThanTheFileAreRefusedBeforeTheyAreRead) {
+    const Window one{0, 0, 0, 0};
+    const FileBytes good = exr({{"R"}}, one, one, [](int, int, int) { return 1.0f; });
+    FileBytes text, preview;
+    put(text, 0x7FFFFFF0, 4);
+    put(preview, 16384, 4);
+    put(preview, 16384, 4);
+    struct Row {
+        const char* type;
+        uint32_t size;
+        FileBytes body;
+    };
+    const Row rows[] = {{"string", 0x7FFFFFF0, {}},       {"floatvector", 0x40000000, {}},
+                        {"preview", 0x40000008, preview}, {"preview", 8, preview},
+                        {"stringvector", 4, text},        {"stringvector", 0x7FFFFFF0, text},
+                        {"unheard of", 0x7FFFFFF0, {}},   {"box2i", 0, {}},
+                        {"int", 8, FileBytes(8)},         {"chlist", 3, fileOf("abc")},
+                        {"floatvector", 5, FileBytes(5)}, {"chlist", 8, FileBytes(8)},
+                        {"string", 0xFFFFFFFF, {}}};
+    for (const Row& row : rows) {
+        const FileBytes bytes = withAttributes(good, lyingAttribute(row.type, row.size, row.body));
+        EXPECT_EQ(failureOf(exrCodec, bytes),
+                  "the file is damaged: attribute \"lie\" of its header")
+            << row.type << " of " << row.size << " bytes";
+    }
+}
+
+TEST(OpenExr, AttributesThatFitAreRead) {
+    const Window one{0, 0, 0, 0};
+    const FileBytes good = exr({{"R"}}, one, one, [](int, int, int) { return 1.0f; });
+    FileBytes texts, preview, all;
+    for (const std::string& word : {std::string("ab"), std::string()}) {
+        put(texts, word.size(), 4);
+        texts += word;
+    }
+    put(preview, 2, 4);
+    put(preview, 3, 4);
+    preview += FileBytes(24, 9);
+    attribute(all, "words", "stringvector", texts);
+    attribute(all, "icon", "preview", preview);
+    attribute(all, "numbers", "floatvector", FileBytes(12));
+    attribute(all, "comment", "string", FileBytes(1000, 'x'));
+    attribute(all, "odd", "unheard of", FileBytes(7));
+    EXPECT_EQ(samplesOf(exrCodec, withAttributes(good, all)), (std::vector<int>{255, 0, 0, 255}));
+}
+
+// Files of several parts, the tables of whose blocks would take much.
+TEST(OpenExr, EveryPartIsLookedAtBeforeMemoryIsTaken) {
+    const Window one{0, 0, 0, 0}, long_{0, 0, 0, 65534};
+    const auto partOf = [](const std::string& name, const std::string& type, const Window& data) {
+        const FileBytes whole =
+            exr({{"R"}}, {0, 0, 0, 0}, {0, 0, 0, 0}, [](int, int, int) { return 1.0f; });
+        FileBytes header(whole.begin() + 8, whole.end() - 8 - 12);
+        const std::string text(header.begin(), header.end());
+        const size_t at = text.find("dataWindow") + 11 + 6 + 4;
+        const FileBytes window = box(data);
+        std::copy(window.begin(), window.end(), header.begin() + std::ptrdiff_t(at));
+        FileBytes attributes;
+        FileBytes blocks;
+        put(blocks, uint32_t(data.bottom - data.top + 1), 4);
+        attribute(attributes, "chunkCount", "int", blocks);
+        attribute(attributes, "name", "string", fileOf(name));
+        attribute(attributes, "type", "string", fileOf(type));
+        return attributes += header;
+    };
+    const auto fileOfParts = [](uint32_t flags, const std::vector<FileBytes>& parts) {
+        FileBytes file{0x76, 0x2F, 0x31, 0x01, 2, 0, 0, 0};
+        file[5] = uint8_t(flags >> 8);
+        for (const FileBytes& part : parts) file += part;
+        file.push_back(0);
+        return file;
+    };
+    const FileBytes flat = partOf("flat", "scanlineimage", one);
+    struct Row {
+        const char* what;
+        FileBytes file;
+        const char* failure;
+    };
+    const Row rows[] = {
+        {"many blocks behind one",
+         fileOfParts(0x1000, {flat, partOf("long", "scanlineimage", long_)}),
+         "the file ends early: in its header"},
+        {"deep", fileOfParts(0x1800, {partOf("deep", "deepscanline", one), flat}),
+         "deep pictures cannot be read"},
+        {"a window beyond reason",
+         fileOfParts(0x1000, {flat, partOf("large", "scanlineimage", {0, 0, 0, 0x7FFFFFFE})}),
+         "the size of the picture is beyond reason"},
+        {"parts without end", fileOfParts(0x1000, std::vector<FileBytes>(2000, flat)),
+         "the file has too many parts"},
+    };
+    for (const Row& row : rows) EXPECT_EQ(failureOf(exrCodec, row.file), row.failure) << row.what;
 }
 
 }  // namespace

@@ -60,7 +60,7 @@ class Packer {
     FileBytes bytes_;
 };
 
-FileBytes word(int number) { return {uint8_t(number), uint8_t(number >> 8)}; }
+FileBytes word(int number) { return littleEndian(uint64_t(number), 2); }
 
 // A canvas with `colours` common colours: number i is (i, 2i, 3i) and so on.
 FileBytes canvas(int width, int height, int colourBits) {

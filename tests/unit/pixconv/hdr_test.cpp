@@ -138,6 +138,14 @@ TEST(Radiance, EightBitsOfGreySurvive) {
     expectRoundTrip(hdrCodec, picture);
 }
 
+// Told by the sanitizers, too: black has no brightest channel to be measured by.
+TEST(Radiance, BlackIsFourZeros) {
+    Picture black;
+    ASSERT_FALSE(black.allocate(2, 1, false));
+    const FileBytes bytes = writtenBytes(hdrCodec, black);
+    EXPECT_EQ(FileBytes(bytes.end() - 8, bytes.end()), FileBytes(8));
+}
+
 TEST(Radiance, DarkChannelsAreAsFineAsTheBrightestLets) {
     Picture picture = samplePicture(300, 20, true, false, true), back;
     ASSERT_FALSE(readBytes(hdrCodec, writtenBytes(hdrCodec, picture), back));

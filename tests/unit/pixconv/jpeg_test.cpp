@@ -8,11 +8,9 @@ using namespace vistel::test;
 
 namespace {
 
-FileBytes number16Of(size_t value) { return {uint8_t(value >> 8), uint8_t(value)}; }
-
 void segment(FileBytes& file, uint8_t marker, const FileBytes& body) {
     file += FileBytes{0xFF, marker};
-    file += number16Of(body.size() + 2);
+    file += bigEndian(body.size() + 2, 2);
     file += body;
 }
 
@@ -53,8 +51,8 @@ struct Jpeg {
         steps[0] = 0;
         segment(file, 0xDB, steps);
         FileBytes frame{8};
-        frame += number16Of(blocksHigh * 8);
-        frame += number16Of(blocksWide * 8);
+        frame += bigEndian(blocksHigh * 8, 2);
+        frame += bigEndian(blocksWide * 8, 2);
         frame.push_back(uint8_t(channels));
         for (size_t i = 0; i < channels; ++i) frame += FileBytes{uint8_t(i + 1), 0x11, 0};
         segment(file, 0xC0, frame);
@@ -92,8 +90,7 @@ struct Jpeg {
 FileBytes exif(bool big, uint32_t orientation, uint32_t type = 3, uint32_t count = 1) {
     FileBytes body = fileOf(std::string("Exif\0\0", 6));
     const auto put = [&](uint32_t value, int bytes) {
-        for (int i = 0; i < bytes; ++i)
-            body.push_back(uint8_t(value >> 8 * (big ? bytes - 1 - i : i)));
+        body += big ? bigEndian(value, bytes) : littleEndian(value, bytes);
     };
     body += big ? "MM" : "II";
     put(42, 2);

@@ -15,9 +15,7 @@ uint32_t crcOf(const FileBytes& bytes) {
     return ~crc;
 }
 
-FileBytes number(uint32_t value) {
-    return {uint8_t(value >> 24), uint8_t(value >> 16), uint8_t(value >> 8), uint8_t(value)};
-}
+FileBytes number(uint32_t value) { return bigEndian(value, 4); }
 
 FileBytes chunk(const std::string& name, const FileBytes& body) {
     FileBytes named = fileOf(name, body);

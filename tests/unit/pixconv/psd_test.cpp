@@ -7,28 +7,22 @@ namespace {
 
 constexpr int bitmap = 0, grey = 1, indexed = 2, rgb = 3, cmyk = 4, duotone = 8, lab = 9;
 
-FileBytes number(uint64_t value, int bytes) {
-    FileBytes result;
-    while (bytes-- > 0) result.push_back(uint8_t(value >> 8 * bytes));
-    return result;
-}
-
 FileBytes document(int mode, int bits, int channels, int width, int height, int compression,
                    const FileBytes& image, const FileBytes& palette = {}, int version = 1) {
-    FileBytes bytes = fileOf("8BPS", number(uint64_t(version), 2));
+    FileBytes bytes = fileOf("8BPS", bigEndian(uint64_t(version), 2));
     bytes += FileBytes(6);
-    bytes += number(uint64_t(channels), 2);
-    bytes += number(uint64_t(height), 4);
-    bytes += number(uint64_t(width), 4);
-    bytes += number(uint64_t(bits), 2);
-    bytes += number(uint64_t(mode), 2);
-    bytes += number(palette.size(), 4);
+    bytes += bigEndian(uint64_t(channels), 2);
+    bytes += bigEndian(uint64_t(height), 4);
+    bytes += bigEndian(uint64_t(width), 4);
+    bytes += bigEndian(uint64_t(bits), 2);
+    bytes += bigEndian(uint64_t(mode), 2);
+    bytes += bigEndian(palette.size(), 4);
     bytes += palette;
-    bytes += number(3, 4);  // resources
+    bytes += bigEndian(3, 4);  // resources
     bytes += FileBytes{1, 2, 3};
-    bytes += number(2, version == 2 ? 8 : 4);  // layers
+    bytes += bigEndian(2, version == 2 ? 8 : 4);  // layers
     bytes += FileBytes{4, 5};
-    bytes += number(uint64_t(compression), 2);
+    bytes += bigEndian(uint64_t(compression), 2);
     return bytes += image;
 }
 

@@ -1,4 +1,5 @@
 #include "codec_files.h"
+#include "host/byte_order.h"
 
 using namespace vistel;
 using namespace vistel::test;
@@ -7,10 +8,7 @@ namespace {
 
 FileBytes header(bool runs, int sampleBytes, int dimension, int width, int height, int channels) {
     FileBytes bytes(512);
-    const auto put = [&](size_t at, int number) {
-        bytes[at] = uint8_t(number >> 8);
-        bytes[at + 1] = uint8_t(number);
-    };
+    const auto put = [&](size_t at, int number) { writeBig16(&bytes[at], uint16_t(number)); };
     put(0, 474);
     bytes[2] = runs;
     bytes[3] = uint8_t(sampleBytes);
@@ -27,9 +25,7 @@ FileBytes plain(int sampleBytes, int dimension, int width, int height, int chann
     return bytes += rows;
 }
 
-FileBytes number(uint32_t value) {
-    return {uint8_t(value >> 24), uint8_t(value >> 16), uint8_t(value >> 8), uint8_t(value)};
-}
+FileBytes number(uint32_t value) { return bigEndian(value, 4); }
 
 // A grey picture of one row in runs, its table as told or as it is.
 FileBytes oneRow(int sampleBytes, int width, const FileBytes& packed, uint32_t place = 520,

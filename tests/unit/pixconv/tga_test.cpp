@@ -1,4 +1,5 @@
 #include "codec_files.h"
+#include "host/byte_order.h"
 
 using namespace vistel;
 using namespace vistel::test;
@@ -9,10 +10,8 @@ FileBytes targa(int kind, int bits, int width, int height, const FileBytes& rest
                 int descriptor = 0x20) {
     FileBytes bytes(18);
     bytes[2] = uint8_t(kind);
-    bytes[12] = uint8_t(width);
-    bytes[13] = uint8_t(width >> 8);
-    bytes[14] = uint8_t(height);
-    bytes[15] = uint8_t(height >> 8);
+    writeLittle16(&bytes[12], uint16_t(width));
+    writeLittle16(&bytes[14], uint16_t(height));
     bytes[16] = uint8_t(bits);
     bytes[17] = uint8_t(descriptor);
     return bytes += rest;

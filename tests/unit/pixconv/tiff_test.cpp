@@ -36,8 +36,7 @@ struct Tiff {
     FileBytes pixels;
 
     void put(FileBytes& to, uint64_t value, int bytes) const {
-        for (int i = 0; i < bytes; ++i)
-            to.push_back(uint8_t(value >> 8 * (big ? bytes - 1 - i : i)));
+        to += big ? bigEndian(value, bytes) : littleEndian(value, bytes);
     }
     FileBytes bytes() const {
         const size_t directory = 8 + (pixels.size() + 1) / 2 * 2;

@@ -131,6 +131,29 @@ TEST(FindProgram, LooksAlongTheSearchPath) {
     EXPECT_EQ(run(quotedCommand(*found, "exit", "6")).status, 6);
 }
 
+// The pictures' folder is the current one, and what lies there may come from anywhere.
+TEST(FindProgram, NeverTakesOneFromTheCurrentFolder) {
+    const TemporaryFolder folder;
+    const std::string extension = test::pathOf(partner()).extension().string();
+    const std::string path = environmentVariable("PATH").value_or(""), here = currentDirectory();
+    const std::string separator = extension.empty() ? ":" : ";";
+    folder.addFolder("sub");
+    for (const char* name : {"vistel_here", "sub/vistel_here"})
+        std::filesystem::copy_file(test::pathOf(partner()),
+                                   test::pathOf(folder.path(name + extension)));
+    ASSERT_TRUE(setCurrentDirectory(folder.path()));
+    for (const std::string& relative : {std::string(), std::string("."), std::string("sub")}) {
+        for (const std::string& tried :
+             {path, relative + separator + path, path + separator + relative,
+              path + separator + relative + separator}) {
+            setEnvironmentVariable("PATH", tried);
+            EXPECT_EQ(findProgram("vistel_here"), std::nullopt) << tried;
+        }
+    }
+    setEnvironmentVariable("PATH", path);
+    EXPECT_TRUE(setCurrentDirectory(here));
+}
+
 TEST(Environment, AVariableIsSeenHereAndByCommands) {
     EXPECT_FALSE(environmentVariable("VISTEL_NO_SUCH_VARIABLE"));
     for (const char* value : {"12", "two words", "caf\xC3\xA9 \xE6\x97\xA5"}) {

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <cstring>
 #include <fstream>
 #include <iterator>
 #include <thread>
@@ -33,10 +34,24 @@ std::string contentsOf(const std::string& name) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-void writeInto(UnfinishedFile& unfinished, const std::string& name, const char* text) {
-    const FilePtr file(unfinished.create(name));
-    ASSERT_TRUE(file);
-    EXPECT_GE(std::fputs(text, file.get()), 0);
+using Name = UnfinishedFile::Name;
+constexpr Name ways[] = {Name::whereNeeded, Name::always};
+
+void writeInto(UnfinishedFile& unfinished, const std::string& target, const std::string& text,
+               Name named = Name::whereNeeded) {
+    const FilePtr file(unfinished.create(target, named));
+    ASSERT_TRUE(file) << std::strerror(errno);
+    EXPECT_GE(std::fputs(text.c_str(), file.get()), 0);
+}
+
+void replaceBy(const std::string& target, const std::string& text, Name named) {
+    UnfinishedFile unfinished;
+    writeInto(unfinished, target, text, named);
+    ASSERT_TRUE(unfinished.finish()) << std::strerror(errno);
+}
+
+std::filesystem::perms permissionsOf(const std::string& name) {
+    return std::filesystem::status(pathOf(name)).permissions();
 }
 
 bool disappears(const std::string& name) {
@@ -52,80 +67,140 @@ bool disappears(const std::string& name) {
 
 TEST(UnfinishedFiles, TakeThePlaceOfAnother) {
     const TemporaryFolder folder;
-    folder.addFile("old", "old");
-    for (const char* target : {"old", "nobody's"}) {
-        UnfinishedFile unfinished;
-        writeInto(unfinished, folder.path("new"), target);
-        EXPECT_TRUE(fileExists(folder.path("new")));
-        ASSERT_TRUE(unfinished.replace(folder.path(target)));
-        EXPECT_EQ(contentsOf(folder.path(target)), target);
+    for (const Name named : ways) {
+        folder.addFile("old", "old");
+        for (const char* target : {"old", "nobody's"}) {
+            UnfinishedFile unfinished;
+            writeInto(unfinished, folder.path(target), "new", named);
+            EXPECT_EQ(contentsOf(folder.path("old")), target[0] == 'o' ? "old" : "new");
+            ASSERT_TRUE(unfinished.finish());
+            EXPECT_EQ(contentsOf(folder.path(target)), "new");
+        }
+        EXPECT_EQ(listing(folder), (Names{"nobody's", "old"}));
+        std::filesystem::remove(pathOf(folder.path("nobody's")));
     }
-    EXPECT_EQ(listing(folder), (Names{"nobody's", "old"}));
 }
 
-TEST(UnfinishedFiles, GoWithWhoMakesThem) {
+TEST(UnfinishedFiles, SayWhatTheyAreAndGoWithWhoMakesThem) {
     const TemporaryFolder folder;
+    folder.addFile("vistel-unfinished-0.tmp", "somebody else's");
     {
         UnfinishedFile unfinished;
-        writeInto(unfinished, folder.path("new"), "half");
+        writeInto(unfinished, folder.path("new"), "half", Name::always);
+        EXPECT_EQ(listing(folder), (Names{"vistel-unfinished-0.tmp", "vistel-unfinished-1.tmp"}));
     }
-    EXPECT_EQ(listing(folder), Names{});
+    EXPECT_EQ(listing(folder), Names{"vistel-unfinished-0.tmp"});
+    EXPECT_EQ(contentsOf(folder.path("vistel-unfinished-0.tmp")), "somebody else's");
 }
 
 TEST(UnfinishedFiles, CanBeReadBack) {
     const TemporaryFolder folder;
-    UnfinishedFile unfinished;
-    const FilePtr file(unfinished.create(folder.path("new")));
-    ASSERT_TRUE(file);
-    std::fputs("a\nb", file.get());
-    ASSERT_TRUE(seekStream(file.get(), 1, SEEK_SET));
-    EXPECT_EQ(std::fgetc(file.get()), '\n');
-    EXPECT_EQ(std::fgetc(file.get()), 'b');
+    for (const Name named : ways) {
+        UnfinishedFile unfinished;
+        const FilePtr file(unfinished.create(folder.path("new"), named));
+        ASSERT_TRUE(file);
+        std::fputs("a\nb", file.get());
+        ASSERT_TRUE(seekStream(file.get(), 1, SEEK_SET));
+        EXPECT_EQ(std::fgetc(file.get()), '\n');
+        EXPECT_EQ(std::fgetc(file.get()), 'b');
+    }
 }
 
 TEST(UnfinishedFiles, GoWhenTheyCannotTakeThePlace) {
     const TemporaryFolder folder;
-    folder.addFolder("folder");
-    {
-        UnfinishedFile unfinished;
-        writeInto(unfinished, folder.path("new"), "whole");
-        errno = 0;
-        EXPECT_FALSE(unfinished.replace(folder.path("folder")));
-        EXPECT_NE(errno, 0);
+    for (const Name named : ways) {
+        {
+            UnfinishedFile unfinished;
+            writeInto(unfinished, folder.path("new"), "whole", named);
+            folder.addFolder("new");
+            errno = 0;
+            EXPECT_FALSE(unfinished.finish());
+            EXPECT_NE(errno, 0);
+        }
+        EXPECT_EQ(listing(folder), Names{"new"});
+        std::filesystem::remove(pathOf(folder.path("new")));
     }
-    EXPECT_EQ(listing(folder), Names{"folder"});
 }
 
-TEST(UnfinishedFiles, NeverTakeANameThatIsTaken) {
+TEST(UnfinishedFiles, AreNotMadeWhereThereIsNoFolder) {
     const TemporaryFolder folder;
-    folder.addFile("file", "kept");
-    {
+    for (const Name named : ways) {
         UnfinishedFile unfinished;
         errno = 0;
-        EXPECT_EQ(unfinished.create(folder.path("file")), nullptr);
-        EXPECT_EQ(errno, EEXIST);
-        EXPECT_EQ(unfinished.create(folder.path("missing/file")), nullptr);
+        EXPECT_EQ(unfinished.create(folder.path("missing/file"), named), nullptr);
         EXPECT_EQ(errno, ENOENT);
-        writeInto(unfinished, folder.path("next"), "half");  // it may be tried again
+        writeInto(unfinished, folder.path("next"), "half", named);  // it may be tried again
     }
-    EXPECT_EQ(contentsOf(folder.path("file")), "kept");
-    EXPECT_EQ(listing(folder), Names{"file"});
+    EXPECT_EQ(listing(folder), Names{});
+}
+
+// Replaced, it would be one name of several that shows the new contents.
+TEST(UnfinishedFiles, AreCopiedIntoATargetOfSeveralNames) {
+    const TemporaryFolder folder;
+    for (const Name named : ways)
+        for (const std::string& text : {std::string("new"), std::string(300000, 'n')}) {
+            folder.addFile("old", std::string(1000, 'o'));
+            std::filesystem::create_hard_link(pathOf(folder.path("old")),
+                                              pathOf(folder.path("same")));
+            replaceBy(folder.path("old"), text, named);
+            EXPECT_EQ(contentsOf(folder.path("old")), text);
+            EXPECT_EQ(contentsOf(folder.path("same")), text);
+            EXPECT_EQ(listing(folder), (Names{"old", "same"}));
+            std::filesystem::remove(pathOf(folder.path("same")));
+        }
+}
+
+TEST(UnfinishedFiles, HandOnThePermissionsOfTheirTarget) {
+    const TemporaryFolder folder;
+    using std::filesystem::perms;
+    for (const Name named : ways)
+        for (const perms wanted :
+             {perms::owner_read | perms::owner_write,
+              perms::owner_read | perms::owner_write | perms::group_exec, perms::all}) {
+            folder.addFile("old");
+            std::filesystem::permissions(pathOf(folder.path("old")), wanted);
+            const perms before = permissionsOf(folder.path("old"));
+            replaceBy(folder.path("old"), "new", named);
+            EXPECT_EQ(permissionsOf(folder.path("old")), before);
+        }
+}
+
+TEST(UnfinishedFiles, CannotBeReadByOthersBeforeTheTargetCan) {
+    const TemporaryFolder folder;
+    folder.addFile("old");
+    using std::filesystem::perms;
+    const perms owner = perms::owner_read | perms::owner_write;
+    std::filesystem::permissions(pathOf(folder.path("old")), owner);
+    if (permissionsOf(folder.path("old")) != owner) GTEST_SKIP() << "no such permissions here";
+    UnfinishedFile unfinished;
+    writeInto(unfinished, folder.path("old"), "half", Name::always);
+    EXPECT_EQ(permissionsOf(folder.path("vistel-unfinished-0.tmp")), owner);
+}
+
+TEST(UnfinishedFiles, HaveThePermissionsOfAnyNewFile) {
+    const TemporaryFolder folder;
+    folder.addFile("usual");
+    for (const Name named : ways) {
+        replaceBy(folder.path("new"), "new", named);
+        EXPECT_EQ(permissionsOf(folder.path("new")), permissionsOf(folder.path("usual")));
+        std::filesystem::remove(pathOf(folder.path("new")));
+    }
 }
 
 TEST(UnfinishedFiles, GoWhenTheProcessIsToldToEnd) {
     const TemporaryFolder folder;
-    const std::string name = folder.path("half");
+    const std::string name = folder.path("vistel-unfinished-0.tmp");
     const std::string partner = findProgram("pipe_partner").value_or("(no pipe_partner)");
-    FILE* pipe =
-        openPipe(quotedCommand(partner, "unfinished", "30000 \"" + name + "\" || exit 1"), "r");
+    FILE* pipe = openPipe(
+        quotedCommand(partner, "unfinished", "30000 \"" + folder.path("half") + "\" || exit 1"),
+        "r");
     ASSERT_TRUE(pipe);
     EXPECT_EQ(std::fgetc(pipe), 'r');
     EXPECT_TRUE(fileExists(name));
     {
-        UnfinishedFile other;
-        errno = 0;
-        EXPECT_EQ(other.create(name), nullptr);
-        EXPECT_EQ(errno, EEXIST) << "another process is at it";
+        UnfinishedFile other;  // another process is at it
+        writeInto(other, folder.path("half"), "other", Name::always);
+        EXPECT_TRUE(fileExists(folder.path("vistel-unfinished-1.tmp")));
     }
     abandonPipe(pipe);
     EXPECT_TRUE(disappears(name));

@@ -1,11 +1,9 @@
 // Frames that cannot be read, each in its own way: every one is told by its name and a reason, and
 // the frame after it is read as if nothing had been.
 
-#include <algorithm>
 #include <vector>
 
 #include "iff/result_codes.h"
-#include "sequence/frame_loader.h"
 #include "sequence/image_source.h"
 #include "sequence_fixture.h"
 
@@ -72,55 +70,45 @@ std::vector<BadFrame> badFrames() {
 class BadFrames : public SequenceTest {};
 
 TEST_F(BadFrames, AreToldByNameAndReasonAndTheNextFrameIsRead) {
-    viewerState.animation = 1;
-    viewerState.firstFrame = viewerState.currentFrame = 1;
-    viewerState.frameStep = 1;
-    viewerState.sourceOpened = 1;
-    viewerState.lastFrame = 3;
-    setCurrentSource("shot");
+    setRange(1, 3, 1);
+    state_.sourceOpened = 1;
+    state_.openedName = "shot";
     write("shot.1", imageForm(1));
     write("shot.3", imageForm(3));
     for (const BadFrame& bad : badFrames()) {
         SCOPED_TRACE(bad.what);
         write("shot.2", bad.bytes);
         for (const int number : {1, 2, 3}) {
-            viewerState.currentFrame = number;
             FrameStore frame;
             testing::internal::CaptureStderr();
-            const int code = readFrameAgain(frame);
+            const FrameRead read = readFrame(state_, number, terms_, frame);
             EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-            EXPECT_EQ(lastFrameName(), "shot." + std::to_string(number));
-            EXPECT_EQ(code, number == 2 ? bad.code : iffOk);
-            EXPECT_EQ(lastFrameReason(), number == 2 ? errorText(bad.code) : "");
+            EXPECT_EQ(read.name, "shot." + std::to_string(number));
+            EXPECT_EQ(read.code, number == 2 ? bad.code : iffOk);
+            EXPECT_EQ(read.reason, number == 2 ? errorText(bad.code) : "");
             if (number != 2) {
-                ASSERT_FALSE(frame.colour.empty());
-                EXPECT_EQ(frame.colour.data()[0] & 0xFF, uint32_t(number));
+                EXPECT_EQ(redOf(frame), number);
             }
         }
     }
 }
 
-std::vector<int> shown;
-
-TEST_F(BadFrames, AsFilesAreReportedOnceAndTheNextFileIsShown) {
-    loaderHooks.frameLoaded = [](FrameStore& frame) {
-        shown.push_back(frame.colour.empty() ? -1 : int(frame.colour.data()[0] & 0xFF));
-        return int{iffParsingComplete};
-    };
+TEST_F(BadFrames, AsFilesAreReportedOnceAndTheNextFileIsRead) {
     write("good.iff", imageForm(5));
     for (const BadFrame& bad : badFrames()) {
         SCOPED_TRACE(bad.what);
         write("bad.iff", bad.bytes);
-        viewerState.sourceOpened = 0;
+        FrameStore frame;
         testing::internal::CaptureStderr();
-        EXPECT_EQ(openImageSource("bad.iff"), bad.code);
+        EXPECT_EQ(openImageSource(state_, "bad.iff", terms_, false, frame), bad.code);
         EXPECT_EQ(testing::internal::GetCapturedStderr(), "bad.iff: " + errorText(bad.code) + "\n");
-        shown.clear();
-        viewerState.sourceOpened = 0;
+        state_.sourceOpened = 0;
+        FrameStore next;
         testing::internal::CaptureStderr();
-        EXPECT_EQ(openImageSource("good.iff"), iffOk);
+        EXPECT_EQ(openImageSource(state_, "good.iff", terms_, false, next), iffOk);
         EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-        EXPECT_EQ(shown, std::vector<int>{5});
+        EXPECT_EQ(redOf(next), 5);
+        state_.sourceOpened = 0;
     }
 }
 

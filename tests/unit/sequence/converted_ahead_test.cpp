@@ -1,12 +1,13 @@
 // Files of other types, converted before they are asked for: frames come and fail as they do when
 // each is converted as it is asked for.
 #include <chrono>
-#include <set>
 #include <thread>
 #include <vector>
 
 #include "host/messages.h"
 #include "iff/result_codes.h"
+#include "range_reading.h"
+#include "sequence/image_source.h"
 #include "sequence/read_ahead.h"
 #include "sequence_fixture.h"
 
@@ -24,13 +25,9 @@ class ConvertedAhead : public SequenceTest {
         converterProgram = [](SourceReader) {
             return std::optional<std::string>(platform::programPath());
         };
-        viewerState.animation = 1;
-        viewerState.sourceOpened = 1;
-        setCurrentSource("shot");
-    }
-    void TearDown() override {
-        platform::setEnvironmentVariable("VISTEL_THREADS", "");
-        SequenceTest::TearDown();
+        setRange(1, 12, 1);
+        state_.sourceOpened = 1;
+        state_.openedName = "shot";
     }
     static std::string name(int frame) { return "shot." + std::to_string(frame); }
     void writeFrame(int frame, const char* task, std::chrono::hours age = std::chrono::hours(1)) {
@@ -49,35 +46,11 @@ class ConvertedAhead : public SequenceTest {
     }
 };
 
-// What reading the frames of a range again brings, one line for each.
-struct Range {
-    std::vector<std::string> lines;
-    size_t ahead = 0;
-};
-
-Range readRange(int last, const char* threads) {
-    platform::setEnvironmentVariable("VISTEL_THREADS", threads);
-    Range range;
-    FramesAhead ahead;
-    for (int frame = 1; frame <= last; ++frame) {
-        const int next[] = {frame, frame + 1, frame + 2};
-        ahead.expect(next);
-        viewerState.currentFrame = frame;
-        FrameStore store;
-        const int code = readFrameAgain(store);
-        const int red = store.colour.empty() ? -1 : int(store.colour.data()[0] & 0xFF);
-        range.lines.push_back(std::to_string(frame) + ": " + std::to_string(code) + " red " +
-                              std::to_string(red) + " " + lastFrameName() + lastFrameReason());
-    }
-    range.ahead = ahead.taken();
-    return range;
-}
-
 TEST_F(ConvertedAhead, FramesComeFromTheReadersEachConvertedOnce) {
     for (int frame = 1; frame <= 8; ++frame) writeFrame(frame, convert::well);
-    const Range range = readRange(8, "2");
+    const RangeRead range = readRange(state_, {1, 8, 1}, 2);
     EXPECT_EQ(range.ahead, 8u);
-    EXPECT_EQ(viewerState.sourceIsPipe, 1);
+    EXPECT_EQ(state_.sourceIsPipe, 1);
     for (int frame = 1; frame <= 8; ++frame) {
         EXPECT_EQ(conversionsOf(frame), 1) << frame;
         EXPECT_TRUE(contains(range.lines[size_t(frame) - 1], ": 0 red " + std::to_string(frame)));
@@ -91,17 +64,19 @@ TEST_F(ConvertedAhead, ARangeIsWhatConvertingEachFrameBrings) {
                    std::chrono::hours(frame % 5 ? 1 : -1));
     }
     write(name(7), "GOODno frame at all, just words");
-    const Range expected = readRange(12, "0");
+    const RangeRead expected = readRange(state_, {1, 12, 1}, 0);
     EXPECT_EQ(expected.ahead, 0u);
-    for (const char* threads : {"1", "2", "5"})
-        EXPECT_EQ(readRange(12, threads).lines, expected.lines) << threads << " threads";
+    for (const int threads : {1, 2, 5}) {
+        EXPECT_EQ(readRange(state_, {1, 12, 1}, threads).lines, expected.lines)
+            << threads << " threads";
+    }
 }
 
 TEST_F(ConvertedAhead, ManyConvertersAtOnceDoNotMixTheirOutput) {
     constexpr int files = 8;
     for (int frame = 1; frame <= files; ++frame) writeFrame(frame, convert::well);
     for (int round = 0; round < 2; ++round) {
-        ReadAhead ahead(files);
+        ReadAhead ahead(files, state_.converted);
         for (int frame = 1; frame <= files; ++frame) ahead.want(path(name(frame)), {});
         for (int frame = 1; frame <= files; ++frame) {
             FrameStore store;
@@ -113,7 +88,7 @@ TEST_F(ConvertedAhead, ManyConvertersAtOnceDoNotMixTheirOutput) {
 
 TEST_F(ConvertedAhead, AConverterThatFailsIsLeftToWhoAsks) {
     writeFrame(1, convert::andFail);
-    ReadAhead ahead(1);
+    ReadAhead ahead(1, state_.converted);
     ahead.want(path(name(1)), {});
     FrameStore store;
     EXPECT_EQ(take(ahead, 1, store), Taken::nothing);
@@ -122,7 +97,7 @@ TEST_F(ConvertedAhead, AConverterThatFailsIsLeftToWhoAsks) {
 
 TEST_F(ConvertedAhead, AFileThatChangesWhileItIsConvertedIsLeftToWhoAsks) {
     writeFrame(1, convert::well);
-    ReadAhead ahead(1);
+    ReadAhead ahead(1, state_.converted);
     ahead.want(path(name(1)), {});
     while (ahead.readSoFar() == 0) std::this_thread::yield();
     writeFrame(1, convert::well, std::chrono::hours(2));
@@ -136,7 +111,7 @@ TEST_F(ConvertedAhead, NobodyWaitsForAConverterThatIsNotWantedAnyMore) {
     writeFrame(3, convert::well);
     const Clock::time_point begin = Clock::now();
     {
-        ReadAhead ahead(2);
+        ReadAhead ahead(2, state_.converted);
         for (const int frame : {1, 2}) ahead.want(path(name(frame)), {});
         for (const int frame : {1, 2}) waitForConversion(frame);
         ahead.want(path(name(3)), {});
@@ -150,7 +125,7 @@ TEST_F(ConvertedAhead, NobodyWaitsForAConverterThatIsNotWantedAnyMore) {
 TEST_F(ConvertedAhead, OnlyAFewFilesAreConvertedAtOnce) {
     constexpr int files = 8, most = 4;
     for (int frame = 1; frame <= files; ++frame) writeFrame(frame, convert::halfAndStall);
-    ReadAhead ahead(files);
+    ReadAhead ahead(files, state_.converted);
     for (int frame = 1; frame <= files; ++frame) ahead.want(path(name(frame)), {});
     const auto running = [&] {
         int sum = 0;
@@ -172,28 +147,26 @@ size_t complaints(const std::string& printed) {
 TEST_F(ConvertedAhead, AConverterComplainsOnceOfEachFile) {
     for (int frame = 1; frame <= 6; ++frame)
         writeFrame(frame, frame % 2 ? convert::well : convert::notBut);
-    for (const char* threads : {"0", "3"}) {
-        setCurrentSource("shot");  // all is new
+    for (const int threads : {0, 3}) {
+        state_.converted->forget();  // all is new
         testing::internal::CaptureStderr();
-        for (int pass = 1; pass <= 3; ++pass) (void)readRange(6, threads);
+        for (int pass = 1; pass <= 3; ++pass) (void)readRange(state_, {1, 6, 1}, threads);
         EXPECT_EQ(complaints(testing::internal::GetCapturedStderr()), 3u) << threads << " threads";
     }
 }
 
 class ConvertedAgain : public ConvertedAhead {
  protected:
-    void SetUp() override {
-        ConvertedAhead::SetUp();
-        viewerState.currentFrame = 1;
-    }
     int read(Retry retry = Retry::never) {
         FrameStore store;
+        terms_.retry = retry;
         testing::internal::CaptureStderr();
-        const int code = readFrameAgain(store, retry);
+        result_ = readFrame(state_, 1, terms_, store);
         complaints_ += complaints(testing::internal::GetCapturedStderr());
         picture_ = store.hasPicture();
-        return code;
+        return result_.code;
     }
+    FrameRead result_;
     size_t complaints_ = 0;
     bool picture_ = false;
 };
@@ -202,8 +175,8 @@ TEST_F(ConvertedAgain, AFileThatFailedIsNotBeforeItChanges) {
     writeFrame(1, convert::notBut);
     for (int pass = 1; pass <= 3; ++pass) {
         EXPECT_EQ(read(), iffNotIff);
-        EXPECT_EQ(lastFrameName(), "shot.1");
-        EXPECT_EQ(lastFrameReason(), messageText("s_VistelStrings.rVTNoImage"));
+        EXPECT_EQ(result_.name, "shot.1");
+        EXPECT_EQ(result_.reason, messageText(Message::rVTNoImage));
     }
     EXPECT_EQ(conversionsOf(1), 1);
     EXPECT_EQ(complaints_, 1u);
@@ -224,8 +197,10 @@ TEST_F(ConvertedAgain, AFileThatFailedIsWhenTheUserAsksForIt) {
 TEST_F(ConvertedAgain, AFileThatFailedIsForAnotherSource) {
     writeFrame(1, convert::notBut);
     EXPECT_EQ(read(), iffNotIff);
-    setCurrentSource("shot");
-    EXPECT_EQ(read(), iffNotIff);
+    FrameStore frame;
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(openImageSource(state_, "shot", terms_, false, frame), iffNotIff);
+    EXPECT_EQ(complaints(testing::internal::GetCapturedStderr()), 1u);
     EXPECT_EQ(conversionsOf(1), 2);
 }
 
@@ -249,7 +224,7 @@ TEST_F(ConvertedAgain, AFileThatWasWrittenJustNowIs) {
 TEST_F(ConvertedAhead, AMissingConverterIsLeftToWhoAsks) {
     converterProgram = [](SourceReader) { return std::optional<std::string>(); };
     writeFrame(1, convert::well);
-    ReadAhead ahead(1);
+    ReadAhead ahead(1, state_.converted);
     ahead.want(path(name(1)), {});
     FrameStore store;
     EXPECT_EQ(take(ahead, 1, store), Taken::nothing);

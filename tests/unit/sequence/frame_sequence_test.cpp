@@ -1,6 +1,8 @@
 #include "sequence/frame_sequence.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <vector>
 
 #include "host/messages.h"
 #include "sequence_fixture.h"
@@ -8,261 +10,280 @@
 namespace vistel {
 namespace {
 
-using Discovery = SequenceTest;
-using Listing = SequenceTest;
-using PickedFrame = SequenceTest;
-using Lookup = SequenceTest;
-
-void expectRange(int first, int last, int step) {
-    EXPECT_EQ(viewerState.firstFrame, first);
-    EXPECT_EQ(viewerState.lastFrame, last);
-    EXPECT_EQ(viewerState.frameStep, step);
-    EXPECT_EQ(viewerState.animation, 1);
-}
-
 // --- a stem that ends with a dot -----------------------------------------------------------------
+
+class Discovery : public SequenceTest {
+ protected:
+    int discover(const Tstring& stem) { return discoverNumberedFiles(state_, stem, state_); }
+    void expectRange(int first, int last, int step) {
+        EXPECT_EQ(state_.firstFrame, first);
+        EXPECT_EQ(state_.lastFrame, last);
+        EXPECT_EQ(state_.frameStep, step);
+        EXPECT_EQ(state_.animation, 1);
+    }
+};
 
 TEST_F(Discovery, TakesTheStepFromTheTwoSmallestNumbers) {
     touch({"shot.1", "shot.3", "shot.5", "shot.9"});
-    EXPECT_EQ(discoverNumberedFiles("shot."), 1);
+    EXPECT_EQ(discover("shot."), 1);
     expectRange(1, 9, 2);
-    EXPECT_EQ(viewerState.padWidth, 0);
+    EXPECT_EQ(state_.padWidth, 0);
 }
 
 TEST_F(Discovery, TakesTheWidthOfPaddedNumbers) {
     for (int i = 1; i <= 10; ++i)
         write("shot.00" + std::string(i < 10 ? "0" : "") + std::to_string(i), "x");
-    EXPECT_EQ(discoverNumberedFiles("shot."), 1);
+    EXPECT_EQ(discover("shot."), 1);
     expectRange(1, 10, 1);
-    EXPECT_EQ(viewerState.padWidth, 4);
+    EXPECT_EQ(state_.padWidth, 4);
 }
 
 TEST_F(Discovery, ForgetsTheWidthOfTheSequenceBefore) {
     touch({"a.0001", "b.1", "b.2"});
-    EXPECT_EQ(discoverNumberedFiles("a."), 1);
-    EXPECT_EQ(viewerState.padWidth, 4);
-    EXPECT_EQ(discoverNumberedFiles("b."), 1);
-    EXPECT_EQ(viewerState.padWidth, 0);
+    EXPECT_EQ(discover("a."), 1);
+    EXPECT_EQ(state_.padWidth, 4);
+    EXPECT_EQ(discover("b."), 1);
+    EXPECT_EQ(state_.padWidth, 0);
 }
 
 TEST_F(Discovery, GivesASingleFileStepOne) {
     touch({"shot.7"});
-    EXPECT_EQ(discoverNumberedFiles("shot."), 1);
+    EXPECT_EQ(discover("shot."), 1);
     expectRange(7, 7, 1);
 }
 
 TEST_F(Discovery, SortsNumbersAsNumbers) {
     touch({"shot.10", "shot.9", "shot.2", "shot.-4"});
-    EXPECT_EQ(discoverNumberedFiles("shot."), 1);
+    EXPECT_EQ(discover("shot."), 1);
     expectRange(-4, 10, 6);
 }
 
 TEST_F(Discovery, KeepsAStepOfAtLeastOneForTwoFilesOfOneNumber) {
     touch({"shot.1.iff", "shot.1.bak", "shot.3.iff"});
-    EXPECT_EQ(discoverNumberedFiles("shot."), 1);
+    EXPECT_EQ(discover("shot."), 1);
     expectRange(1, 3, 1);
 }
 
 TEST_F(Discovery, ClampsNumbersBeyondThirtyTwoBits) {
     touch({"shot.99999999999", "shot.-99999999999"});
-    EXPECT_EQ(discoverNumberedFiles("shot."), 1);
+    EXPECT_EQ(discover("shot."), 1);
     expectRange(INT32_MIN, INT32_MAX, INT32_MAX);
 }
 
 TEST_F(Discovery, FindsNothingWithoutNumberedFiles) {
     touch({"shots.1", "sho.1", "shot"});
-    viewerState.animation = 1;
-    EXPECT_EQ(discoverNumberedFiles("shot."), 0);
-    EXPECT_EQ(viewerState.animation, 0);
+    state_.animation = 1;
+    EXPECT_EQ(discover("shot."), 0);
+    EXPECT_EQ(state_.animation, 0);
 }
 
 TEST_F(Discovery, FindsNothingForAFolderOfDots) {
     touch({".5", "..6", ".hidden", "sub/.7"});
     for (const char* stem : {".", "..", "./.", "sub/.", "sub/..", "..."}) {
-        EXPECT_EQ(discoverNumberedFiles(stem), 0) << stem;
-        EXPECT_EQ(viewerState.animation, 0) << stem;
+        EXPECT_EQ(discover(stem), 0) << stem;
+        EXPECT_EQ(state_.animation, 0) << stem;
     }
 }
 
 TEST_F(Discovery, StopsAtTheFirstFolderThatHasNumbers) {
     touch({"work/tex/project/shot.5", "work/image/shot.9"});
-    EXPECT_EQ(discoverNumberedFiles("shot."), 1);
+    EXPECT_EQ(discover("shot."), 1);
     expectRange(5, 5, 1);
 }
 
 TEST_F(Discovery, DoesNotUseTheSixthFolder) {
     touch({"work/tex/shot.5"});
-    EXPECT_EQ(discoverNumberedFiles("shot."), 0);
+    EXPECT_EQ(discover("shot."), 0);
 }
 
 TEST_F(Discovery, FollowsTheFolderOfTheStem) {
     touch({"deep/er/shot.5", "deep/er/shot.6", "shot.1"});
-    EXPECT_EQ(discoverNumberedFiles("deep/er/shot."), 1);
+    EXPECT_EQ(discover("deep/er/shot."), 1);
     expectRange(5, 6, 1);
-    EXPECT_EQ(discoverNumberedFiles(path("deep/er/shot.")), 1);
+    EXPECT_EQ(discover(path("deep/er/shot.")), 1);
     expectRange(5, 6, 1);
 }
 
 TEST_F(Discovery, CountsFromTheFolderOfTheArgument) {
     touch({"sub/shot.5", "elsewhere/x", "work/image/far.3"});
     fs::current_path(folder_ / "elsewhere");
-    EXPECT_EQ(discoverNumberedFiles("sub/shot."), 1);
+    EXPECT_EQ(discover("sub/shot."), 1);
     expectRange(5, 5, 1);
-    EXPECT_EQ(discoverNumberedFiles("far."), 1);
+    EXPECT_EQ(discover("far."), 1);
     expectRange(3, 3, 1);
 }
 
 TEST_F(Discovery, TakesAnUnreadableFolderForAnEmptyOne) {
     touch({"file"});
-    EXPECT_EQ(discoverNumberedFiles("file/shot."), 0);
-    EXPECT_EQ(discoverNumberedFiles("nowhere/shot."), 0);
+    EXPECT_EQ(discover("file/shot."), 0);
+    EXPECT_EQ(discover("nowhere/shot."), 0);
 }
 
 // --- the listing of one folder -------------------------------------------------------------------
 
+class Listing : public Discovery {
+ protected:
+    int list(const Tstring& stem) {
+        return listNumberedFiles(state_.startDirectory, "", stem, numbers_, state_.padWidth);
+    }
+    std::vector<int> numbers_;
+};
+
 TEST_F(Listing, CountsEveryFileThatBeginsWithTheBasePart) {
     touch({"shot.bak", "shot.0012.iff", "other.3"});
-    std::vector<int> numbers;
-    EXPECT_EQ(listNumberedFiles("", "shot.", numbers), 2);
-    std::sort(numbers.begin(), numbers.end());
-    EXPECT_EQ(numbers, (std::vector<int>{0, 12}));
+    EXPECT_EQ(list("shot."), 2);
+    std::sort(numbers_.begin(), numbers_.end());
+    EXPECT_EQ(numbers_, (std::vector<int>{0, 12}));
 }
 
 TEST_F(Listing, KeepsAWidthThatIsKnown) {
     touch({"shot.0012"});
-    std::vector<int> numbers;
-    viewerState.padWidth = 2;
-    listNumberedFiles("", "shot.", numbers);
-    EXPECT_EQ(viewerState.padWidth, 2);
+    state_.padWidth = 2;
+    EXPECT_EQ(list("shot."), 1);
+    EXPECT_EQ(state_.padWidth, 2);
 }
 
 TEST_F(Listing, StopsAt4095NumbersAndTellsWhenThereAreMore) {
     for (int i = 1; i <= 4095; ++i) std::ofstream(folder_ / ("n." + std::to_string(i)));
-    std::vector<int> numbers;
     testing::internal::CaptureStderr();
-    EXPECT_EQ(listNumberedFiles("", "n.", numbers), 4095);
+    EXPECT_EQ(list("n."), 4095);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 
     touch({"n.4096"});
     testing::internal::CaptureStderr();
-    EXPECT_EQ(discoverNumberedFiles("n."), 1);
+    EXPECT_EQ(discover("n."), 1);
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              formatMessage("s_VistelStrings.rVTTooManyFiles", {"n.", 4095}) + "\n");
-    EXPECT_GE(viewerState.firstFrame, 1);
-    EXPECT_LE(viewerState.lastFrame, 4096);
-    EXPECT_GE(viewerState.lastFrame - viewerState.firstFrame, 4094);
-    EXPECT_EQ(viewerState.animation, 1);
+              formatMessage(Message::rVTTooManyFiles, {"n.", 4095}) + "\n");
+    EXPECT_GE(state_.firstFrame, 1);
+    EXPECT_LE(state_.lastFrame, 4096);
+    EXPECT_GE(state_.lastFrame - state_.firstFrame, 4094);
+    EXPECT_EQ(state_.animation, 1);
 }
 
 // --- the frame picked in the dialog --------------------------------------------------------------
 
-TEST_F(PickedFrame, GivesThePatternTheStepAndTheUnbrokenRun) {
+class Picked : public SequenceTest {
+ protected:
+    void pick(Tstring& name) {
+        patternFromFirstFrame(state_.startDirectory, name, range_, state_.padWidth);
+    }
+    Tstring frameAt(const Tstring& pattern, int k) const {
+        return frameName(pattern, range_, k, state_.padWidth);
+    }
+    FrameRange range_;
+};
+
+TEST_F(Picked, GivesThePatternTheStepAndTheUnbrokenRun) {
     touch(
         {"take2_0010.iff", "take2_0012.iff", "take2_0014.iff", "take2_0015.iff", "take2_0018.iff"});
     Tstring name = path("take2_0010.iff");
-    patternFromFirstFrame(name);
+    pick(name);
     EXPECT_EQ(name, path("take2_#.iff"));
-    EXPECT_EQ(viewerState.padWidth, 4);
-    EXPECT_EQ(viewerState.pendingRange.start, 10);
-    EXPECT_EQ(viewerState.pendingRange.step, 2);
-    EXPECT_EQ(viewerState.pendingRange.end, 14);
-    EXPECT_EQ(frameName(name, 0), path("take2_0010.iff"));
-    EXPECT_EQ(frameName(name, 2), path("take2_0014.iff"));
-    EXPECT_EQ(frameName(name, 3), "");
-    EXPECT_EQ(frameName(name, -1), path("take2_0014.iff"));
+    EXPECT_EQ(state_.padWidth, 4);
+    EXPECT_EQ(range_.start, 10);
+    EXPECT_EQ(range_.step, 2);
+    EXPECT_EQ(range_.end, 14);
+    EXPECT_EQ(frameAt(name, 0), path("take2_0010.iff"));
+    EXPECT_EQ(frameAt(name, 2), path("take2_0014.iff"));
+    EXPECT_EQ(frameAt(name, 3), "");
+    EXPECT_EQ(frameAt(name, -1), path("take2_0014.iff"));
 }
 
-TEST_F(PickedFrame, ReadsANegativeNumber) {
+TEST_F(Picked, ReadsANegativeNumber) {
     touch({"a-5.iff", "a-4.iff"});
     Tstring name = "a-5.iff";
-    patternFromFirstFrame(name);
+    pick(name);
     EXPECT_EQ(name, "a#.iff");
-    EXPECT_EQ(viewerState.pendingRange.start, -5);
-    EXPECT_EQ(viewerState.pendingRange.step, 1);
-    EXPECT_EQ(viewerState.pendingRange.end, -4);
+    EXPECT_EQ(range_.start, -5);
+    EXPECT_EQ(range_.step, 1);
+    EXPECT_EQ(range_.end, -4);
 }
 
-TEST_F(PickedFrame, KeepsAnEndThatTheUserEntered) {
+TEST_F(Picked, KeepsAnEndThatTheUserEntered) {
     touch({"s1", "s2", "s3"});
-    viewerState.pendingRange.end = 2;
+    range_.end = 2;
     Tstring name = "s1";
-    patternFromFirstFrame(name);
-    EXPECT_EQ(viewerState.pendingRange.end, 2);
-    EXPECT_EQ(viewerState.pendingRange.step, 1);
+    pick(name);
+    EXPECT_EQ(range_.end, 2);
+    EXPECT_EQ(range_.step, 1);
 }
 
-TEST_F(PickedFrame, LooksDownwardsTowardsAnEndBelowIt) {
+TEST_F(Picked, LooksDownwardsTowardsAnEndBelowIt) {
     touch({"s9", "s6", "s3", "s10"});
-    viewerState.pendingRange.end = 3;
+    range_.end = 3;
     Tstring name = "s9";
-    patternFromFirstFrame(name);
-    EXPECT_EQ(viewerState.pendingRange.step, 3);
-    EXPECT_EQ(frameName(name, -1), "s3");
+    pick(name);
+    EXPECT_EQ(range_.step, 3);
+    EXPECT_EQ(frameAt(name, -1), "s3");
 }
 
-TEST_F(PickedFrame, LooksNoFurtherThanNineFrames) {
+TEST_F(Picked, LooksNoFurtherThanNineFrames) {
     touch({"s1", "s11"});
     Tstring name = "s1";
-    patternFromFirstFrame(name);
-    EXPECT_EQ(viewerState.pendingRange.step, 1);
-    EXPECT_EQ(viewerState.pendingRange.end, 1);
+    pick(name);
+    EXPECT_EQ(range_.step, 1);
+    EXPECT_EQ(range_.end, 1);
     touch({"s10"});
-    viewerState.pendingRange = {};
+    range_ = {};
     name = "s1";
-    patternFromFirstFrame(name);
-    EXPECT_EQ(viewerState.pendingRange.step, 9);
-    EXPECT_EQ(viewerState.pendingRange.end, 10);
+    pick(name);
+    EXPECT_EQ(range_.step, 9);
+    EXPECT_EQ(range_.end, 10);
 }
 
-TEST_F(PickedFrame, KeepsStepOneWhenTheEndComesFirst) {
+TEST_F(Picked, KeepsStepOneWhenTheEndComesFirst) {
     touch({"s1", "s4"});
-    viewerState.pendingRange.end = 3;
+    range_.end = 3;
     Tstring name = "s1";
-    patternFromFirstFrame(name);
-    EXPECT_EQ(viewerState.pendingRange.step, 1);
+    pick(name);
+    EXPECT_EQ(range_.step, 1);
 }
 
-TEST_F(PickedFrame, WithoutADigitIsASingleImage) {
-    viewerState.pendingRange = {3, 4, 5};
-    viewerState.padWidth = 4;
+TEST_F(Picked, WithoutADigitIsASingleImage) {
+    range_ = {3, 4, 5};
+    state_.padWidth = 4;
     Tstring name = "d2/still.iff";
-    patternFromFirstFrame(name);
+    pick(name);
     EXPECT_EQ(name, "d2/still.iff");
-    EXPECT_EQ(viewerState.padWidth, 1);
-    EXPECT_EQ(viewerState.pendingRange.start, 0);
-    EXPECT_EQ(viewerState.pendingRange.end, 0);
-    EXPECT_EQ(viewerState.pendingRange.step, 0);
-    EXPECT_EQ(frameName(name, 0), "");
+    EXPECT_EQ(state_.padWidth, 1);
+    EXPECT_EQ(range_.start, 0);
+    EXPECT_EQ(range_.end, 0);
+    EXPECT_EQ(range_.step, 0);
+    EXPECT_EQ(frameAt(name, 0), "");
 }
 
-TEST_F(PickedFrame, FindsItsRunInAFolderThatHasAHash) {
+TEST_F(Picked, FindsItsRunInAFolderThatHasAHash) {
     touch({"c#/s1", "c#/s2"});
     Tstring name = path("c#/s1");
-    patternFromFirstFrame(name);
-    EXPECT_EQ(viewerState.pendingRange.end, 2);
-    EXPECT_EQ(frameName(name, 1), path("c#/s2"));
+    pick(name);
+    EXPECT_EQ(range_.end, 2);
+    EXPECT_EQ(frameAt(name, 1), path("c#/s2"));
 }
 
 // --- lookup along the search directories ---------------------------------------------------------
 
-Tstring located(const Tstring& name) {
-    Tstring place;
-    const platform::FilePtr file(locateFrameFile(name, place));
-    return file ? place : Tstring("none");
-}
+class Lookup : public SequenceTest {
+ protected:
+    Tstring located(const Tstring& name) {
+        Tstring place;
+        const platform::FilePtr file(locateFrameFile(state_, name, place));
+        return file ? place : Tstring("none");
+    }
+    void takePadWidth(const Tstring& name) { takePadWidthFromAtSigns(name, state_.padWidth); }
+};
 
 TEST_F(Lookup, MovesTheFolderOfAFrameToTheFront) {
     touch({"work/tex/shot.1"});
     EXPECT_TRUE(located("shot.1").ends_with("work/tex/shot.1"));
-    EXPECT_EQ(viewerState.searchDirs[0], "work/tex/");
-    EXPECT_EQ(viewerState.searchDirs[5], "");
-    EXPECT_EQ(viewerState.searchDirs[1], "./");
+    EXPECT_EQ(state_.searchDirs[0], "work/tex/");
+    EXPECT_EQ(state_.searchDirs[5], "");
+    EXPECT_EQ(state_.searchDirs[1], "./");
 }
 
 TEST_F(Lookup, LeavesTheOrderWhenTheFirstFolderHasIt) {
     touch({"shot.1", "work/tex/shot.1"});
     EXPECT_TRUE(located("shot.1").ends_with("/shot.1"));
-    EXPECT_EQ(viewerState.searchDirs[0], "");
+    EXPECT_EQ(state_.searchDirs[0], "");
 }
 
 TEST_F(Lookup, TakesBackslashesForSlashes) {
@@ -283,6 +304,22 @@ TEST_F(Lookup, TakesAbsoluteNames) {
     EXPECT_EQ(located(path("sub/shot.1")), path("sub/shot.1"));
 }
 
+TEST_F(Lookup, TakesBackslashesForSlashesInAbsoluteNames) {
+    touch({"sub/shot.1"});
+    const Tstring name = path("sub/shot.1");
+    EXPECT_EQ(located(name.replacingAll('/', '\\')), name);
+}
+
+// Wherever the program was started: on a drive, a share, or a system that has neither.
+TEST_F(Lookup, AsksTheSystemWhichNamesAreAbsolute) {
+    for (const char* start : {"/start", "c:/start", "//server/share"})
+        for (const char* name : {"c:/shot.1", "\\shot.1", "/shot.1", "shot.1"}) {
+            const Tstring relative = Tstring(start) + "/" + name;
+            EXPECT_EQ(fromStartDirectory(start, name),
+                      platform::isAbsolutePath(name) ? Tstring(name) : relative);
+        }
+}
+
 TEST_F(Lookup, TellsWhyThereIsNone) {
     EXPECT_EQ(located("shot.1"), "none");
     EXPECT_EQ(errno, ENOENT);
@@ -299,18 +336,17 @@ TEST_F(Lookup, FindsAFrameWhereAFolderOfItsNameIsInTheWay) {
 }
 
 TEST_F(Lookup, SetsTheWidthOfAtSignsOnce) {
-    takePadWidthFromAtSigns("shot.1");
-    takePadWidthFromAtSigns("x@y/shot");
-    takePadWidthFromAtSigns("shot.#.@@");
-    EXPECT_EQ(viewerState.padWidth, 0);
-    takePadWidthFromAtSigns("x@y/shot.@@");
-    EXPECT_EQ(viewerState.padWidth, 2);
-    viewerState.padWidth = 0;
-    EXPECT_EQ(viewerState.padWidth, 0);
-    takePadWidthFromAtSigns("shot.@@@");
-    EXPECT_EQ(viewerState.padWidth, 3);
-    takePadWidthFromAtSigns("shot.@@@@@");
-    EXPECT_EQ(viewerState.padWidth, 3);
+    takePadWidth("shot.1");
+    takePadWidth("x@y/shot");
+    takePadWidth("shot.#.@@");
+    EXPECT_EQ(state_.padWidth, 0);
+    takePadWidth("x@y/shot.@@");
+    EXPECT_EQ(state_.padWidth, 2);
+    state_.padWidth = 0;
+    takePadWidth("shot.@@@");
+    EXPECT_EQ(state_.padWidth, 3);
+    takePadWidth("shot.@@@@@");
+    EXPECT_EQ(state_.padWidth, 3);
 }
 
 }  // namespace

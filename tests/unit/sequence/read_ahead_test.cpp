@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "iff/result_codes.h"
+#include "range_reading.h"
 #include "sequence_fixture.h"
 
 namespace vistel {
@@ -17,10 +18,6 @@ using Taken = ReadAhead::Taken;
 
 class Ahead : public SequenceTest {
  protected:
-    void TearDown() override {
-        platform::setEnvironmentVariable("VISTEL_THREADS", "");
-        SequenceTest::TearDown();
-    }
     // A file that has rested since it was written.
     void writeOld(const std::string& name, const std::string& bytes) {
         write(name, bytes);
@@ -39,7 +36,6 @@ class Ahead : public SequenceTest {
         frame_ = FrameStore{};
         return ahead.take(path(name), request_, stampOf(name), nullptr, frame_);
     }
-    int red() { return frame_.colour.empty() ? -1 : int(frame_.colour.data()[0] & 0xFF); }
 
     ImageLoadRequest request_;
     FrameStore frame_;
@@ -47,16 +43,16 @@ class Ahead : public SequenceTest {
 
 TEST_F(Ahead, AFrameIsHandedOutOnce) {
     writeOld("a.1", imageForm(7));
-    ReadAhead ahead(1);
+    ReadAhead ahead(1, state_.converted);
     ahead.want(path("a.1"), request_);
     EXPECT_EQ(take(ahead, "a.1"), Taken::frame);
-    EXPECT_EQ(red(), 7);
+    EXPECT_EQ(redOf(frame_), 7);
     EXPECT_EQ(take(ahead, "a.1"), Taken::nothing);
 }
 
 TEST_F(Ahead, WhatWasNotWantedIsNotThere) {
     writeOld("a.1", imageForm(7));
-    ReadAhead ahead(1);
+    ReadAhead ahead(1, state_.converted);
     EXPECT_EQ(take(ahead, "a.1"), Taken::nothing);
     ahead.want(path("a.1"), request_);
     const ImageLoadRequest before = request_;
@@ -71,7 +67,7 @@ TEST_F(Ahead, WhatWasNotWantedIsNotThere) {
 
 TEST_F(Ahead, WithoutThreadsNothingIsAhead) {
     writeOld("a.1", imageForm(7));
-    ReadAhead ahead(0);
+    ReadAhead ahead(0, state_.converted);
     EXPECT_EQ(ahead.room(), 0u);
     ahead.want(path("a.1"), request_);
     EXPECT_EQ(take(ahead, "a.1"), Taken::nothing);
@@ -79,16 +75,16 @@ TEST_F(Ahead, WithoutThreadsNothingIsAhead) {
 
 TEST_F(Ahead, FramesThatArePassedOverAreDropped) {
     for (const char* name : {"a.1", "a.2", "a.3"}) writeOld(name, imageForm(name[2] - '0'));
-    ReadAhead ahead(2);
+    ReadAhead ahead(2, state_.converted);
     for (const char* name : {"a.1", "a.2", "a.3"}) ahead.want(path(name), request_);
     EXPECT_EQ(take(ahead, "a.2"), Taken::frame);
-    EXPECT_EQ(red(), 2);
+    EXPECT_EQ(redOf(frame_), 2);
     EXPECT_EQ(take(ahead, "a.1"), Taken::nothing);
     EXPECT_EQ(take(ahead, "a.3"), Taken::frame);
 }
 
 TEST_F(Ahead, NoMoreFilesAreHeldThanThereIsRoomFor) {
-    ReadAhead ahead(1);
+    ReadAhead ahead(1, state_.converted);
     const auto name = [](size_t number) { return "a." + std::to_string(number); };
     const size_t files = ahead.room() + 2;
     for (size_t i = 1; i <= files; ++i) {
@@ -105,7 +101,7 @@ TEST_F(Ahead, AFileThatHasChangedSinceIsLeftToWhoAsks) {
     const platform::FileStamp before = stampOf("a.1");
     for (const char* change : {"size", "time"}) {
         writeOld("a.1", imageForm(7));
-        ReadAhead ahead(1);
+        ReadAhead ahead(1, state_.converted);
         ahead.want(path("a.1"), request_);
         platform::FileStamp now = stampOf("a.1");
         ++(change[0] == 's' ? now.size : now.modified);
@@ -118,7 +114,7 @@ TEST_F(Ahead, AFileThatHasChangedSinceIsLeftToWhoAsks) {
 TEST_F(Ahead, AFileThatIsBeingWrittenIsLeftToWhoAsks) {
     write("a.1", imageForm(7));
     age("a.1", -std::chrono::hours(1));
-    ReadAhead ahead(1);
+    ReadAhead ahead(1, state_.converted);
     ahead.want(path("a.1"), request_);
     EXPECT_EQ(take(ahead, "a.1"), Taken::nothing);
 }
@@ -126,7 +122,7 @@ TEST_F(Ahead, AFileThatIsBeingWrittenIsLeftToWhoAsks) {
 TEST_F(Ahead, AFileThatIsWrittenAgainIsLeftToWhoAsks) {
     writeOld("a.1", imageForm(7));
     writeOld("a.2", imageForm(2));
-    ReadAhead ahead(1);
+    ReadAhead ahead(1, state_.converted);
     // One thread reads in order: when a.2 is there, a.1 has been read.
     ahead.want(path("a.1"), request_);
     ahead.want(path("a.2"), request_);
@@ -141,7 +137,7 @@ TEST_F(Ahead, AFileThatIsWrittenAgainIsLeftToWhoAsks) {
 
 TEST_F(Ahead, WhoeverWantsToLeaveIsAskedEvenWhenTheFrameIsThere) {
     writeOld("a.1", imageForm(7));
-    ReadAhead ahead(1);
+    ReadAhead ahead(1, state_.converted);
     ahead.want(path("a.1"), request_);
     while (ahead.readSoFar() == 0) std::this_thread::yield();
     const auto leave = [] { return false; };
@@ -155,7 +151,7 @@ TEST_F(Ahead, WhatIsNotSimplyRightIsLeftToWhoAsks) {
     writeOld("other.1", "no frame file, but long enough to be looked at");
     writeOld("empty.1", "");
     fs::create_directories(folder_ / "folder.1");
-    ReadAhead ahead(2);
+    ReadAhead ahead(2, state_.converted);
     for (const char* name : {"cut.1", "other.1", "empty.1", "folder.1", "missing.1"}) {
         ahead.want(path(name), request_);
         EXPECT_EQ(ahead.take(path(name), request_, {}, nullptr, frame_), Taken::nothing) << name;
@@ -166,48 +162,36 @@ TEST_F(Ahead, TheNumberOfThreadsCanBeSet) {
     const struct {
         const char* text;
         int threads;
-    } rows[] = {{"0", 0}, {"1", 1}, {"3", 3}, {"9999", 64}};
+    } rows[] = {{"0", 0}, {"1", 1}, {"3", 3}, {"64", 64}};
     for (const auto& row : rows) {
         platform::setEnvironmentVariable("VISTEL_THREADS", row.text);
         EXPECT_EQ(decodingThreads(), row.threads);
     }
-    platform::setEnvironmentVariable("VISTEL_THREADS", "-3");
-    const int own = decodingThreads();
     platform::setEnvironmentVariable("VISTEL_THREADS", "");
-    EXPECT_EQ(decodingThreads(), own);
-    EXPECT_NE(own, 1);
+    EXPECT_NE(decodingThreads(), 1);
+}
+
+TEST_F(Ahead, AnotherTextThanANumberOfThreadsIsToldOf) {
+    const int own = decodingThreads();
+    for (const std::string text : {"4x", "-3", "65"}) {
+        platform::setEnvironmentVariable("VISTEL_THREADS", text);
+        testing::internal::CaptureStderr();
+        EXPECT_EQ(decodingThreads(), own) << text;
+        EXPECT_EQ(testing::internal::GetCapturedStderr(),
+                  "VISTEL_THREADS: \"" + text + "\" is no number of threads from 0 to 64; " +
+                      std::to_string(own) + " is used\n");
+    }
 }
 
 // --- a whole range -------------------------------------------------------------------------------
-
-// What reading the frames of a range again brings, one line for each.
-struct Range {
-    std::vector<std::string> lines;
-    size_t ahead = 0;  // frames that had been read when they were asked for
-};
-Range readRange(int first, int last, int step) {
-    std::vector<std::string> lines;
-    FramesAhead ahead;
-    for (int frame = first; frame <= last; frame += step) {
-        const int next[] = {frame, frame + step, frame + 2 * step};
-        ahead.expect(next);
-        viewerState.currentFrame = frame;
-        FrameStore store;
-        const int code = readFrameAgain(store);
-        const int red = store.colour.empty() ? -1 : int(store.colour.data()[0] & 0xFF);
-        lines.push_back(std::to_string(frame) + ": " + std::to_string(code) + " red " +
-                        std::to_string(red) + " " + lastFrameName() + " " + lastFrameReason());
-    }
-    return {lines, ahead.taken()};
-}
 
 class RangeAhead : public Ahead {
  protected:
     void SetUp() override {
         Ahead::SetUp();
-        viewerState.animation = 1;
-        viewerState.sourceOpened = 1;
-        setCurrentSource("shot");
+        setRange(1, 40, 1);
+        state_.sourceOpened = 1;
+        state_.openedName = "shot";
         for (int frame = 1; frame <= 40; ++frame) writeFrame(frame);
     }
     void writeFrame(int frame) {
@@ -224,14 +208,12 @@ class RangeAhead : public Ahead {
 
 TEST_F(RangeAhead, IsWhatReadingEachFrameBrings) {
     for (const int step : {1, 3}) {
-        platform::setEnvironmentVariable("VISTEL_THREADS", "0");
-        const Range expected = readRange(1, 40, step);
+        const RangeRead expected = readRange(state_, {1, 40, step}, 0);
         EXPECT_EQ(expected.ahead, 0u);
         size_t whole = 0;
         for (int frame = 1; frame <= 40; frame += step) whole += readableAhead(frame);
-        for (const char* threads : {"1", "2", "5"}) {
-            platform::setEnvironmentVariable("VISTEL_THREADS", threads);
-            const Range got = readRange(1, 40, step);
+        for (const int threads : {1, 2, 5}) {
+            const RangeRead got = readRange(state_, {1, 40, step}, threads);
             EXPECT_EQ(got.lines, expected.lines) << threads << " threads";
             EXPECT_EQ(got.ahead, whole) << threads << " threads";
         }
@@ -239,15 +221,14 @@ TEST_F(RangeAhead, IsWhatReadingEachFrameBrings) {
 }
 
 TEST_F(RangeAhead, ALoadThatTheUserEndsIsAborted) {
-    for (const char* threads : {"0", "2"}) {
-        platform::setEnvironmentVariable("VISTEL_THREADS", threads);
-        loaderHooks.keepGoing = [] { return false; };
+    terms_.goOn = [] { return false; };
+    for (const int threads : {0, 2}) {
         for (const int frame : {4, 6}) {  // the first one is cut
-            FramesAhead ahead;
-            ahead.expect({{frame, 7, 8}});
-            viewerState.currentFrame = frame;
+            ReadAhead ahead(threads, state_.converted);
+            terms_.ahead = &ahead;
+            wantFrames(state_, {{frame, 7, 8}}, terms_.fit, ahead);
             FrameStore store;
-            EXPECT_EQ(readFrameAgain(store), iffAborted) << frame;
+            EXPECT_EQ(readFrame(state_, frame, terms_, store).code, iffAborted) << frame;
             EXPECT_FALSE(store.hasPicture()) << frame;
         }
     }

@@ -1,5 +1,4 @@
-// A folder of its own for each test, the viewer's state as at start, and frame files made in
-// memory.
+// A folder of its own for each test, a state as at start, and frame files made in memory.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -10,11 +9,11 @@
 #include <random>
 #include <string>
 
-#include "app/viewer_state.h"
 #include "platform/files.h"
 #include "platform/process.h"
-#include "sequence/frame_loader.h"
-#include "sequence/source_stream.h"
+#include "sequence/converter.h"
+#include "sequence/frame_reader.h"
+#include "sequence/sequence_state.h"
 
 namespace vistel {
 
@@ -44,6 +43,11 @@ inline std::string imageForm(int red) {
     return chunk("FOR4", "CIMG" + chunk("TBHD", header) + tiles);
 }
 
+// The red value of the first pixel; -1 without a picture.
+inline int redOf(const FrameStore& frame) {
+    return frame.colour.empty() ? -1 : static_cast<int>(frame.colour.data()[0] & 0xFF);
+}
+
 // --- the folder ----------------------------------------------------------------------------------
 class SequenceTest : public testing::Test {
  protected:
@@ -56,15 +60,12 @@ class SequenceTest : public testing::Test {
                    std::to_string(++count) + "_" + info->name());
         fs::create_directories(folder_);
         fs::current_path(folder_);
-        viewerState = ViewerState{};
-        viewerState.startDirectory = platform::currentDirectory();
-        viewerState.searchDirs = {
+        state_.startDirectory = platform::currentDirectory();
+        state_.searchDirs = {
             "", "./", "work/image/project/", "work/tex/project/", "work/image/", "work/tex/"};
-        loaderHooks = LoaderHooks{};
     }
     void TearDown() override {
-        viewerState = ViewerState{};
-        loaderHooks = LoaderHooks{};
+        state_.oneFileStream = {};  // an open file cannot be removed everywhere
         converterProgram = findConverter_;
         fs::current_path(before_);
         std::error_code ignored;
@@ -82,7 +83,17 @@ class SequenceTest : public testing::Test {
     // The absolute name of a file in the folder, with slashes.
     Tstring path(const std::string& name) { return (folder_ / name).generic_string(); }
 
+    // An animation over this range, at its first frame.
+    void setRange(int first, int last, int step) {
+        state_.animation = 1;
+        state_.currentFrame = state_.firstFrame = first;
+        state_.lastFrame = last;
+        state_.frameStep = step;
+    }
+
     fs::path folder_, before_;
+    SequenceState state_;
+    ReadTerms terms_;
 
  private:
     const decltype(converterProgram) findConverter_ = converterProgram;

@@ -15,25 +15,13 @@ using std::chrono::seconds;
 // Far less than what the commands take that do not end.
 constexpr seconds promptly{15};
 
-int framesShown, asked, patience;
-
-int frameLoaded(FrameStore&) {
-    ++framesShown;
-    return iffParsingComplete;
-}
-
-bool keepGoing() { return ++asked <= patience; }
-
 class SlowSources : public SequenceTest {
  protected:
     void SetUp() override {
         SequenceTest::SetUp();
-        framesShown = asked = 0;
-        patience = 500;
-        loaderHooks.frameLoaded = frameLoaded;
-        loaderHooks.keepGoing = keepGoing;
-        viewerState.currentFrame = viewerState.firstFrame = viewerState.lastFrame = 1;
-        viewerState.frameStep = 1;
+        setRange(1, 1, 1);
+        state_.animation = 0;
+        terms_.goOn = [this] { return ++asked_ <= patience_; };
         begin_ = Clock::now();
     }
     void TearDown() override {
@@ -48,19 +36,22 @@ class SlowSources : public SequenceTest {
     // Opens and keeps what was printed.
     int open(const Tstring& name) {
         testing::internal::CaptureStderr();
-        const int result = openImageSource(name);
+        frame_ = FrameStore{};
+        const int result = openImageSource(state_, name, terms_, false, frame_);
         errors_ = testing::internal::GetCapturedStderr();
         return result;
     }
+    int asked_ = 0, patience_ = 500;
     std::string errors_;
+    FrameStore frame_;
     Clock::time_point begin_;
 };
 
 TEST_F(SlowSources, ACommandThatStallsIsLeftWithoutAWord) {
     EXPECT_EQ(open(commandThat(convert::halfAndStall)), iffAborted);
     EXPECT_EQ(errors_, "");
-    EXPECT_EQ(framesShown, 0);
-    EXPECT_EQ(asked, patience + 1);
+    EXPECT_FALSE(frame_.hasPicture());
+    EXPECT_EQ(asked_, patience_ + 1);
 }
 
 TEST_F(SlowSources, AConverterThatStallsIsLeftWithoutAWord) {
@@ -73,44 +64,44 @@ TEST_F(SlowSources, AConverterThatStallsIsLeftWithoutAWord) {
 }
 
 TEST_F(SlowSources, APictureOfACommandThatDoesNotEndIsShown) {
-    patience = 20'000;
+    patience_ = 20'000;
     EXPECT_EQ(open(commandThat(convert::andStay)), 0);
-    EXPECT_EQ(framesShown, 1);
+    EXPECT_TRUE(frame_.hasPicture());
     EXPECT_EQ(errors_, "");
 }
 
 // When many linger the user is asked whether to go on, and goes on.
 TEST_F(SlowSources, AFrameOfACommandThatDoesNotEndIsRead) {
-    setCurrentSource(commandThat(convert::andStay));
+    state_.openedName = commandThat(convert::andStay);
     for (int frame = 1; frame <= 12; ++frame) {
-        asked = 0;
-        patience = 3000;
-        loaderHooks.keepGoing = frame < 9 ? keepGoing : [] { return keepGoing() && asked < 500; };
+        asked_ = 0;
+        patience_ = 3000;
+        terms_.goOn = [&] { return ++asked_ <= patience_ && (frame < 9 || asked_ < 500); };
         FrameStore store;
-        EXPECT_EQ(readFrameAgain(store), iffOk);
+        EXPECT_EQ(readFrame(state_, 1, terms_, store).code, iffOk);
         EXPECT_TRUE(store.hasPicture());
     }
 }
 
 TEST_F(SlowSources, AFrameOfACommandThatStallsIsAborted) {
-    setCurrentSource(commandThat(convert::halfAndStall));
+    state_.openedName = commandThat(convert::halfAndStall);
     FrameStore store;
-    EXPECT_EQ(readFrameAgain(store), iffAborted);
+    EXPECT_EQ(readFrame(state_, 1, terms_, store).code, iffAborted);
     EXPECT_FALSE(store.hasPicture());
 }
 
 TEST_F(SlowSources, ACommandThatFailsBehindItsPictureHasBroughtIt) {
-    patience = 20'000;
+    patience_ = 20'000;
     EXPECT_EQ(open(commandThat(convert::andFail)), 0);
-    EXPECT_EQ(framesShown, 1);
+    EXPECT_TRUE(frame_.hasPicture());
 }
 
 TEST_F(SlowSources, ACommandThatWritesAnythingElseIsNoImage) {
-    patience = 20'000;
+    patience_ = 20'000;
     write("a.any", foreignFile(convert::well, "neither picture nor container, just words"));
     const std::string program = childProgram(ChildRole::convert);
     EXPECT_EQ(open("pipe:" + platform::quotedCommand(program, path("a.any"), "stdout")), iffNotIff);
-    EXPECT_TRUE(contains(errors_, messageText("s_VistelStrings.rVTPipedCmd"))) << errors_;
+    EXPECT_TRUE(contains(errors_, messageText(Message::rVTPipedCmd))) << errors_;
 }
 
 }  // namespace

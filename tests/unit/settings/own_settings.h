@@ -10,7 +10,6 @@
 #include <string>
 #include <vector>
 
-#include "app/viewer_state.h"
 #include "platform/files.h"
 #include "platform/process.h"
 #include "platform/settings_store.h"
@@ -26,13 +25,11 @@ class OwnSettings : public testing::Test {
         std::filesystem::create_directories(folder_);
         platform::setEnvironmentVariable("XDG_CONFIG_HOME", (folder_ / "config").string());
         for (const char* setting : settings_) before_.push_back(platform::readSetting(setting));
-        viewerState = ViewerState{};
     }
     void TearDown() override {
         for (size_t i = 0; i < std::size(settings_); ++i)
             if (before_[i]) platform::writeSetting(settings_[i], *before_[i]);
         EXPECT_TRUE(platform::setCurrentDirectory(home_));
-        viewerState = ViewerState{};
         std::error_code ignored;
         std::filesystem::remove_all(folder_, ignored);
     }

@@ -2,79 +2,72 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-
-#include "app/viewer_state.h"
-#include "platform/files.h"
 #include "platform/settings_store.h"
 #include "settings/own_settings.h"
 
 namespace vistel {
 namespace {
 
-namespace fs = std::filesystem;
+class StoredSettings : public OwnSettings {
+ protected:
+    SavedSettings settings_;
+};
 
-class SavedSettings : public OwnSettings {};
-
-TEST_F(SavedSettings, ValuesThatWereNeverStoredLeaveTheDefaults) {
+TEST_F(StoredSettings, ValuesThatWereNeverStoredLeaveTheDefaults) {
     if (hadSettings()) GTEST_SKIP() << "this user's settings are there already";
-    readSettings();
-    EXPECT_EQ(viewerState.savedFrameRate, 24);
-    EXPECT_EQ(viewerState.filterIndex, 0);
-    EXPECT_EQ(viewerState.lastFolder, "");
+    readSettings(settings_);
+    EXPECT_EQ(settings_.savedFrameRate, 24);
+    EXPECT_EQ(settings_.filterIndex, 0);
+    EXPECT_EQ(settings_.lastFolder, "");
 }
 
-TEST_F(SavedSettings, AllThreeValuesComeBack) {
-    viewerState.filterIndex = 3;
-    viewerState.savedFrameRate = 48;
-    viewerState.lastFolder = "/shows/a b";
-    writeSettings();
-    viewerState = ViewerState{};
-    readSettings();
-    EXPECT_EQ(viewerState.filterIndex, 3);
-    EXPECT_EQ(viewerState.savedFrameRate, 48);
-    EXPECT_EQ(viewerState.lastFolder, "/shows/a b");
+TEST_F(StoredSettings, AllThreeValuesComeBack) {
+    settings_.filterIndex = 3;
+    settings_.savedFrameRate = 48;
+    settings_.lastFolder = "/shows/a b";
+    writeSettings(settings_);
+    SavedSettings again;
+    readSettings(again);
+    EXPECT_EQ(again.filterIndex, 3);
+    EXPECT_EQ(again.savedFrameRate, 48);
+    EXPECT_EQ(again.lastFolder, "/shows/a b");
 }
 
-TEST_F(SavedSettings, NumbersAreStoredAsDecimalText) {
-    viewerState.filterIndex = -1;
-    viewerState.savedFrameRate = 25;
-    writeSettings();
+TEST_F(StoredSettings, NumbersAreStoredAsDecimalText) {
+    settings_.filterIndex = -1;
+    settings_.savedFrameRate = 25;
+    writeSettings(settings_);
     EXPECT_EQ(platform::readSetting("FilterIndex"), "-1");
     EXPECT_EQ(platform::readSetting("FPS"), "25");
 }
 
-TEST_F(SavedSettings, ATextThatIsNoNumberReadsAsZero) {
+TEST_F(StoredSettings, ATextThatIsNoNumberReadsAsZero) {
     platform::writeSetting("FPS", "fast");
     platform::writeSetting("FilterIndex", "2nd");
-    readSettings();
-    EXPECT_EQ(viewerState.savedFrameRate, 0);
-    EXPECT_EQ(viewerState.filterIndex, 2);
+    readSettings(settings_);
+    EXPECT_EQ(settings_.savedFrameRate, 0);
+    EXPECT_EQ(settings_.filterIndex, 2);
 }
 
-TEST_F(SavedSettings, TheCurrentDirectoryIsRemembered) {
-    ASSERT_TRUE(platform::setCurrentDirectory(folder().string()));
-    rememberFolder();
-    EXPECT_EQ(viewerState.lastFolder, platform::currentDirectory());
+TEST_F(StoredSettings, AStoredFolderIsCutToTheLongestThatIsKept) {
+    platform::writeSetting("LastFolder", std::string(maxFolderLength + 9, 'd'));
+    readSettings(settings_);
+    EXPECT_EQ(settings_.lastFolder, std::string(maxFolderLength, 'd'));
 }
 
-TEST_F(SavedSettings, AFolderTooLongToBeKeptChangesNothing) {
-    fs::path deep = folder();
-    while (deep.string().size() <= maxFolderLength) deep /= std::string(60, 'd');
-    std::error_code error;
-    fs::create_directories(deep, error);
-    if (error || !platform::setCurrentDirectory(deep.string()))
-        GTEST_SKIP() << "this system has no folder names of that length";
-    viewerState.lastFolder = "/before";
-    rememberFolder();
-    EXPECT_EQ(viewerState.lastFolder, "/before");
+TEST_F(StoredSettings, AFolderIsRemembered) {
+    rememberFolder(settings_, "/shows/a b");
+    EXPECT_EQ(settings_.lastFolder, "/shows/a b");
+    rememberFolder(settings_, std::string(maxFolderLength, 'd'));
+    EXPECT_EQ(settings_.lastFolder, std::string(maxFolderLength, 'd'));
 }
 
-TEST_F(SavedSettings, TheWayOutOfTheWindowStoresTheFrameRateInForce) {
-    viewerState.frameRate = 60;
-    viewerState.savedFrameRate = 24;
-    EXPECT_EXIT(saveSettingsAndExit(1), testing::ExitedWithCode(1), "");
-    EXPECT_EQ(platform::readSetting("FPS"), "60");
+TEST_F(StoredSettings, AFolderWithoutANameOrTooLongToBeKeptChangesNothing) {
+    settings_.lastFolder = "/before";
+    for (const size_t length : {size_t{0}, size_t{maxFolderLength + 1}}) {
+        rememberFolder(settings_, std::string(length, 'd'));
+        EXPECT_EQ(settings_.lastFolder, "/before") << length;
+    }
 }
 
 }  // namespace

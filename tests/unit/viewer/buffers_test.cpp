@@ -1,7 +1,8 @@
 // What a pass and what lies over it leave on screen, with a single buffer and with two that a swap
 // exchanges.
 #include "platform/surface.h"
-#include "viewer_fixture.h"
+#include "resources/command_ids.h"
+#include "viewer/viewer_fixture.h"
 
 namespace vistel {
 
@@ -73,9 +74,9 @@ TEST_F(BuffersTest, WithASingleBufferMarginsAreClearedOnlyWhenTheyMustBe) {
     redraw();
     windowContext().doubleBuffer = false;
     platform::headless::Image before = redraw();
-    viewerSession().layout.clearWanted = false;
+    viewerState.layout.clearWanted = false;
     redraw();
-    EXPECT_FALSE(viewerSession().layout.clearWanted);
+    EXPECT_FALSE(viewerState.layout.clearWanted);
     EXPECT_EQ(headless::visibleImage().pixels, before.pixels);
 }
 
@@ -96,7 +97,7 @@ TEST_F(BuffersTest, APassLeavesNothingOfWhatTheBufferHeld) {
     for (const Row& row : rows) {
         SetUp();
         showAnimation(1, row.frames, 1, row.width, row.height);
-        windowContext().drawPass = drawPass;
+        windowContext().drawPass = [] { drawPass(viewerState); };
         key(row.letter);
         for (int i = 0; i < 3; ++i) {
             redraw();
@@ -129,20 +130,21 @@ TEST_F(BuffersTest, OutlinesLieOnTheWholePicture) {
 TEST_F(BuffersTest, APaintWhileACommandIsInProgressRestoresThePicture) {
     showImage(testFrame(1, 400, 300));
     const headless::Image picture = redraw();
-    viewerState.viewerLoopRunning = 1;
+    windowContext().viewerRunning = 1;
     static int restored;
     restored = 0;
-    windowContext().command = [](int) {
+    windowContext().calls.command = [](int) {
         windowContext().queue.clear();
         const int presents = headless::presents();
-        platform::setScissorTest(false);
-        platform::setColour(1, 2, 3, 255);
-        platform::fillRectangle(0, 0, 399, 299);  // a hole that a dialog leaves
-        platform::swapBuffers();
+        platform::setScissorTest(windowContext().window, false);
+        platform::setColour(windowContext().window, 1, 2, 3, 255);
+        platform::fillRectangle(windowContext().window, 0, 0, 399,
+                                299);  // a hole that a dialog leaves
+        platform::swapBuffers(windowContext().window);
         headless::uncover();
         restored = headless::presents() - presents - 1;
     };
-    headless::choose(40008);
+    headless::choose(COMMAND_EXIT);
     EXPECT_EQ(restored, 1);
     EXPECT_EQ(headless::visibleImage().pixels, picture.pixels);
     EXPECT_EQ(peekEvent(), EV_REDRAW);
@@ -150,7 +152,7 @@ TEST_F(BuffersTest, APaintWhileACommandIsInProgressRestoresThePicture) {
 
 TEST_F(BuffersTest, APaintWithoutACommandOnlyAsksForAPass) {
     showImage(testFrame(1, 400, 300));
-    viewerState.viewerLoopRunning = 1;
+    windowContext().viewerRunning = 1;
     saveFrontImage();
     windowContext().queue.clear();
     const int presents = headless::presents();
@@ -162,7 +164,7 @@ TEST_F(BuffersTest, APaintWithoutACommandOnlyAsksForAPass) {
 }
 
 TEST_F(BuffersTest, APaintBeforeTheFirstPictureClearsTheWindow) {
-    openWindowOrExit("VisTel");
+    openWindowOrExit(viewerState, "VisTel");
     setColourIndex(2);
     headless::uncover();
     EXPECT_EQ(headless::visibleImage().at(7, 7), 0xFF000000u);
@@ -172,16 +174,16 @@ TEST_F(BuffersTest, APaintBeforeTheFirstPictureClearsTheWindow) {
 TEST_F(BuffersTest, ASavedImageIsOutOfDateAfterASwapAndAfterAResize) {
     showImage(testFrame(1, 400, 300));
     saveFrontImage();
-    EXPECT_TRUE(windowContext().savedImageValid);
+    EXPECT_TRUE(windowContext().front.valid);
     const int readBacks = headless::readBacks();
     saveFrontImage();  // there is a valid one
     EXPECT_EQ(headless::readBacks(), readBacks);
     redraw();
-    EXPECT_FALSE(windowContext().savedImageValid);
+    EXPECT_FALSE(windowContext().front.valid);
     saveFrontImage();
     setPreferredPosition(0, 500, 0, 350);
     applyPendingPlacement();
-    EXPECT_FALSE(windowContext().savedImageValid);
+    EXPECT_FALSE(windowContext().front.valid);
     const int presents = headless::presents();
     restoreFrontImage();
     EXPECT_EQ(headless::presents(), presents);

@@ -3,10 +3,9 @@
 
 #include <string>
 
-#include "app/viewer_state.h"
 #include "platform/files.h"
-#include "sequence/frame_loader.h"
 #include "sequence/sequence_fixture.h"
+#include "viewer/viewer_state.h"
 
 namespace vistel {
 
@@ -23,7 +22,7 @@ class FrameFolder {
         viewerState.searchDirs[0] = "";
     }
     ~FrameFolder() {
-        setCurrentSource("");
+        viewerState.openedName.clear();
         fs::current_path(before_);
         std::error_code ignored;
         fs::remove_all(folder_, ignored);
@@ -45,7 +44,7 @@ class FrameFolder {
         viewerState.firstFrame = viewerState.playFirst = viewerState.currentFrame = first;
         viewerState.lastFrame = viewerState.playLast = last;
         viewerState.frameStep = 1;
-        setCurrentSource(name);
+        viewerState.openedName = name;
     }
 
  private:

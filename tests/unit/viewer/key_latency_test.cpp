@@ -2,7 +2,7 @@
 #include <vector>
 
 #include "platform/clock.h"
-#include "viewer_fixture.h"
+#include "viewer/viewer_fixture.h"
 
 namespace vistel {
 
@@ -29,7 +29,7 @@ class KeyLatencyTest : public ViewerTest {
             headless::type(letters[presses++ % 4]);
         };
         headless::whenPresented([&] {
-            shown.push_back({platform::tickMilliseconds(), viewerSession().mode, presses});
+            shown.push_back({platform::tickMilliseconds(), viewerState.mode, presses});
             if (whileDrawing && shown.size() % 3 == 0) press();
             headless::advanceMilliseconds(drawing);
         });
@@ -45,7 +45,7 @@ class KeyLatencyTest : public ViewerTest {
                 pressedAfter = shown.size();
                 press();
             });
-        runViewerLoop();
+        runViewerLoop(viewerState);
         EXPECT_GE(presses, 5);
         return shown;
     }
@@ -96,7 +96,7 @@ TEST_F(KeyLatencyTest, WhileNothingPlaysAKeyActsAtOnce) {
         EXPECT_EQ(shownText(), "Red");
         headless::close();
     });
-    runViewerLoop();
+    runViewerLoop(viewerState);
     EXPECT_EQ(idle, 2);
 }
 

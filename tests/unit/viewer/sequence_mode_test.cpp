@@ -3,13 +3,12 @@
 #include <string>
 #include <vector>
 
-#include "iff/result_codes.h"
 #include "platform/clock.h"
-#include "sequence/source_range.h"
+#include "viewer/commands/queued_input.h"
 #include "viewer/frame_folder.h"
-#include "viewer/load_animation.h"
-#include "viewer/viewer_hooks.h"
-#include "viewer_fixture.h"
+#include "viewer/playback/load_animation.h"
+#include "viewer/show_source.h"
+#include "viewer/viewer_fixture.h"
 
 namespace vistel {
 
@@ -19,7 +18,6 @@ class SequenceModeTest : public ViewerTest {
  protected:
     void SetUp() override {
         ViewerTest::SetUp();
-        installViewer();
         viewerState.sequenceMode = 1;
         viewerState.sequenceDelay = 2;
         headless::whenIdle([] {
@@ -27,24 +25,26 @@ class SequenceModeTest : public ViewerTest {
             postEvent(EV_TIMER, 1);
         });
     }
-    void TearDown() override {
-        clearViewerSession();
-        loaderHooks = LoaderHooks{};
+    void TearDown() override { clearViewerSession(viewerState); }
+    static void begin() {
+        viewerState.currentZoom = viewerState.magnify;
+        viewerState.quitRequested = 0;
+        forgetClosedWindow();
     }
     // A source's first frame arrives, as the file walk lets it.
     static void source(FrameStore&& frame) {
-        beginSource();
+        begin();
         viewerState.animation = 0;
         viewerState.firstFrame = viewerState.playFirst = viewerState.currentFrame = 1;
         viewerState.lastFrame = viewerState.playLast = viewerState.frameStep = 1;
-        EXPECT_EQ(loaderHooks.frameLoaded(frame), iffParsingComplete);
+        showSource(viewerState, std::move(frame));
     }
     static void animationSource(const std::string& name, int first, int last) {
-        beginSource();
+        begin();
         FrameFolder::animation(name, first, last);
         FrameStore frame;
-        ASSERT_EQ(readFrameAgain(frame), 0);
-        EXPECT_EQ(loaderHooks.frameLoaded(frame), iffParsingComplete);
+        ASSERT_EQ(readCurrent(frame), 0);
+        showSource(viewerState, std::move(frame));
     }
 };
 
@@ -65,7 +65,7 @@ TEST_F(SequenceModeTest, PlayingIsAsGoodAsAnEvent) {
     headless::whenIdle(headless::close);
     showAnimation(1, 5);
     viewerState.frameRate = 25;
-    runViewerLoop();
+    runViewerLoop(viewerState);
     EXPECT_TRUE(headless::windowOpen());
     EXPECT_NEAR(platform::tickMilliseconds(), 2020, 25);
 }
@@ -86,9 +86,9 @@ TEST_F(SequenceModeTest, NothingIsFreedAndTheWindowStays) {
     source(testFrame(1, 400, 300));
     EXPECT_TRUE(headless::windowOpen());
     EXPECT_EQ(viewerState.quitRequested, 0);
-    EXPECT_EQ(viewerState.viewerLoopRunning, 0);
-    EXPECT_EQ(viewerSession().slots.count(), 1u);
-    ASSERT_NE(viewerSession().shown, nullptr);
+    EXPECT_EQ(windowContext().viewerRunning, 0);
+    EXPECT_EQ(viewerState.slots.count(), 1u);
+    ASSERT_NE(viewerState.shown, nullptr);
     expectPicture([](int x, int y) { return testPixel(1, x, y); });
 }
 
@@ -97,8 +97,8 @@ TEST_F(SequenceModeTest, TheNextSourceIsShownInTheSameWindowAndTheFirstIsFreed) 
     for (const int number : {1, 2, 1, 3}) {
         source(testFrame(number, 400, 300));
         seen.push_back(visibleFrame());
-        EXPECT_EQ(viewerSession().slots.count(), 1u);
-        EXPECT_EQ(viewerSession().shown, viewerSession().slots.find(1));
+        EXPECT_EQ(viewerState.slots.count(), 1u);
+        EXPECT_EQ(viewerState.shown, viewerState.slots.find(1));
     }
     EXPECT_EQ(seen, (std::vector{1, 2, 1, 3}));
     EXPECT_EQ(headless::windowsOpened(), 1);
@@ -123,17 +123,17 @@ TEST_F(SequenceModeTest, TheUserEndsItAtAnySource) {
     source(testFrame(2, 400, 300));
     EXPECT_FALSE(headless::windowOpen());
     EXPECT_EQ(viewerState.quitRequested, 1);
-    EXPECT_EQ(viewerSession().slots.count(), 0u);
+    EXPECT_EQ(viewerState.slots.count(), 0u);
 }
 
 TEST_F(SequenceModeTest, AWindowClosedWhileTheNextSourceIsReadEndsIt) {
     source(testFrame(1, 400, 300));
-    beginSource();
+    begin();
     headless::script(headless::close);
-    EXPECT_FALSE(keepLoading());
+    EXPECT_FALSE(keepReading(viewerState));
     EXPECT_EQ(viewerState.quitRequested, 1);
     FrameStore frame = testFrame(2, 400, 300);  // it was complete all the same
-    EXPECT_EQ(loaderHooks.frameLoaded(frame), iffParsingComplete);
+    showSource(viewerState, std::move(frame));
     EXPECT_FALSE(headless::windowOpen());
     EXPECT_EQ(headless::windowsOpened(), 1);
 }
@@ -149,7 +149,7 @@ TEST_F(SequenceModeTest, AnimationsOfDifferentRangesFollowEachOther) {
     viewerState.frameRate = 25;
     std::map<int, int> shown;  // red of the picture: how often
     headless::whenPresented([&] {
-        const PictureLayout& layout = viewerSession().layout;
+        const PictureLayout& layout = viewerState.layout;
         ++shown[int(headless::visibleImage().at(layout.marginX, layout.marginY) & 255)];
     });
     const auto reds = [&] {
@@ -161,12 +161,12 @@ TEST_F(SequenceModeTest, AnimationsOfDifferentRangesFollowEachOther) {
     for (int round = 0; round < 2; ++round) {
         animationSource("shot", 1, 4);
         EXPECT_EQ(reds(), (std::vector{1, 2, 3, 4}));
-        EXPECT_EQ(viewerSession().slots.count(), 4u);
+        EXPECT_EQ(viewerState.slots.count(), 4u);
         animationSource("clip", 7, 9);
         EXPECT_EQ(reds(), (std::vector{7, 8, 9}));
-        EXPECT_EQ(viewerSession().slots.count(), 3u);
+        EXPECT_EQ(viewerState.slots.count(), 3u);
         source(testFrame(1, 400, 300));
-        EXPECT_EQ(viewerSession().slots.count(), 1u);
+        EXPECT_EQ(viewerState.slots.count(), 1u);
         expectPicture([](int x, int y) { return testPixel(1, x, y); });
         shown.clear();
     }
@@ -181,13 +181,13 @@ class EscapeTest : public SequenceModeTest {
     void load(std::function<void()> during) {
         viewerState.fullScreen = 1;
         showAnimation(1, 1, 1, 400, 300);
-        windowContext().drawPass = drawPass;
+        windowContext().drawPass = [] { drawPass(viewerState); };
         viewerState.animation = 1;
         viewerState.lastFrame = viewerState.playLast = 9;
         viewerState.fileName = "no such file";
         headless::script(std::move(during));
         testing::internal::CaptureStderr();
-        loadRemainingFrames();
+        loadRemainingFrames(viewerState);
         testing::internal::GetCapturedStderr();
         viewerState.lastFrame = viewerState.playLast = 1;
         viewerState.sequenceMode = 0;
@@ -201,7 +201,7 @@ class EscapeTest : public SequenceModeTest {
             left = !viewerState.fullScreen;
             headless::close();
         });
-        runViewerLoop();
+        runViewerLoop(viewerState);
         return left;
     }
 };
@@ -224,9 +224,9 @@ TEST_F(EscapeTest, ReleasedAfterTheLoadItMeansNothingAndTheNextOneDoes) {
 
 TEST_F(EscapeTest, ALoadThatItEndedDoesNotCountForTheNextSource) {
     load([] { headless::press(keyEscape); });
-    ASSERT_TRUE(viewerSession().escapeTaken);
+    ASSERT_TRUE(viewerState.escapeTaken);
     viewerState.sequenceMode = 1;
-    runViewerLoop();  // until its time is over; the key is held
+    runViewerLoop(viewerState);  // until its time is over; the key is held
     viewerState.sequenceMode = 0;
     bool left = false;
     headless::script([] { headless::release(keyEscape); });

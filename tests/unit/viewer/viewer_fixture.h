@@ -7,19 +7,24 @@
 #include <string>
 #include <utility>
 
-#include "app/viewer_state.h"
 #include "platform/headless/headless.h"
-#include "viewer/display_lut.h"
-#include "viewer/display_setup.h"
-#include "viewer/draw_pass.h"
-#include "viewer/drawing.h"
-#include "viewer/frame_display.h"
-#include "viewer/key_table.h"
-#include "viewer/playback_clock.h"
-#include "viewer/tool_commands.h"
+#include "viewer/commands/key_table.h"
+#include "viewer/commands/show_frame.h"
+#include "viewer/commands/tool_commands.h"
+#include "viewer/picture/display_lut.h"
+#include "viewer/picture/display_setup.h"
+#include "viewer/picture/draw_pass.h"
+#include "viewer/playback/frame_display.h"
+#include "viewer/show_source.h"
 #include "viewer/viewer_loop.h"
 #include "viewer/viewer_session.h"
-#include "viewer/window_layer.h"
+#include "viewer/viewer_state.h"
+#include "viewer/window/drawing.h"
+#include "viewer/window/front_image.h"
+#include "viewer/window/window_context.h"
+#include "viewer/window/window_events.h"
+#include "viewer/window/window_geometry.h"
+#include "viewer/window/window_layer.h"
 
 namespace vistel {
 
@@ -81,12 +86,10 @@ class ViewerTest : public testing::Test {
         platform::headless::reset();
         viewerState = ViewerState{};
         viewerState.fileName = "shot";
-        viewerSession() = ViewerSession{};
         viewerTools = ViewerTools{};
-        releaseFrames();
-        startDisplayLut();
-        windowContext().~WindowContext();
-        new (&windowContext()) WindowContext{};
+        windowContext() = WindowContext{};
+        startDisplayLut(viewerState);
+        installViewer(viewerState);
     }
 
     // Frames first to last are in memory and the first is on display.
@@ -96,30 +99,35 @@ class ViewerTest : public testing::Test {
         viewerState.lastFrame = viewerState.playLast = last;
         viewerState.frameStep = step;
         for (int frame = first; frame <= last; frame += step) {
-            keepFrame(frame, testFrame(frame, width, height));
+            keepFrame(viewerState, frame, testFrame(frame, width, height));
         }
-        beginDisplay(*viewerSession().slots.find(first));
+        beginDisplay(viewerState, *viewerState.slots.find(first));
     }
 
     // A single image on display.
     void showImage(FrameStore&& frame) {
         viewerState.firstFrame = viewerState.playFirst = viewerState.currentFrame = 1;
         viewerState.lastFrame = viewerState.playLast = viewerState.frameStep = 1;
-        beginDisplay(keepFrame(1, std::move(frame)));
-        windowContext().drawPass = drawPass;
+        beginDisplay(viewerState, keepFrame(viewerState, 1, std::move(frame)));
+        windowContext().drawPass = [] { drawPass(viewerState); };
         redraw();
+    }
+
+    // Reads the current frame as stepping to it does; the code.
+    static int readCurrent(FrameStore& frame) {
+        return readFrame(viewerState, viewerState.currentFrame, readTerms(viewerState), frame).code;
     }
 
     // The command of a pressed key. Whether the picture is to be drawn again.
     static bool key(int32_t code, unsigned held = none) {
-        return runKey({.code = code, .modifiers = modifiersOf(held)});
+        return runKey(viewerState, {.code = code, .modifiers = modifiersOf(held)});
     }
     static bool released(int32_t code, unsigned held = none) {
-        return runKey({.code = code, .value = 0, .modifiers = modifiersOf(held)});
+        return runKey(viewerState, {.code = code, .value = 0, .modifiers = modifiersOf(held)});
     }
 
     static const platform::headless::Image& redraw() {
-        drawPass();
+        drawPass(viewerState);
         swapDrawing();
         return platform::headless::visibleImage();
     }
@@ -128,7 +136,7 @@ class ViewerTest : public testing::Test {
     // lowest) of the image pixel that it shows.
     static void expectPicture(const std::function<uint32_t(int column, int row)>& expected) {
         const platform::headless::Image& image = redraw();
-        const PictureLayout& layout = viewerSession().layout;
+        const PictureLayout& layout = viewerState.layout;
         ASSERT_GT(layout.visibleWidth, 0);
         ASSERT_GT(layout.visibleHeight, 0);
         for (int y = 0; y < layout.visibleHeight; ++y) {
@@ -142,7 +150,7 @@ class ViewerTest : public testing::Test {
         }
     }
     static uint32_t stored(int column, int row) {
-        return viewerSession().shown->colour.row(size_t(row))[column];
+        return viewerState.shown->colour.row(size_t(row))[column];
     }
 
     // Texts on screen.
@@ -153,7 +161,7 @@ class ViewerTest : public testing::Test {
 
     // Frame number that the visible picture was made for, read from its pixel (0, 0).
     static int visibleFrame() {
-        const PictureLayout& layout = viewerSession().layout;
+        const PictureLayout& layout = viewerState.layout;
         return platform::headless::visibleImage().at(layout.marginX, layout.marginY) >> 16 & 255;
     }
 };

@@ -4,9 +4,9 @@
 #include <vector>
 
 #include "platform/clock.h"
-#include "sequence/frame_loader.h"
-#include "viewer/load_animation.h"
-#include "viewer_fixture.h"
+#include "sequence/frame_reader.h"
+#include "viewer/playback/load_animation.h"
+#include "viewer/viewer_fixture.h"
 
 namespace vistel {
 
@@ -31,7 +31,7 @@ TEST_F(ViewerLoopTest, PlaysForwardAtTheRateAndWraps) {
         shown.emplace_back(visibleFrame(), platform::tickMilliseconds());
     });
     headless::script(headless::close);
-    runViewerLoop();
+    runViewerLoop(viewerState);
     ASSERT_GT(shown.size(), 20u);
     for (size_t i = 0; i < 20; ++i) {
         EXPECT_EQ(shown[i].first, int(i % 5) + 1) << i;
@@ -52,7 +52,7 @@ TEST_F(ViewerLoopTest, ShowsNoFrameTwiceAndLeavesNoneOutWhenTheMouseMoves) {
         shown.push_back(visibleFrame());
     });
     headless::script(headless::close);
-    runViewerLoop();
+    runViewerLoop(viewerState);
     ASSERT_GT(shown.size(), 50u);
     for (size_t i = 0; i < 50; ++i) EXPECT_EQ(shown[i], int(i) + 1);
 }
@@ -72,10 +72,10 @@ TEST_F(ViewerLoopTest, AFloodOfEventsThatChangeThePictureDoesNotHoldPlaybackUp) 
         if (presents == 400) postEvent(EV_QUIT, 1);
     });
     headless::script([] {
-        viewerSession().dragging.pan = true;
+        viewerState.dragging.pan = true;
         headless::moveMouse(50, 50);
     });
-    runViewerLoop();
+    runViewerLoop(viewerState);
     ASSERT_GT(shown.size(), 20u);
     for (size_t i = 0; i < 20; ++i) {
         EXPECT_EQ(shown[i].first, int(i) + 1);
@@ -95,7 +95,7 @@ TEST_F(ViewerLoopTest, SpacePausesAndTheArrowStepsOneFrame) {
         if (shown.size() == 1) headless::type(keyLeftArrow);
         if (shown.size() == 2) headless::close();
     });
-    runViewerLoop();
+    runViewerLoop(viewerState);
     ASSERT_EQ(shown.size(), 2u);
     EXPECT_EQ(shown[0], shown[1] % 9 + 1);
 }
@@ -106,7 +106,7 @@ TEST_F(ViewerLoopTest, ASingleImageNeverShowsAStatusLine) {
         EXPECT_TRUE(headless::visibleTexts().empty());
         headless::close();
     });
-    runViewerLoop();
+    runViewerLoop(viewerState);
 }
 
 TEST_F(ViewerLoopTest, AnAnimationHasItsStatusLineAtTheTop) {
@@ -123,7 +123,7 @@ TEST_F(ViewerLoopTest, AnAnimationHasItsStatusLineAtTheTop) {
         EXPECT_EQ(headless::visibleImage().at(0, 0), 0xFF202020u);
         headless::close();
     });
-    runViewerLoop();
+    runViewerLoop(viewerState);
     EXPECT_TRUE(looked);
 }
 
@@ -131,7 +131,7 @@ TEST_F(ViewerLoopTest, ThePictureIsExactAtItsMargins) {
     viewerState.currentZoom = 3;
     showAnimation(7, 7, 1, 64, 48);
     headless::whenIdle([] {
-        const PictureLayout& layout = viewerSession().layout;
+        const PictureLayout& layout = viewerState.layout;
         const headless::Image& image = headless::visibleImage();
         for (int y = 0; y < image.height; ++y) {
             for (int x = 0; x < image.width; ++x) {
@@ -144,26 +144,26 @@ TEST_F(ViewerLoopTest, ThePictureIsExactAtItsMargins) {
         }
         headless::close();
     });
-    runViewerLoop();
+    runViewerLoop(viewerState);
 }
 
 TEST_F(ViewerLoopTest, AFrameOfAnotherSizeIsCentredOnTheSamePlace) {
     showAnimation(1, 2, 1, 400, 300);
-    keepFrame(2, testFrame(2, 300, 200));
+    keepFrame(viewerState, 2, testFrame(2, 300, 200));
     headless::script([] { headless::type(keySpace); });
     headless::script([] {
         viewerState.currentFrame = 1;
         headless::type(keyRightArrow);
     });
     headless::whenIdle([] {
-        EXPECT_EQ(viewerSession().layout.marginX, 70);
-        EXPECT_EQ(viewerSession().layout.marginY, 70);
+        EXPECT_EQ(viewerState.layout.marginX, 70);
+        EXPECT_EQ(viewerState.layout.marginY, 70);
         EXPECT_EQ(visibleFrame(), 2);
         EXPECT_EQ(headless::visibleImage().at(69, 70), 0xFF202020u);
         EXPECT_EQ(headless::visibleImage().at(370, 100), 0xFF202020u);
         headless::close();
     });
-    runViewerLoop();
+    runViewerLoop(viewerState);
 }
 
 TEST_F(ViewerLoopTest, TheTimeLimitEndsTheLoopAndFreesNothing) {
@@ -174,24 +174,24 @@ TEST_F(ViewerLoopTest, TheTimeLimitEndsTheLoopAndFreesNothing) {
         headless::advanceMilliseconds(100);
         postEvent(EV_TIMER, 1);
     });
-    runViewerLoop();
+    runViewerLoop(viewerState);
     EXPECT_TRUE(headless::windowOpen());
-    EXPECT_EQ(viewerSession().slots.count(), 1u);
+    EXPECT_EQ(viewerState.slots.count(), 1u);
     EXPECT_EQ(viewerState.quitRequested, 0);
 }
 
 TEST_F(ViewerLoopTest, ClosingFreesTheFramesAndAsksToQuit) {
     showAnimation(1, 3);
     headless::script(headless::close);
-    runViewerLoop();
-    EXPECT_EQ(viewerSession().slots.count(), 0u);
+    runViewerLoop(viewerState);
+    EXPECT_EQ(viewerState.slots.count(), 0u);
     EXPECT_EQ(viewerState.quitRequested, 1);
 }
 
 TEST_F(ViewerLoopTest, AQuitEventOfTheMenuLeavesTheFileWithoutQuitting) {
     showAnimation(1, 1);
     headless::script([] { postEvent(EV_QUIT, 1); });
-    runViewerLoop();
+    runViewerLoop(viewerState);
     EXPECT_EQ(viewerState.quitRequested, 0);
     EXPECT_TRUE(headless::windowOpen());
 }
@@ -213,7 +213,7 @@ TEST_F(ViewerLoopTest, RangeKeysNarrowTheRange) {
         EXPECT_NE(headless::visibleTexts()[0].text.find(" - [3,6]"), std::string::npos);
         headless::close();
     });
-    runViewerLoop();
+    runViewerLoop(viewerState);
 }
 
 TEST_F(ViewerLoopTest, EscapeLeavesFullScreen) {
@@ -226,7 +226,7 @@ TEST_F(ViewerLoopTest, EscapeLeavesFullScreen) {
         EXPECT_EQ(headless::windowRect().width(), 400);
         headless::close();
     });
-    runViewerLoop();
+    runViewerLoop(viewerState);
 }
 
 TEST_F(ViewerLoopTest, AFrameThatCannotBeReadLeavesThePictureAndSaysSo) {
@@ -246,14 +246,14 @@ TEST_F(ViewerLoopTest, AFrameThatCannotBeReadLeavesThePictureAndSaysSo) {
             << headless::visibleTexts()[0].text;
         headless::close();
     });
-    runViewerLoop();
+    runViewerLoop(viewerState);
     EXPECT_EQ(idle, 2);
 }
 
 TEST_F(ViewerLoopTest, ReloadingAVanishedFileShowsABandUntilTheKeyIsReleased) {
     showAnimation(1, 1, 1, 400, 300);
     viewerState.fileName = "no such file";
-    windowContext().drawPass = drawPass;
+    windowContext().drawPass = [] { drawPass(viewerState); };
     int idle = 0;
     headless::whenIdle([&] {
         ++idle;
@@ -266,7 +266,7 @@ TEST_F(ViewerLoopTest, ReloadingAVanishedFileShowsABandUntilTheKeyIsReleased) {
         EXPECT_NE(headless::visibleImage().at(399, 0), 0xFF000000u);
         headless::close();
     });
-    runViewerLoop();
+    runViewerLoop(viewerState);
     EXPECT_EQ(idle, 3);
 }
 
@@ -283,20 +283,20 @@ TEST_F(ViewerLoopTest, HeldStepsDoNotPileUpWhileStopped) {
         EXPECT_EQ(viewerState.currentFrame, from + 1);
         headless::close();
     });
-    runViewerLoop();
+    runViewerLoop(viewerState);
 }
 
 TEST_F(ViewerLoopTest, ATimerTickSeesModifiersThatWereReleasedElsewhere) {
     showAnimation(1, 3);
-    viewerSession().modifiers.leftAlt = true;
+    viewerState.modifiers.leftAlt = true;
     headless::script([] { postEvent(EV_TIMER, 1); });
     headless::script([] {});
     headless::script([] { headless::type(keySpace); });
     headless::whenIdle([] {
-        EXPECT_FALSE(viewerSession().modifiers.any());
+        EXPECT_FALSE(viewerState.modifiers.any());
         headless::close();
     });
-    runViewerLoop();
+    runViewerLoop(viewerState);
 }
 
 TEST_F(ViewerLoopTest, ATimerTickLeavesAModifierWhoseReleaseIsStillQueued) {
@@ -312,7 +312,7 @@ TEST_F(ViewerLoopTest, ATimerTickLeavesAModifierWhoseReleaseIsStillQueued) {
         for (int i = 0; i < 20; ++i) headless::script([] {});
         headless::script(headless::close);
     });
-    runViewerLoop();
+    runViewerLoop(viewerState);
     EXPECT_EQ(viewerState.playFirst, 4);  // Shift: the range's start
 }
 
@@ -324,13 +324,13 @@ TEST_F(ViewerLoopTest, EscapeEndsALoadAndNothingElse) {
     viewerState.fileName = "no such file";
     headless::script([] { headless::press(keyEscape); });
     testing::internal::CaptureStderr();
-    loadRemainingFrames();
+    loadRemainingFrames(viewerState);
     testing::internal::GetCapturedStderr();
     EXPECT_EQ(viewerState.currentFrame, 1);
     headless::script([] { headless::type(keySpace); });
     headless::script([] { headless::release(keyEscape); });
     headless::whenIdle(headless::close);
-    runViewerLoop();
+    runViewerLoop(viewerState);
     EXPECT_EQ(viewerState.fullScreen, 1);
 }
 
@@ -346,7 +346,7 @@ TEST_F(ViewerLoopTest, ALongLoadKeepsOnlyTheKeys) {
             if (i == 29) headless::press('S');
         });
     testing::internal::CaptureStderr();
-    loadRemainingFrames();
+    loadRemainingFrames(viewerState);
     EXPECT_NE(testing::internal::GetCapturedStderr().find("Frames 2 to 40"), std::string::npos);
     EXPECT_EQ(windowContext().queue.count(), 1);
     EXPECT_EQ(waitEvent().code, 'S');
@@ -366,18 +366,18 @@ TEST_F(ViewerLoopTest, StepsByHandAreShownAtOnce) {
         EXPECT_EQ(platform::tickMilliseconds(), paused);
         headless::close();
     });
-    runViewerLoop();
+    runViewerLoop(viewerState);
     EXPECT_EQ(idle, 4);
 }
 
 TEST_F(ViewerLoopTest, PanIsClampedToThePicture) {
     viewerState.noRescale = 1;
     showAnimation(1, 1, 1, 2000, 300);  // 1160 columns are visible
-    PictureLayout& layout = viewerSession().layout;
+    PictureLayout& layout = viewerState.layout;
     const std::pair<float, float> rows[] = {{-5, 0}, {10, 10}, {840, 840}, {5000, 840}};
     for (const auto& [wanted, expected] : rows) {
         layout.panX = layout.panY = wanted;
-        drawPass();
+        drawPass(viewerState);
         EXPECT_FLOAT_EQ(layout.panX, expected);
         EXPECT_FLOAT_EQ(layout.panY, 0);  // all rows are visible
     }
@@ -388,14 +388,14 @@ TEST_F(ViewerLoopTest, TheMarkOfAStepBackGoesWithThePassThatShowsIt) {
     int idle = 0;
     headless::script([] { headless::type(keySpace); });
     headless::whenIdle([&] {
-        EXPECT_FALSE(viewerSession().wentBackward);
+        EXPECT_FALSE(viewerState.wentBackward);
         if (++idle == 1) return headless::type(keyLeftArrow);
         headless::close();
     });
     bool marked = false;
-    const auto whilePresented = [&] { marked |= viewerSession().wentBackward; };
+    const auto whilePresented = [&] { marked |= viewerState.wentBackward; };
     headless::whenPresented(whilePresented);
-    runViewerLoop();
+    runViewerLoop(viewerState);
     EXPECT_TRUE(marked);
 }
 
@@ -404,18 +404,19 @@ TEST_F(ViewerLoopTest, TheNextStepByKeyGoesToAnEndWhenThatIsAskedFor) {
     viewerState.playFirst = 2;
     viewerState.playLast = 8;
     viewerState.currentFrame = 5;
-    viewerSession().jumpToEnds = true;
+    viewerState.jumpToEnds = true;
     viewerState.playMode = PlayMode::forward;
-    runKey({.code = keyRightArrow, .synthetic = true, .modifiers = {}});  // playing goes on
+    runKey(viewerState,
+           {.code = keyRightArrow, .synthetic = true, .modifiers = {}});  // playing goes on
     EXPECT_EQ(viewerState.currentFrame, 6);
-    EXPECT_TRUE(viewerSession().jumpToEnds);
+    EXPECT_TRUE(viewerState.jumpToEnds);
     key(keyRightArrow);  // even while playing
     EXPECT_EQ(viewerState.currentFrame, 8);
-    EXPECT_FALSE(viewerSession().jumpToEnds);
+    EXPECT_FALSE(viewerState.jumpToEnds);
     viewerState.playMode = PlayMode::stopped;
     key(keyLeftArrow);
     EXPECT_EQ(viewerState.currentFrame, 7);
-    viewerSession().jumpToEnds = true;
+    viewerState.jumpToEnds = true;
     key(keyLeftArrow);
     EXPECT_EQ(viewerState.currentFrame, 2);
 }
@@ -425,10 +426,10 @@ TEST_F(ViewerLoopTest, AnAnimationRestsOnlyWhenItIsPaused) {
     viewerState.frameRate = 25;
     uint32_t before = 0, paused = 0;
     int idle = 0;
-    atEachPump(400, [&] { viewerSession().restRequested = true; });
+    atEachPump(400, [&] { viewerState.restRequested = true; });
     headless::script([&] {
         before = platform::tickMilliseconds();
-        EXPECT_TRUE(viewerSession().restRequested);  // not while it plays
+        EXPECT_TRUE(viewerState.restRequested);  // not while it plays
         headless::type(keySpace);
     });
     headless::whenIdle([&] {
@@ -436,11 +437,11 @@ TEST_F(ViewerLoopTest, AnAnimationRestsOnlyWhenItIsPaused) {
             paused = platform::tickMilliseconds();
             return headless::moveMouse(3, 3);
         }
-        EXPECT_FALSE(viewerSession().restRequested);
+        EXPECT_FALSE(viewerState.restRequested);
         EXPECT_EQ(platform::tickMilliseconds(), paused);  // once
         headless::close();
     });
-    runViewerLoop();
+    runViewerLoop(viewerState);
     EXPECT_EQ(idle, 2);
     EXPECT_LT(before, 450u);  // a pump for each millisecond: no rest was made
     EXPECT_GE(paused - before, 100u);
@@ -449,14 +450,14 @@ TEST_F(ViewerLoopTest, AnAnimationRestsOnlyWhenItIsPaused) {
 
 TEST_F(ViewerLoopTest, ARestIsATenthOfASecondOnce) {
     showAnimation(1, 1);
-    viewerSession().restRequested = true;
+    viewerState.restRequested = true;
     headless::script([] { headless::moveMouse(1, 1); });
     uint32_t rested = 0;
     headless::whenIdle([&] {
         rested = platform::tickMilliseconds();
         headless::close();
     });
-    runViewerLoop();
+    runViewerLoop(viewerState);
     EXPECT_EQ(rested, 100u);
 }
 

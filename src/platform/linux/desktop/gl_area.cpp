@@ -6,14 +6,15 @@
 #include <QTimerEvent>
 #include <QWindow>
 #include <cstdint>
+#include <utility>
 
 #include "platform/input_event.h"
 #include "platform/linux/desktop/keyboard.h"
 
 namespace vistel::platform {
 
-GlArea::GlArea(QWidget* parent, const WindowSink& target, const Owner& holder)
-    : QWidget(parent), sink(target), owner(holder) {
+GlArea::GlArea(QWidget* parent, const WindowSink& target, Owner holder)
+    : QWidget(parent), sink(target), owner(std::move(holder)) {
     setAttribute(Qt::WA_NativeWindow);
     setAttribute(Qt::WA_PaintOnScreen);
     setAttribute(Qt::WA_NoSystemBackground);
@@ -40,7 +41,7 @@ void GlArea::startPosting(unsigned milliseconds) {
 }
 
 void GlArea::post(int code, unsigned value) {
-    if (!silent) sink.postEvent(code, value & 0xFFFF);
+    if (!silent) sink.postEvent(sink.owner, code, value & 0xFFFF);
 }
 
 bool GlArea::event(QEvent* event) {
@@ -61,7 +62,7 @@ bool GlArea::event(QEvent* event) {
 }
 
 void GlArea::paintEvent(QPaintEvent*) {
-    if (!silent) sink.paint();
+    if (!silent) sink.paint(sink.owner);
 }
 
 void GlArea::resizeEvent(QResizeEvent*) {

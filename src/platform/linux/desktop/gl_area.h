@@ -4,6 +4,7 @@
 
 #include <QBasicTimer>
 #include <QWidget>
+#include <functional>
 #include <map>
 
 #include "platform/window.h"
@@ -14,12 +15,12 @@ class GlArea : public QWidget {
  public:
     // What the area asks of the window round it.
     struct Owner {
-        void (*close)();
-        void (*openMenu)(char mnemonic);
-        void (*resized)();
+        std::function<void()> close;
+        std::function<void(char mnemonic)> openMenu;
+        std::function<void()> resized;
     };
 
-    GlArea(QWidget* parent, const WindowSink& sink, const Owner& owner);
+    GlArea(QWidget* parent, const WindowSink& sink, Owner owner);
 
     // Posts EV_TIMER every `milliseconds`.
     void startPosting(unsigned milliseconds);

@@ -2,27 +2,13 @@
 
 #include <QAction>
 #include <QMenu>
-#include <map>
 
 #include "platform/menu.h"
+#include "resources/command_ids.h"
 
 namespace vistel::platform {
 
-namespace {
-
-struct ItemState {
-    bool checked = false;
-    bool enabled = true;
-    QAction* action = nullptr;  // null while there is no window
-};
-
-// By command. The sound items need a sound first.
-std::map<int, ItemState>& items() {
-    static std::map<int, ItemState> all = {{40023, {false, false}}, {40024, {false, false}}};
-    return all;
-}
-
-void showState(const ItemState& item) {
+void showMenuItem(const MenuItemState& item) {
     if (!item.action) return;
     // An item without its mark has no empty box either.
     item.action->setCheckable(item.checked);
@@ -30,24 +16,26 @@ void showState(const ItemState& item) {
     item.action->setEnabled(item.enabled);
 }
 
+namespace {
+
 // Builds menus from the rows of the menu table.
 struct Builder {
     QMenuBar* bar;
-    void (*send)(int command);
+    std::map<int, MenuItemState>& items;
+    const std::function<void(int command)>& send;
     QMenu* menu = nullptr;
 
     void begin(const char* caption) { menu = bar->addMenu(QString::fromUtf8(caption)); }
 
-    void item(const char* caption, int command) {
+    void item(const char* caption, int command, bool enabledAtFirst) {
         QAction* action = menu->addAction(QString::fromUtf8(caption));
-        ItemState& state = items()[command];
+        // A window keeps what was set when it gets its menu anew.
+        const auto [place, first] = items.try_emplace(command);
+        MenuItemState& state = place->second;
+        if (first) state.enabled = enabledAtFirst;
         state.action = action;
-        showState(state);
-        QObject::connect(action, &QAction::triggered, [send = send, command] {
-            // Choosing an item does not change its mark; the command may.
-            showState(items()[command]);
-            send(command);
-        });
+        showMenuItem(state);
+        QObject::connect(action, &QAction::triggered, [send = send, command] { send(command); });
     }
 
     void separator() { menu->addSeparator(); }
@@ -55,26 +43,25 @@ struct Builder {
 
 }  // namespace
 
-QMenuBar* createMenuBar(QWidget* parent, void (*send)(int command)) {
+QMenuBar* createMenuBar(QWidget* parent, std::map<int, MenuItemState>& items,
+                        const std::function<void(int command)>& send) {
     auto* bar = new QMenuBar(parent);
     // In the window, also where desktops move the menus to a bar of their own.
     bar->setNativeMenuBar(false);
     bar->setFocusPolicy(Qt::NoFocus);
-    Builder builder{bar, send};
+    Builder builder{bar, items, send};
 #define MENU_BEGIN(caption) builder.begin(caption);
-#define MENU_ITEM(caption, command) builder.item(caption, command);
+#define MENU_ITEM(caption, command) builder.item(caption, command, true);
+#define MENU_GREYED_ITEM(caption, command) builder.item(caption, command, false);
 #define MENU_SEPARATOR builder.separator();
 #define MENU_END
 #include "resources/menu_table.inc"
 #undef MENU_BEGIN
 #undef MENU_ITEM
+#undef MENU_GREYED_ITEM
 #undef MENU_SEPARATOR
 #undef MENU_END
     return bar;
-}
-
-void forgetMenuBar() {
-    for (auto& [command, item] : items()) item.action = nullptr;
 }
 
 void openMenu(QMenuBar& bar, char mnemonic) {
@@ -86,16 +73,18 @@ void openMenu(QMenuBar& bar, char mnemonic) {
     }
 }
 
-void checkMenuItem(int command, bool checked) {
-    ItemState& item = items()[command];
+void checkMenuItem(Window* window, int command, bool checked) {
+    if (!windowExists(window)) return;
+    MenuItemState& item = window->menuItems[command];
     item.checked = checked;
-    showState(item);
+    showMenuItem(item);
 }
 
-void enableMenuItem(int command, bool enabled) {
-    ItemState& item = items()[command];
+void enableMenuItem(Window* window, int command, bool enabled) {
+    if (!windowExists(window)) return;
+    MenuItemState& item = window->menuItems[command];
     item.enabled = enabled;
-    showState(item);
+    showMenuItem(item);
 }
 
 }  // namespace vistel::platform

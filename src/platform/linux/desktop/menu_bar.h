@@ -2,15 +2,20 @@
 #pragma once
 
 #include <QMenuBar>
+#include <functional>
+#include <map>
+
+#include "platform/linux/desktop/native_window.h"
 
 namespace vistel::platform {
 
-// A new menu bar in the state that checkMenuItem and enableMenuItem have left. Its items only send
-// their command to `send`.
-QMenuBar* createMenuBar(QWidget* parent, void (*send)(int command));
+// A new menu bar, whose items are entered in `items` by their commands and show the state that is
+// found there; `items` lives as long as the bar. An item that is chosen only sends its command.
+QMenuBar* createMenuBar(QWidget* parent, std::map<int, MenuItemState>& items,
+                        const std::function<void(int command)>& send);
 
-// To be called when the menu bar is gone: menu state is from then on only remembered.
-void forgetMenuBar();
+// Makes the item look as its state says: choosing it in the menu turns its mark over.
+void showMenuItem(const MenuItemState& item);
 
 // Opens the menu whose caption has this mnemonic, a capital letter.
 void openMenu(QMenuBar& bar, char mnemonic);

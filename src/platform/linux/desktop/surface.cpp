@@ -1,74 +1,63 @@
 // The rendering context on the client area: this system's half of the surface.
 #include "platform/surface.h"
 
-#include <QGuiApplication>
 #include <QOpenGLContext>
-#include <QScreen>
 #include <QWindow>
 #include <memory>
 
 #include "platform/dialogs.h"
 #include "platform/gl/gl_surface.h"
-#include "platform/linux/desktop/application.h"
-#include "platform/linux/desktop/surface_context.h"
-#include "platform/linux/desktop/viewer_window.h"
+#include "platform/linux/desktop/native_window.h"
 
 namespace vistel::platform {
 
-namespace {
+DrawingState* drawingState(Window* window) { return window ? &window->drawing : nullptr; }
 
-// Deleted with its window only: when the process ends with the window open, the driver may be gone
-// before the destructors of this file's objects run.
-QOpenGLContext* context = nullptr;
-
-QWindow* drawable() {
-    ViewerWindow* window = ViewerWindow::current();
-    return window ? window->area().windowHandle() : nullptr;
+bool makeSurfaceCurrent(Window* window) {
+    if (!surfaceExists(window)) return false;
+    QOpenGLContext* const context = window->context;
+    QWindow* const target = drawable(window);
+    if (QOpenGLContext::currentContext() == context && context->surface() == target) return true;
+    return context->makeCurrent(target);
 }
 
-}  // namespace
-
-bool createSurface() {
-    QWindow* window = drawable();
-    if (!window) return false;
-    const bool fresh = !context;
+bool createSurface(Window* window) {
+    QWindow* const target = drawable(window);
+    if (!target) return false;
+    const bool fresh = !window->context;
     if (fresh) {
         auto created = std::make_unique<QOpenGLContext>();
-        created->setFormat(window->requestedFormat());
+        created->setFormat(target->requestedFormat());
         if (!created->create()) {
-            showSystemErrorBox(cannotSetPixelFormat);
+            showSystemErrorBox(window, cannotSetPixelFormat);
             return false;
         }
-        context = created.release();
+        // Deleted with its window only: when the process ends with the window open, the driver may
+        // be gone before any destructor runs.
+        window->context = created.release();
     }
-    if (!context->makeCurrent(window)) {
-        showSystemErrorBox(cannotOpenSurface);
+    if (!window->context->makeCurrent(target)) {
+        showSystemErrorBox(window, cannotOpenSurface);
         return false;
     }
-    resetPixelPipeline(fresh);
+    resetPixelPipeline(window, fresh);
     return true;
 }
 
-void destroySurface() {
-    if (!context) return;
-    if (QWindow* window = drawable(); window && context->makeCurrent(window)) {
-        releaseDrawingObjects();
-        context->doneCurrent();
+void destroySurface(Window* window) {
+    if (!surfaceExists(window)) return;
+    if (window->context->makeCurrent(drawable(window))) {
+        releaseDrawingObjects(window);
+        window->context->doneCurrent();
     }
-    delete context;
-    context = nullptr;
+    delete window->context;
+    window->context = nullptr;
 }
 
-bool surfaceExists() { return context != nullptr; }
+bool surfaceExists(const Window* window) { return window && window->context; }
 
-void makeSurfaceCurrent() {
-    QWindow* window = drawable();
-    if (context && window) context->makeCurrent(window);
-}
-
-void swapBuffers() {
-    QWindow* window = drawable();
-    if (context && window) context->swapBuffers(window);
+void swapBuffers(Window* window) {
+    if (makeSurfaceCurrent(window)) window->context->swapBuffers(drawable(window));
 }
 
 }  // namespace vistel::platform

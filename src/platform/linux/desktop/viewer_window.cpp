@@ -6,7 +6,6 @@
 #include <algorithm>
 
 #include "platform/linux/desktop/menu_bar.h"
-#include "platform/linux/desktop/surface_context.h"
 
 namespace vistel::platform {
 
@@ -18,38 +17,36 @@ constexpr Qt::WindowFlags withBorder = Qt::Window | Qt::CustomizeWindowHint | Qt
                                        Qt::WindowCloseButtonHint;
 constexpr Qt::WindowFlags withoutBorder = Qt::Window | Qt::FramelessWindowHint;
 
-ViewerWindow* currentWindow = nullptr;
-WindowSink currentSink{};
-
-void sendCommand(int id) {
-    const WindowSink sink = currentSink;
-    sink.commandStarts();
-    sink.command(id);
-    sink.commandEnds();
-}
-
-void areaResized() {
-    makeSurfaceCurrent();
-    currentSink.resized();
-}
-
-void openMenuOf(char mnemonic) {
-    if (currentWindow && currentWindow->menuBar().isVisible()) {
-        openMenu(currentWindow->menuBar(), mnemonic);
-    }
-}
-
 }  // namespace
 
-ViewerWindow::ViewerWindow(const WindowSink& sink) : QWidget(nullptr, withBorder) {
-    currentWindow = this;
-    currentSink = sink;
-    menus = createMenuBar(this, sendCommand);
-    client = new GlArea(this, sink, {closeWindow, openMenuOf, areaResized});
+ViewerWindow::ViewerWindow(Window& of) : QWidget(nullptr, withBorder), window(&of) {
+    menus = createMenuBar(this, of.menuItems, [this](int id) { sendCommand(id); });
+    client = new GlArea(this, of.sink,
+                        {[this] { close(); }, [this](char mnemonic) { openMenuOf(mnemonic); },
+                         [this] { areaResized(); }});
     client->setFocus();
 }
 
-ViewerWindow* ViewerWindow::current() { return currentWindow; }
+// The window may be closed when the command returns.
+void ViewerWindow::sendCommand(int id) {
+    if (!window) return;
+    // Choosing an item does not change its mark; the command may.
+    showMenuItem(window->menuItems[id]);
+    const WindowSink sink = window->sink;
+    sink.commandStarts(sink.owner);
+    sink.command(sink.owner, id);
+    sink.commandEnds(sink.owner);
+}
+
+void ViewerWindow::openMenuOf(char mnemonic) {
+    if (menus->isVisible()) openMenu(*menus, mnemonic);
+}
+
+void ViewerWindow::areaResized() {
+    if (!window) return;
+    makeSurfaceCurrent(window);
+    window->sink.resized(window->sink.owner);
+}
 
 int ViewerWindow::menuHeight() const { return bordered ? menus->sizeHint().height() : 0; }
 
@@ -98,13 +95,12 @@ void ViewerWindow::place(const PixelRect& rect, bool border, bool keepOnScreen) 
 
 void ViewerWindow::closeEvent(QCloseEvent* event) {
     event->ignore();
-    closeWindow();
+    closeWindow(window);
 }
 
 void ViewerWindow::retire() {
     client->silence();
-    currentWindow = nullptr;
-    forgetMenuBar();
+    window = nullptr;
     hide();
     deleteLater();
 }

@@ -1,17 +1,19 @@
-// The viewer's top-level window: the menu bar above the client area.
+// A top-level window: the menu bar above the client area.
 #pragma once
 
 #include <QMenuBar>
 #include <QWidget>
 
 #include "platform/linux/desktop/gl_area.h"
+#include "platform/linux/desktop/native_window.h"
 #include "platform/window.h"
 
 namespace vistel::platform {
 
 class ViewerWindow : public QWidget {
  public:
-    explicit ViewerWindow(const WindowSink& sink);
+    // The widget of this window, until it is retired.
+    explicit ViewerWindow(Window& window);
 
     GlArea& area() { return *client; }
     QMenuBar& menuBar() { return *menus; }
@@ -20,11 +22,8 @@ class ViewerWindow : public QWidget {
     // where its upper edge would be above the screen.
     void place(const PixelRect& rect, bool border, bool keepOnScreen);
 
-    // Ends the window's part in everything; it is deleted by the event loop.
+    // Ends the widget's part in everything, the window's included; it is deleted by the event loop.
     void retire();
-
-    // The window of this process; null when there is none.
-    static ViewerWindow* current();
 
  protected:
     void resizeEvent(QResizeEvent* event) override;
@@ -35,7 +34,11 @@ class ViewerWindow : public QWidget {
     void showBorder(bool border);
     void showFullScreenState(bool full);
     void arrange();
+    void sendCommand(int id);
+    void openMenuOf(char mnemonic);
+    void areaResized();
 
+    Window* window;  // null once retired
     QMenuBar* menus;
     GlArea* client;
     bool bordered = true;

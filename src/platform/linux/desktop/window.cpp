@@ -19,10 +19,11 @@ namespace vistel::platform {
 
 namespace {
 
-bool quitPosted = false;
+// A window was closed since the last pump.
+bool closedSincePump = false;
 
-// The window of the calling thread: only the first thread has one.
-ViewerWindow* window() { return applicationRuns() ? ViewerWindow::current() : nullptr; }
+// The widget of a window that is open; null for any other.
+ViewerWindow* widgetOf(const Window* window) { return window ? window->widget : nullptr; }
 
 // An interrupt is for the whole program, so it closes the menu or box that a user has left open.
 void closeOpenBoxes() {
@@ -62,48 +63,89 @@ PixelRect toPixelRect(const QRect& rect) {
 
 }  // namespace
 
-bool openWindow(const WindowRequest& request, const WindowSink& sink) {
-    if (!startApplication() || window()) return false;
-    quitPosted = false;
-    auto* fresh = new ViewerWindow(sink);
+QWidget* boxParent(Window* window) { return widgetOf(window); }
+
+QWindow* drawable(const Window* window) {
+    ViewerWindow* const open = widgetOf(window);
+    return open ? open->area().windowHandle() : nullptr;
+}
+
+Window* openWindow(const WindowRequest& request, const WindowSink& sink) {
+    if (!startApplication()) return nullptr;
+    auto* window = new Window;
+    window->sink = sink;
+    auto* fresh = window->widget = new ViewerWindow(*window);
     fresh->setWindowTitle(titleText(request.title));
     fresh->place(request.client, request.border, true);
     fresh->show();
     fresh->raise();
     // Without a window manager nobody else gives it the keyboard.
     fresh->activateWindow();
-    return true;
+    return window;
 }
 
-bool windowExists() { return window() != nullptr; }
+bool windowExists(const Window* window) { return widgetOf(window) != nullptr; }
 
-void placeWindow(const PixelRect& client, bool border) {
-    if (ViewerWindow* open = window()) open->place(client, border, false);
-}
-
-void setWindowTitle(const std::string& title) {
-    if (ViewerWindow* open = window()) open->setWindowTitle(titleText(title));
-}
-
-void closeWindow() {
-    ViewerWindow* open = window();
+void closeWindow(Window* window) {
+    ViewerWindow* const open = widgetOf(window);
     if (!open) return;
-    destroySurface();
+    destroySurface(window);
+    window->widget = nullptr;
     open->retire();
-    quitPosted = true;
+    closedSincePump = true;
 }
 
-void clientArea(int& width, int& height) {
-    ViewerWindow* open = window();
+void releaseWindow(Window* window) {
+    closeWindow(window);
+    delete window;
+}
+
+void placeWindow(Window* window, const PixelRect& client, bool border) {
+    if (ViewerWindow* open = widgetOf(window)) open->place(client, border, false);
+}
+
+void setWindowTitle(Window* window, const std::string& title) {
+    if (ViewerWindow* open = widgetOf(window)) open->setWindowTitle(titleText(title));
+}
+
+void clientArea(const Window* window, int& width, int& height) {
+    ViewerWindow* const open = widgetOf(window);
     width = open ? open->area().width() : 0;
     height = open ? open->area().height() : 0;
 }
 
-void clientScreenPosition(int& x, int& y) {
-    ViewerWindow* open = window();
+void clientScreenPosition(const Window* window, int& x, int& y) {
+    ViewerWindow* const open = widgetOf(window);
     const QPoint corner = open ? open->area().mapToGlobal(QPoint(0, 0)) : QPoint();
     x = corner.x();
     y = corner.y();
+}
+
+void setCursor(Window* window, bool cross) {
+    if (ViewerWindow* open = widgetOf(window)) {
+        open->area().setCursor(cross ? Qt::CrossCursor : Qt::ArrowCursor);
+    }
+}
+
+void startTimer(Window* window, unsigned milliseconds) {
+    if (ViewerWindow* open = widgetOf(window)) open->area().startPosting(milliseconds);
+}
+
+void pumpMessages() {
+    closedSincePump = false;
+    if (!applicationRuns()) return;
+    watchInterrupts();
+    QCoreApplication::processEvents(QEventLoop::AllEvents);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
+void waitMessage() {
+    if (closedSincePump || interruptRequested()) return;
+    if (!applicationRuns()) return waitForInterrupt();
+    watchInterrupts();
+    // Waits only when nothing is there yet, and handles what comes: a message between the last pump
+    // and this call cannot be missed.
+    QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
 }
 
 ScreenSize screenSize() {
@@ -115,36 +157,6 @@ ScreenSize screenSize() {
 PixelRect workArea() {
     const QScreen* screen = mainScreen();
     return screen ? toPixelRect(screen->availableGeometry()) : PixelRect{};
-}
-
-void setCursor(bool cross) {
-    if (ViewerWindow* open = window()) {
-        open->area().setCursor(cross ? Qt::CrossCursor : Qt::ArrowCursor);
-    }
-}
-
-void startTimer(unsigned milliseconds) {
-    if (ViewerWindow* open = window()) open->area().startPosting(milliseconds);
-}
-
-bool pumpMessages() {
-    if (applicationRuns()) {
-        watchInterrupts();
-        QCoreApplication::processEvents(QEventLoop::AllEvents);
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    }
-    const bool quit = quitPosted;
-    quitPosted = false;
-    return !quit;
-}
-
-void waitMessage() {
-    if (quitPosted || interruptRequested()) return;
-    if (!applicationRuns()) return waitForInterrupt();
-    watchInterrupts();
-    // Waits only when nothing is there yet, and handles what comes: a message between the last pump
-    // and this call cannot be missed.
-    QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
 }
 
 bool keyDown(int code) {

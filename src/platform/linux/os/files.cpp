@@ -50,7 +50,7 @@ FILE* openFile(const std::string& name, const char* mode) {
 
 static bool closedAtStart[3];
 
-static bool wasClosed(int descriptor) { return descriptor <= 2 && closedAtStart[descriptor]; }
+bool wasClosed(int descriptor) { return descriptor <= 2 && closedAtStart[descriptor]; }
 
 void keepStandardStreams() {
     for (int descriptor = 0; descriptor <= 2; ++descriptor) {
@@ -150,16 +150,15 @@ bool seekStream(FILE* stream, int64_t offset, int origin) {
 }
 
 bool replaceFile(const std::string& from, const std::string& to) {
-    struct stat status {};
-    if (stat(to.c_str(), &status) == 0) (void)chmod(from.c_str(), status.st_mode & 0777);
     return std::rename(from.c_str(), to.c_str()) == 0;
 }
 
-std::string followLinks(const std::string& name) {
+std::optional<std::string> followLinks(const std::string& name) {
     struct stat status {};
     if (lstat(name.c_str(), &status) != 0 || !S_ISLNK(status.st_mode)) return name;
     const std::unique_ptr<char, void (*)(void*)> file(realpath(name.c_str(), nullptr), std::free);
-    return file ? file.get() : name;
+    if (!file) return std::nullopt;
+    return file.get();
 }
 
 bool fileExists(const std::string& name) {
@@ -197,6 +196,8 @@ std::string programPath() {
         path.resize(path.size() * 2);
     }
 }
+
+bool isAbsolutePath(const std::string& name) { return name.starts_with('/'); }
 
 std::string currentDirectory() {
     std::string path(256, '\0');

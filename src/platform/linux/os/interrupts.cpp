@@ -42,7 +42,10 @@ void catchInterrupts() {
     }
 }
 
-void ignoreClosedReaders() { signal(SIGPIPE, SIG_IGN); }
+void ignoreClosedReaders() {
+    signal(SIGPIPE, SIG_IGN);
+    signal(SIGXFSZ, SIG_IGN);
+}
 
 bool interruptRequested() { return requested != 0; }
 

@@ -8,6 +8,7 @@
 
 #include "platform/files.h"
 #include "platform/linux/os/environment_lock.h"
+#include "platform/quoting.h"
 
 namespace vistel::platform {
 
@@ -19,7 +20,9 @@ bool isProgram(const std::string& path) {
            access(path.c_str(), X_OK) == 0;
 }
 
-std::string shellQuoted(const std::string& word) {
+}  // namespace
+
+std::string quotedWord(const std::string& word) {
     std::string quoted = "'";
     for (const char c : word) {
         if (c == '\'') {
@@ -31,23 +34,7 @@ std::string shellQuoted(const std::string& word) {
     return quoted + "'";
 }
 
-}  // namespace
-
-std::string quotedCommand(const std::string& program) { return shellQuoted(program); }
-
-std::string quotedCommand(const std::string& program, const std::string& argument,
-                          const std::string& furtherWords) {
-    return quotedCommand(program, "", argument, furtherWords);
-}
-
-std::string quotedCommand(const std::string& program, const std::string& leadingWords,
-                          const std::string& argument, const std::string& furtherWords) {
-    std::string command = shellQuoted(program) + " ";
-    if (!leadingWords.empty()) command += leadingWords + " ";
-    command += shellQuoted(argument);
-    if (!furtherWords.empty()) command += " " + furtherWords;
-    return command;
-}
+std::string interpretedLine(const std::string& command) { return command; }
 
 std::optional<std::string> findProgram(const std::string& baseName) {
     const std::string self = programPath();
@@ -57,9 +44,9 @@ std::optional<std::string> findProgram(const std::string& baseName) {
     for (size_t start = 0; start <= path.size();) {
         const size_t end = std::min(path.find(':', start), path.size());
         const std::string folder = path.substr(start, end - start);
-        const std::string candidate = (folder.empty() ? "." : folder) + "/" + baseName;
-        if (isProgram(candidate)) return candidate;
         start = end + 1;
+        if (!folder.starts_with('/')) continue;
+        if (const std::string program = folder + "/" + baseName; isProgram(program)) return program;
     }
     return std::nullopt;
 }

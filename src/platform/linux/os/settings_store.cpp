@@ -6,12 +6,14 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <vector>
 
 #include "platform/files.h"
 #include "platform/process.h"
+#include "platform/unfinished_file.h"
 
 namespace vistel::platform {
 
@@ -81,8 +83,8 @@ void makeFolders(const std::string& path) {
     mkdir(path.c_str(), 0700);
 }
 
-bool writeLines(const std::string& file, const std::vector<std::string>& lines) {
-    FilePtr stream(openFile(file, "w"));
+bool writeLines(FILE* file, const std::vector<std::string>& lines) {
+    FilePtr stream(file);
     if (!stream) return false;
     for (const std::string& line : lines) std::fprintf(stream.get(), "%s\n", line.c_str());
     const bool written = std::fflush(stream.get()) == 0 && !std::ferror(stream.get()) &&
@@ -107,14 +109,19 @@ void writeSetting(const std::string& name, const std::string& value) {
     if (folder.empty()) return;
     makeFolders(folder);
     const std::string file = folder + "/vistel.conf";
+    // Some keep their settings elsewhere and have links to them.
+    const std::optional<std::string> target = followLinks(file);
+    if (!target) {
+        std::fprintf(stderr, "vistel: %s: settings are not saved: a symbolic link that leads %s\n",
+                     file.c_str(), errno == ELOOP ? "in a circle" : "nowhere");
+        return;
+    }
     std::vector<std::string> lines = readLines(file);
     std::erase_if(lines, [&](const std::string& line) { return holds(line, name); });
     lines.push_back(name + "=" + escaped(value));
-    // Written beside the old file and put in its place whole: a reader never sees half of it.
-    const std::string fresh = file + "." + std::to_string(getpid());
-    if (!writeLines(fresh, lines) || rename(fresh.c_str(), file.c_str()) != 0) {
-        unlink(fresh.c_str());
-    }
+    // Put in the place of the old file whole: a reader never sees half of it.
+    UnfinishedFile fresh;
+    if (writeLines(fresh.create(*target), lines)) (void)!fresh.finish();
 }
 
 }  // namespace vistel::platform

@@ -1,125 +1,174 @@
-// The file is removed by a handler of the signals that ask a process to end, which afterwards lets
-// the signal have its way: the exit status is the signal's own.
 #include "platform/unfinished_file.h"
 
+#include <fcntl.h>
 #include <limits.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
-#include <atomic>
+#include <algorithm>
 #include <cerrno>
-#include <csignal>
-#include <cstring>
+#include <vector>
 
 #include "platform/files.h"
+#include "platform/linux/os/held_signals.h"
 
 namespace vistel::platform {
 
 namespace {
 
-constexpr int signals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGXCPU, SIGXFSZ};
+// Files beside each other that other programs are at, or could not remove.
+constexpr int mostUnfinished = 10000;
+constexpr mode_t permissions = 07777;
 
-// Any thread may meet the signal. While the file is created or renamed nobody can tell whether it
-// has its name: a signal then waits for the end of that.
-enum Stage : int { none, changing, unfinished, ending };
-std::atomic<int> stage{none};
-std::atomic<int> heldBack{0};  // the signal that waits
-char path[PATH_MAX];
-static_assert(std::atomic<int>::is_always_lock_free, "to be used by a signal handler");
+std::string folderOf(const std::string& target) { return target.substr(0, target.rfind('/') + 1); }
 
-extern "C" void endUnfinished(int number);
-
-// Only what a signal handler may do.
-void endBySignal(int number) {
-    struct sigaction action {};
-    action.sa_handler = SIG_DFL;
-    sigaction(number, &action, nullptr);
-    raise(number);
-}
-
-extern "C" void endUnfinished(int number) {
-    const int before = errno;
-    for (int now = stage; now != ending;) {
-        if (now == changing) {
-            heldBack = number;
-            // Unless that has ended meanwhile, without having seen it.
-            if (stage == changing) break;
-            now = stage;
-            continue;
+// A free name beside the target for whatever `take` does with it: that returns whether it was done,
+// with errno EEXIST when the name is taken. Empty with errno set on failure.
+template <class Take>
+std::string freeName(const std::string& target, Take&& take) {
+    for (int number = 0; number < mostUnfinished; ++number) {
+        std::string name =
+            folderOf(target) + "vistel-unfinished-" + std::to_string(number) + ".tmp";
+        if (name.size() >= PATH_MAX) {
+            errno = ENAMETOOLONG;
+            return {};
         }
-        if (!stage.compare_exchange_weak(now, ending)) continue;
-        if (now == unfinished) unlink(path);
-        endBySignal(number);
-        break;
+        if (take(name)) return name;
+        if (errno != EEXIST) return {};
     }
-    errno = before;
+    return {};
 }
 
-// Signals that are ignored stay so; who handles one itself ends in its own way.
-void catchSignals() {
-    struct sigaction action {};
-    action.sa_handler = endUnfinished;
-    action.sa_flags = SA_RESTART;
-    for (const int number : signals) {
-        struct sigaction present {};
-        sigaction(number, nullptr, &present);
-        if (present.sa_handler == SIG_DFL) sigaction(number, &action, nullptr);
-    }
+std::string pathOfDescriptor(int descriptor) {
+    return "/proc/self/fd/" + std::to_string(descriptor);
 }
 
-void letSignalsGo() {
-    struct sigaction action {};
-    action.sa_handler = SIG_DFL;
-    for (const int number : signals) {
-        struct sigaction present {};
-        sigaction(number, nullptr, &present);
-        if (present.sa_handler == endUnfinished) sigaction(number, &action, nullptr);
-    }
+// Not every file system has files without a name, and only through the list of open files may
+// everybody give them one. -1 where there are none.
+int openNameless(const std::string& target, mode_t mode) {
+    const std::string folder = folderOf(target);
+    const int file =
+        open(folder.empty() ? "." : folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, mode);
+    if (file < 0 || access(pathOfDescriptor(file).c_str(), F_OK) == 0) return file;
+    close(file);
+    return -1;
 }
 
-void beginChange() {
-    for (int now = stage; now == ending || !stage.compare_exchange_weak(now, changing);) {
-        if (now == ending) pause();  // another thread is about to end the process
-    }
+// Where the target's folder takes no files. -1 with errno set on failure.
+int openElsewhere() {
+    const FilePtr file(std::tmpfile());
+    return file ? fcntl(fileno(file.get()), F_DUPFD_CLOEXEC, 3) : -1;
 }
 
-void endChange(Stage next) {
-    const int error = errno;
-    stage = next;
-    if (const int number = heldBack.exchange(0)) endUnfinished(number);
-    if (next == none) letSignalsGo();
+// Whether the file could be given the owner and the group of another.
+bool ownedAs(int file, const struct stat& other) {
+    struct stat own {};
+    (void)!fchown(file, other.st_uid, other.st_gid);
+    return fstat(file, &own) == 0 && own.st_uid == other.st_uid && own.st_gid == other.st_gid;
+}
+
+bool reserve(int file, off_t size) {
+    if (size == 0) return true;
+    const int error = posix_fallocate(file, 0, size);
+    if (error == 0 || error == EOPNOTSUPP || error == EINVAL) return true;
     errno = error;
+    return false;
+}
+
+bool copyBytes(int from, int to, off_t size) {
+    std::vector<char> block(size_t{1} << 18);
+    for (off_t at = 0; at < size;) {
+        const auto wanted =
+            static_cast<size_t>(std::min<off_t>(size - at, static_cast<off_t>(block.size())));
+        const ssize_t got = pread(from, block.data(), wanted, at);
+        if (got == 0) errno = EIO;
+        if (got <= 0) return false;
+        for (ssize_t done = 0; done < got;) {
+            const ssize_t more =
+                pwrite(to, block.data() + done, static_cast<size_t>(got - done), at + done);
+            if (more <= 0) return false;
+            done += more;
+        }
+        at += got;
+    }
+    return true;
+}
+
+bool copyInto(int from, const std::string& target) {
+    struct stat whole {
+    }, old{};
+    const int to = open(target.c_str(), O_WRONLY | O_CLOEXEC | O_NOFOLLOW);
+    if (to < 0) return false;
+    bool done = fstat(from, &whole) == 0 && fstat(to, &old) == 0;
+    if (done && !reserve(to, whole.st_size)) {
+        const int error = errno;
+        (void)!ftruncate(to, old.st_size);
+        errno = error;
+        done = false;
+    }
+    done = done && copyBytes(from, to, whole.st_size) && ftruncate(to, whole.st_size) == 0 &&
+           fsync(to) == 0;
+    const int error = errno;
+    if (close(to) != 0 && done) return false;
+    errno = error;
+    return done;
+}
+
+// The descriptor stays open when the stream is closed.
+FILE* streamOn(int file) {
+    const int copy = fcntl(file, F_DUPFD_CLOEXEC, 3);
+    FILE* stream = copy < 0 ? nullptr : fdopen(copy, "w+");
+    if (!stream && copy >= 0) close(copy);
+    return stream;
 }
 
 }  // namespace
 
-FILE* UnfinishedFile::create(const std::string& name) {
-    if (name.size() >= sizeof path) {
-        errno = ENAMETOOLONG;
-        return nullptr;
-    }
-    name_ = name;
-    catchSignals();
+FILE* UnfinishedFile::create(const std::string& target, Name named) {
+    struct stat status {};
+    const bool there = stat(target.c_str(), &status) == 0;
+    if (there && access(target.c_str(), W_OK) != 0) return nullptr;
+    target_ = target;
+    mode_ = there ? status.st_mode & permissions : 0;
+    const mode_t mode = there ? 0600 : 0666;
     beginChange();
-    std::memcpy(path, name.c_str(), name.size() + 1);
-    FILE* file = std::fopen(path, "w+xe");
-    if (!file) name_.clear();
-    endChange(file ? unfinished : none);
-    return file;
+    int file = named == Name::always ? -1 : openNameless(target, mode);
+    if (file < 0)
+        name_ = freeName(target, [&](const std::string& name) {
+            file = open(name.c_str(), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, mode);
+            return file >= 0;
+        });
+    const bool closedFolder = file < 0 && (errno == EACCES || errno == EPERM || errno == EROFS);
+    if (there && closedFolder) file = openElsewhere();
+    copied_ = there && (closedFolder || status.st_nlink > 1 || !ownedAs(file, status));
+    FILE* stream = file < 0 ? nullptr : streamOn(file);
+    handle_ = file;
+    endChange(name_);
+    return stream;
 }
 
-bool UnfinishedFile::replace(const std::string& to) {
+bool UnfinishedFile::finish() {
+    const int file = static_cast<int>(handle_);
     beginChange();
-    const bool replaced = replaceFile(name_, to);
-    if (replaced) name_.clear();
-    endChange(replaced ? none : unfinished);
-    return replaced;
+    // By the descriptor: nobody can put another file under the name meanwhile.
+    bool done = copied_ ? copyInto(file, target_) : mode_ == 0 || fchmod(file, mode_) == 0;
+    if (done && !copied_ && name_.empty())
+        name_ = freeName(target_, [&](const std::string& name) {
+            return linkat(AT_FDCWD, pathOfDescriptor(file).c_str(), AT_FDCWD, name.c_str(),
+                          AT_SYMLINK_FOLLOW) == 0;
+        });
+    if (done && !copied_) done = !name_.empty() && replaceFile(name_, target_);
+    if (done && !copied_) name_.clear();
+    endChange(name_);
+    return done;
 }
 
 UnfinishedFile::~UnfinishedFile() {
+    if (handle_ >= 0) close(static_cast<int>(handle_));
     if (name_.empty()) return;
     beginChange();
     unlink(name_.c_str());
-    endChange(none);
+    endChange({});
 }
 
 }  // namespace vistel::platform

@@ -9,9 +9,9 @@ namespace vistel::platform {
 
 namespace {
 
-void showBox(const std::string& caption, const std::wstring& text, UINT icon) {
+void showBox(Window* over, const std::string& caption, const std::wstring& text, UINT icon) {
     const int answer =
-        MessageBoxW(nativeWindow().handle, text.c_str(), wideText(caption).c_str(), MB_OK | icon);
+        MessageBoxW(handleOf(over), text.c_str(), wideText(caption).c_str(), MB_OK | icon);
     // No display, no box.
     if (answer <= 0) std::fprintf(stderr, "%s: %s\n", caption.c_str(), utf8Text(text).c_str());
 }
@@ -37,14 +37,14 @@ INT_PTR CALLBACK closesWithOk(HWND dialog, UINT message, WPARAM wide, LPARAM) {
 
 }  // namespace
 
-void showMessageBox(const std::string& caption, const std::string& text) {
-    showBox(caption, wideText(text), 0);
+void showMessageBox(Window* over, const std::string& caption, const std::string& text) {
+    showBox(over, caption, wideText(text), 0);
 }
 
-void showSystemErrorBox(const std::string& caption) {
+void showSystemErrorBox(Window* over, const std::string& caption) {
     // First of all: whatever is called next may change it.
     const DWORD error = GetLastError();
-    showBox(caption, systemErrorText(error), MB_ICONINFORMATION);
+    showBox(over, caption, systemErrorText(error), MB_ICONINFORMATION);
 }
 
 void showFileDialogHelp() {

@@ -14,51 +14,54 @@ namespace vistel::platform {
 
 namespace {
 
-bool createContext(NativeWindow& native) {
-    if (!setPixelFormat(native.device)) {
-        showSystemErrorBox(cannotSetPixelFormat);
+bool createContext(Window& window) {
+    if (!setPixelFormat(window.device)) {
+        showSystemErrorBox(&window, cannotSetPixelFormat);
         return false;
     }
-    native.context = wglCreateContext(native.device);
+    window.context = wglCreateContext(window.device);
     // A context that cannot be made current is kept: the window's destruction deletes it.
-    if (!native.context || !wglMakeCurrent(native.device, native.context)) {
-        showSystemErrorBox(cannotOpenSurface);
+    if (!window.context || !wglMakeCurrent(window.device, window.context)) {
+        showSystemErrorBox(&window, cannotOpenSurface);
         return false;
     }
     return true;
 }
-
-bool isCurrent(HGLRC context) { return wglGetCurrentContext() == context; }
 
 }  // namespace
 
-bool createSurface() {
-    NativeWindow& native = nativeWindow();
-    if (!native.device) return false;
-    const bool newContext = !native.context;
-    if (newContext && !createContext(native)) return false;
-    if (!isCurrent(native.context) && !wglMakeCurrent(native.device, native.context)) return false;
-    resetPixelPipeline(newContext);
+DrawingState* drawingState(Window* window) { return window ? &window->drawing : nullptr; }
+
+bool makeSurfaceCurrent(Window* window) {
+    if (!surfaceExists(window)) return false;
+    if (wglGetCurrentContext() == window->context) return true;
+    return wglMakeCurrent(window->device, window->context);
+}
+
+bool createSurface(Window* window) {
+    if (!window || !window->device) return false;
+    const bool newContext = !window->context;
+    if (newContext && !createContext(*window)) return false;
+    if (!makeSurfaceCurrent(window)) return false;
+    resetPixelPipeline(window, newContext);
     return true;
 }
 
-void destroySurface() {
-    NativeWindow& native = nativeWindow();
-    if (!native.context) return;
-    if (wglMakeCurrent(native.device, native.context)) releaseDrawingObjects();
+void destroySurface(Window* window) {
+    if (!surfaceExists(window)) return;
+    if (makeSurfaceCurrent(window)) releaseDrawingObjects(window);
     wglMakeCurrent(nullptr, nullptr);
-    wglDeleteContext(native.context);
-    native.context = nullptr;
+    wglDeleteContext(window->context);
+    window->context = nullptr;
 }
 
-bool surfaceExists() { return nativeWindow().context != nullptr; }
+bool surfaceExists(const Window* window) { return window && window->context; }
 
-void swapBuffers() {
-    const NativeWindow& native = nativeWindow();
-    if (!native.context) return;
+void swapBuffers(Window* window) {
+    if (!makeSurfaceCurrent(window)) return;
     glFlush();
-    SwapBuffers(native.device);
-    wine::buffersSwapped(native.handle, native.device);
+    SwapBuffers(window->device);
+    wine::buffersSwapped(window->handle, window->device);
 }
 
 }  // namespace vistel::platform

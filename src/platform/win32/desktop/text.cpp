@@ -2,14 +2,17 @@
 #include "platform/text.h"
 
 #include <memory>
+#include <mutex>
 
 #include "platform/win32/os/wide_text.h"
 #include "platform/win32/windows_api.h"
 
 namespace vistel::platform {
 
-// A device context of its own holds the font, so that any thread's window may use it in turn.
+// A device context of its own holds the font. Windows of several threads draw with it: one at a
+// time has the device context.
 struct FontHandle {
+    std::mutex inUse;
     HDC device = nullptr;
     HFONT font = nullptr;
     TEXTMETRICW metrics = {};
@@ -86,11 +89,13 @@ FontHandle* createFont(const FontRequest& request) {
 }
 
 int textWidth(FontHandle* font, const std::string& text) {
+    const std::lock_guard lock(font->inUse);
     return extent(*font, wideText(text)).cx;
 }
 
 TextCoverage renderText(FontHandle* font, const std::string& text) {
     const std::wstring wide = wideText(text);
+    const std::lock_guard lock(font->inUse);
     TextCoverage coverage{
         extent(*font, wide).cx, font->metrics.tmHeight, font->metrics.tmDescent, {}};
     if (coverage.width <= 0 || coverage.height <= 0) return {};

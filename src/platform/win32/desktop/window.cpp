@@ -2,6 +2,7 @@
 #include "platform/window.h"
 
 #include <algorithm>
+#include <memory>
 
 #include "platform/surface.h"
 #include "platform/win32/desktop/native_window.h"
@@ -18,15 +19,14 @@ constexpr DWORD borderedStyle = plainStyle | WS_CAPTION | WS_SYSMENU | WS_MINIMI
 DWORD styleFor(bool border) { return border ? borderedStyle : plainStyle; }
 
 // The window's outer rectangle round a client rectangle.
-RECT outerRectangle(const PixelRect& client, bool border) {
+RECT outerRectangle(const Window& window, const PixelRect& client, bool border) {
     RECT outer = {client.left, client.top, client.right, client.bottom};
-    AdjustWindowRect(&outer, styleFor(border), border && nativeWindow().menu);
+    AdjustWindowRect(&outer, styleFor(border), border && window.menu);
     return outer;
 }
 
 // A menu that breaks into two lines takes height that nobody counted: the window grows by it.
-void correctClientHeight(int wanted) {
-    const HWND window = nativeWindow().handle;
+void correctClientHeight(HWND window, int wanted) {
     RECT client, outer;
     GetClientRect(window, &client);
     if (client.bottom >= wanted || IsIconic(window)) return;
@@ -36,106 +36,123 @@ void correctClientHeight(int wanted) {
                  SWP_NOZORDER | SWP_NOMOVE | SWP_NOACTIVATE);
 }
 
-void moveTo(const RECT& outer, UINT flags) {
-    SetWindowPos(nativeWindow().handle, nullptr, outer.left, outer.top, outer.right - outer.left,
+void moveTo(HWND window, const RECT& outer, UINT flags) {
+    SetWindowPos(window, nullptr, outer.left, outer.top, outer.right - outer.left,
                  outer.bottom - outer.top, SWP_NOZORDER | flags);
 }
 
-void changeBorder(bool border) {
-    const NativeWindow& native = nativeWindow();
-    const LONG style = GetWindowLongW(native.handle, GWL_STYLE);
+void changeBorder(const Window& window, bool border) {
+    const LONG style = GetWindowLongW(window.handle, GWL_STYLE);
     // What the system keeps in the style (minimised ...) stays.
     const LONG wanted =
         static_cast<LONG>((style & ~(borderedStyle & ~plainStyle)) | styleFor(border));
     if (wanted == style) return;
-    SetWindowLongW(native.handle, GWL_STYLE, wanted);
-    SetMenu(native.handle, border ? native.menu : nullptr);
+    SetWindowLongW(window.handle, GWL_STYLE, wanted);
+    SetMenu(window.handle, border ? window.menu : nullptr);
 }
 
-bool createNative(const WindowRequest& request) {
-    NativeWindow& native = nativeWindow();
+bool createNative(Window& window, const WindowRequest& request) {
     const wchar_t* const windowClass = viewerWindowClass();
     if (!windowClass) return false;
-    native.menu = LoadMenuW(resourceModule(), MAKEINTRESOURCEW(menuResource));
-    RECT outer = outerRectangle(request.client, request.border);
+    window.menu = LoadMenuW(resourceModule(), MAKEINTRESOURCEW(menuResource));
+    RECT outer = outerRectangle(window, request.client, request.border);
     // A caption above the screen could not be reached.
     if (outer.top < 0) OffsetRect(&outer, 0, -outer.top);
-    HWND window =
+    window.creating = true;
+    const HWND handle =
         CreateWindowW(windowClass, wideText(request.title).c_str(), styleFor(request.border),
                       outer.left, outer.top, outer.right - outer.left, outer.bottom - outer.top,
-                      nullptr, native.menu, resourceModule(), nullptr);
-    if (!window) {
-        if (native.menu) DestroyMenu(native.menu);
-        native.menu = nullptr;
+                      nullptr, window.menu, resourceModule(), &window);
+    window.creating = false;
+    if (!handle) {
+        // A window that was refused after it had come has taken its menu along.
+        if (window.menu) DestroyMenu(window.menu);
         return false;
     }
-    applyMenuStates();
     if (!request.border) {
-        SetMenu(window, nullptr);
-        moveTo(outer, SWP_FRAMECHANGED);
+        SetMenu(handle, nullptr);
+        moveTo(handle, outer, SWP_FRAMECHANGED);
     }
     return true;
 }
 
-void openAgain(const WindowRequest& request) {
-    destroySurface();
-    setWindowTitle(request.title);
-    placeWindow(request.client, request.border);
-}
+// Of the calling thread.
+thread_local int openWindows = 0;
+thread_local bool closedSincePump = false;
 
 }  // namespace
 
-NativeWindow& nativeWindow() {
-    static thread_local NativeWindow window;
-    return window;
+void windowCame() { ++openWindows; }
+
+void windowWent() {
+    closedSincePump = true;
+    if (--openWindows == 0) PostQuitMessage(0);
 }
 
-bool openWindow(const WindowRequest& request, const WindowSink& sink) {
-    NativeWindow& native = nativeWindow();
-    native.sink = sink;
-    native.creating = true;
-    bool opened = true;
-    if (native.handle) {
-        openAgain(request);
-    } else {
-        opened = createNative(request);
-    }
-    native.creating = false;
-    if (!opened) return false;
-    correctClientHeight(request.client.height());
-    ShowWindow(native.handle, SW_SHOW);
-    return true;
+Window* openWindow(const WindowRequest& request, const WindowSink& sink) {
+    auto window = std::make_unique<Window>();
+    window->sink = sink;
+    if (!createNative(*window, request)) return nullptr;
+    correctClientHeight(window->handle, request.client.height());
+    ShowWindow(window->handle, SW_SHOW);
+    return window.release();
 }
 
-bool windowExists() { return nativeWindow().handle != nullptr; }
+bool windowExists(const Window* window) { return handleOf(window) != nullptr; }
 
-void placeWindow(const PixelRect& client, bool border) {
-    if (!windowExists()) return;
-    changeBorder(border);
-    moveTo(outerRectangle(client, border), SWP_FRAMECHANGED);
-    correctClientHeight(client.height());
+void closeWindow(Window* window) {
+    if (windowExists(window)) DestroyWindow(window->handle);
 }
 
-void setWindowTitle(const std::string& title) {
-    if (windowExists()) SetWindowTextW(nativeWindow().handle, wideText(title).c_str());
+void releaseWindow(Window* window) {
+    closeWindow(window);
+    delete window;
 }
 
-void closeWindow() {
-    if (windowExists()) DestroyWindow(nativeWindow().handle);
+void placeWindow(Window* window, const PixelRect& client, bool border) {
+    if (!windowExists(window)) return;
+    changeBorder(*window, border);
+    moveTo(window->handle, outerRectangle(*window, client, border), SWP_FRAMECHANGED);
+    correctClientHeight(window->handle, client.height());
 }
 
-void clientArea(int& width, int& height) {
+void setWindowTitle(Window* window, const std::string& title) {
+    if (windowExists(window)) SetWindowTextW(window->handle, wideText(title).c_str());
+}
+
+void clientArea(const Window* window, int& width, int& height) {
     RECT client = {};
-    if (windowExists()) GetClientRect(nativeWindow().handle, &client);
+    if (windowExists(window)) GetClientRect(window->handle, &client);
     width = client.right;
     height = client.bottom;
 }
 
-void clientScreenPosition(int& x, int& y) {
+void clientScreenPosition(const Window* window, int& x, int& y) {
     POINT corner = {};
-    if (windowExists()) ClientToScreen(nativeWindow().handle, &corner);
+    if (windowExists(window)) ClientToScreen(window->handle, &corner);
     x = corner.x;
     y = corner.y;
+}
+
+void setCursor(Window* window, bool cross) {
+    if (!windowExists(window)) return;
+    window->cursor = LoadCursorA(nullptr, cross ? IDC_CROSS : IDC_ARROW);
+    SetCursor(window->cursor);
+}
+
+void pumpMessages() {
+    closedSincePump = false;
+    MSG message;
+    // The quit message comes last, when the thread's last window has gone.
+    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE) && message.message != WM_QUIT) {
+        TranslateMessage(&message);
+        DispatchMessageW(&message);
+    }
+}
+
+void waitMessage() {
+    // Without a window nothing would ever come.
+    if (openWindows > 0 && !closedSincePump) WaitMessage();
 }
 
 ScreenSize screenSize() { return {GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN)}; }
@@ -144,26 +161,6 @@ PixelRect workArea() {
     RECT area = {};
     SystemParametersInfoW(SPI_GETWORKAREA, 0, &area, 0);
     return {area.left, area.top, area.right, area.bottom};
-}
-
-void setCursor(bool cross) {
-    nativeWindow().cursor = LoadCursorA(nullptr, cross ? IDC_CROSS : IDC_ARROW);
-    SetCursor(nativeWindow().cursor);
-}
-
-bool pumpMessages() {
-    MSG message;
-    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
-        if (message.message == WM_QUIT) return false;
-        TranslateMessage(&message);
-        DispatchMessageW(&message);
-    }
-    return true;
-}
-
-void waitMessage() {
-    // Without a window nothing would ever come.
-    if (windowExists()) WaitMessage();
 }
 
 bool keyDown(int code) { return code < 256 && (GetAsyncKeyState(code) & 0x8000) != 0; }

@@ -16,7 +16,9 @@ int clientHeight(HWND window) {
     return client.bottom;
 }
 
-void post(int code, unsigned value) { nativeWindow().sink.postEvent(code, value); }
+void post(Window& window, int code, unsigned value) {
+    window.sink.postEvent(window.sink.owner, code, value);
+}
 
 // --- keys ---
 
@@ -28,12 +30,12 @@ unsigned nameOfKey(int virtualKey, WPARAM typed) {
     return plain ? plain : static_cast<unsigned>(typed);
 }
 
-void learnKey(WPARAM character) {
-    KeyTranslator& keys = nativeWindow().keys;
+void learnKey(Window& window, WPARAM character) {
+    KeyTranslator& keys = window.keys;
     const KeyTranslator::Learned key = keys.learn(nameOfKey(keys.waiting(), character));
     if (key.code == 0) return;
-    post(key.code, 1);
-    if (key.released) post(key.code, 0);
+    post(window, key.code, 1);
+    if (key.released) post(window, key.code, 0);
 }
 
 // The right Shift key has no extended code: its place on the keyboard tells.
@@ -43,14 +45,14 @@ bool isRightKey(WPARAM virtualKey, LPARAM flags) {
     return flags >> 24 & 1;
 }
 
-void postKey(WPARAM virtualKey, LPARAM flags, bool down) {
-    KeyTranslator& keys = nativeWindow().keys;
+void postKey(Window& window, WPARAM virtualKey, LPARAM flags, bool down) {
+    KeyTranslator& keys = window.keys;
     const int code =
         keys.translate(static_cast<int>(virtualKey), isRightKey(virtualKey, flags), down);
-    if (code != 0) return post(code, down ? 1 : 0);
+    if (code != 0) return post(window, code, down ? 1 : 0);
     // With Control held no character follows that would name the key.
     const bool control = GetKeyState(VK_CONTROL) < 0;
-    if (down && control && keys.waiting() && nameOfKey(keys.waiting(), 0)) learnKey(0);
+    if (down && control && keys.waiting() && nameOfKey(keys.waiting(), 0)) learnKey(window, 0);
 }
 
 // Keys whose system meaning (switching windows, the window's menu, closing) is left to the system.
@@ -64,68 +66,63 @@ bool isMenuMnemonic(WPARAM character) { return character == 'f' || character == 
 
 // --- mouse ---
 
-void buttonDown(HWND window, int code) {
-    SetCapture(window);
-    post(code, 1);
+void buttonDown(Window& window, int code) {
+    SetCapture(window.handle);
+    post(window, code, 1);
 }
 
 // A release counts only where the press was seen.
-void buttonUp(HWND window, int code) {
-    if (GetCapture() != window) return;
+void buttonUp(Window& window, int code) {
+    if (GetCapture() != window.handle) return;
     ReleaseCapture();
-    post(code, 0);
+    post(window, code, 0);
 }
 
-void mouseMoved(HWND window, LPARAM position) {
-    post(EV_MOUSEX, static_cast<uint16_t>(LOWORD(position)));
-    post(EV_MOUSEY, static_cast<uint16_t>(clientHeight(window) - HIWORD(position)));
+void mouseMoved(Window& window, LPARAM position) {
+    post(window, EV_MOUSEX, static_cast<uint16_t>(LOWORD(position)));
+    post(window, EV_MOUSEY, static_cast<uint16_t>(clientHeight(window.handle) - HIWORD(position)));
 }
 
 // --- window ---
 
-void created(HWND window) {
-    NativeWindow& native = nativeWindow();
-    native.handle = window;
-    native.device = GetDC(window);
-    wine::windowCreated(window);
+void created(Window& window) {
+    window.device = GetDC(window.handle);
+    windowCame();
+    wine::windowCreated(window.handle);
 }
 
-void destroyed(HWND window) {
-    NativeWindow& native = nativeWindow();
-    KillTimer(window, timerId);
-    destroySurface();
-    if (native.device) ReleaseDC(window, native.device);
+void destroyed(Window& window) {
+    KillTimer(window.handle, timerId);
+    destroySurface(&window);
+    if (window.device) ReleaseDC(window.handle, window.device);
     // A menu that is attached goes with the window.
-    if (native.menu && GetMenu(window) != native.menu) DestroyMenu(native.menu);
-    native.device = nullptr;
-    native.handle = nullptr;
-    native.menu = nullptr;
-    PostQuitMessage(0);
+    if (window.menu && GetMenu(window.handle) != window.menu) DestroyMenu(window.menu);
+    window.device = nullptr;
+    window.menu = nullptr;
+    windowWent();
 }
 
-void sized(HWND window) {
-    NativeWindow& native = nativeWindow();
-    if (native.context) {
-        wine::windowSized(window);
-        wglMakeCurrent(native.device, native.context);
+void sized(Window& window) {
+    if (window.context) {
+        wine::windowSized(window.handle);
+        wglMakeCurrent(window.device, window.context);
         RECT client;
-        GetClientRect(window, &client);
-        setViewport(client.right, client.bottom);
+        GetClientRect(window.handle, &client);
+        setViewport(&window, client.right, client.bottom);
     }
-    native.sink.resized();
+    window.sink.resized(window.sink.owner);
 }
 
-void paint(HWND window) {
+void paint(Window& window) {
     PAINTSTRUCT painting;
-    BeginPaint(window, &painting);
-    EndPaint(window, &painting);
-    nativeWindow().sink.paint();
+    BeginPaint(window.handle, &painting);
+    EndPaint(window.handle, &painting);
+    window.sink.paint(window.sink.owner);
 }
 
-bool showOwnCursor(LPARAM hit) {
-    const HCURSOR cursor = nativeWindow().cursor;
-    if (LOWORD(hit) != HTCLIENT || !cursor) return false;
-    SetCursor(cursor);
+bool showOwnCursor(const Window& window, LPARAM hit) {
+    if (LOWORD(hit) != HTCLIENT || !window.cursor) return false;
+    SetCursor(window.cursor);
     return true;
 }
 
@@ -137,11 +134,11 @@ void limitMaximisedSize(HWND window, MINMAXINFO& limits) {
 }
 
 // The window may be gone when the command returns.
-void runCommand(int id) {
-    const WindowSink sink = nativeWindow().sink;
-    sink.commandStarts();
-    sink.command(id);
-    sink.commandEnds();
+void runCommand(const Window& window, int id) {
+    const WindowSink sink = window.sink;
+    sink.commandStarts(sink.owner);
+    sink.command(sink.owner, id);
+    sink.commandEnds(sink.owner);
 }
 
 UINT fileDialogHelpMessage() {
@@ -150,27 +147,28 @@ UINT fileDialogHelpMessage() {
 }
 
 struct Message {
-    HWND window;
+    Window& window;
     UINT id;
     WPARAM wide;
     LPARAM lengthy;
-    LRESULT systemsWay() const { return DefWindowProcW(window, id, wide, lengthy); }
+    HWND handle;  // the window's may be gone by the time the system has its turn
+    LRESULT systemsWay() const { return DefWindowProcW(handle, id, wide, lengthy); }
 };
 
 LRESULT systemKey(const Message& m) {
     if (isSystemsOwnKey(m.wide)) return m.systemsWay();
-    postKey(m.wide, m.lengthy, m.id == WM_SYSKEYDOWN);
+    postKey(m.window, m.wide, m.lengthy, m.id == WM_SYSKEYDOWN);
     return 0;
 }
 
 LRESULT plainKey(const Message& m) {
-    postKey(m.wide, m.lengthy, m.id == WM_KEYDOWN);
+    postKey(m.window, m.wide, m.lengthy, m.id == WM_KEYDOWN);
     return 0;
 }
 
 LRESULT character(const Message& m) {
     if (m.id == WM_SYSCHAR && isMenuMnemonic(m.wide)) return m.systemsWay();
-    learnKey(m.wide);
+    learnKey(m.window, m.wide);
     return 0;
 }
 
@@ -186,7 +184,7 @@ LRESULT buttonReleased(const Message& m) {
     return 0;
 }
 
-template <void (*handle)(HWND)>
+template <void (*handle)(Window&)>
 LRESULT handledThenSystem(const Message& m) {
     handle(m.window);
     return m.systemsWay();
@@ -194,8 +192,8 @@ LRESULT handledThenSystem(const Message& m) {
 
 LRESULT sizeLimits(const Message& m) {
     const LRESULT result = m.systemsWay();
-    if (!nativeWindow().creating) {
-        limitMaximisedSize(m.window, *reinterpret_cast<MINMAXINFO*>(m.lengthy));
+    if (!m.window.creating) {
+        limitMaximisedSize(m.handle, *reinterpret_cast<MINMAXINFO*>(m.lengthy));
     }
     return result;
 }
@@ -206,22 +204,24 @@ LRESULT painted(const Message& m) {
 }
 
 LRESULT closed(const Message& m) {
-    DestroyWindow(m.window);
+    DestroyWindow(m.handle);
     return 0;
 }
 
 // Everything is drawn over, so nothing need be erased.
 LRESULT erased(const Message&) { return 1; }
 
-LRESULT cursorWanted(const Message& m) { return showOwnCursor(m.lengthy) ? TRUE : m.systemsWay(); }
+LRESULT cursorWanted(const Message& m) {
+    return showOwnCursor(m.window, m.lengthy) ? TRUE : m.systemsWay();
+}
 
 LRESULT commandChosen(const Message& m) {
-    runCommand(LOWORD(m.wide));
+    runCommand(m.window, LOWORD(m.wide));
     return m.systemsWay();
 }
 
-LRESULT timerFired(const Message&) {
-    post(EV_TIMER, 1);
+LRESULT timerFired(const Message& m) {
+    post(m.window, EV_TIMER, 1);
     return 0;
 }
 
@@ -260,10 +260,32 @@ constexpr struct {
     {WM_MBUTTONUP, buttonReleased<EV_MIDDLEMOUSE>},
 };
 
-LRESULT CALLBACK windowProcedure(HWND window, UINT id, WPARAM wide, LPARAM lengthy) {
-    const Message message{window, id, wide, lengthy};
+// The first message of a window's life that is for us brings its Window along; the last one takes
+// it away. Null outside that time.
+Window* windowOf(HWND handle, UINT id, LPARAM lengthy) {
+    if (id == WM_NCCREATE) {
+        auto* const window =
+            static_cast<Window*>(reinterpret_cast<const CREATESTRUCTW*>(lengthy)->lpCreateParams);
+        window->handle = handle;
+        SetWindowLongPtrW(handle, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(window));
+    }
+    return reinterpret_cast<Window*>(GetWindowLongPtrW(handle, GWLP_USERDATA));
+}
+
+void forgetWindow(HWND handle, Window& window) {
+    SetWindowLongPtrW(handle, GWLP_USERDATA, 0);
+    window.handle = nullptr;
+}
+
+LRESULT CALLBACK windowProcedure(HWND handle, UINT id, WPARAM wide, LPARAM lengthy) {
+    Window* const window = windowOf(handle, id, lengthy);
+    if (!window) return DefWindowProcW(handle, id, wide, lengthy);
+    const Message message{*window, id, wide, lengthy, handle};
     for (const auto& row : handlers) {
-        if (row.id == id) return row.handle(message);
+        if (row.id != id) continue;
+        const LRESULT result = row.handle(message);
+        if (id == WM_DESTROY) forgetWindow(handle, *window);
+        return result;
     }
     if (id != fileDialogHelpMessage()) return message.systemsWay();
     showFileDialogHelp();
@@ -289,8 +311,8 @@ const wchar_t* viewerWindowClass() {
 
 HMODULE resourceModule() { return GetModuleHandleW(nullptr); }
 
-void startTimer(unsigned milliseconds) {
-    if (nativeWindow().handle) SetTimer(nativeWindow().handle, timerId, milliseconds, nullptr);
+void startTimer(Window* window, unsigned milliseconds) {
+    if (windowExists(window)) SetTimer(window->handle, timerId, milliseconds, nullptr);
 }
 
 }  // namespace vistel::platform

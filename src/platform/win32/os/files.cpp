@@ -80,7 +80,7 @@ FILE* openFile(const std::string& name, const char* mode) {
 
 static bool closedAtStart[3];
 
-static bool wasClosed(int descriptor) { return descriptor <= 2 && closedAtStart[descriptor]; }
+bool wasClosed(int descriptor) { return descriptor <= 2 && closedAtStart[descriptor]; }
 
 void keepStandardStreams() {
     for (int descriptor = 0; descriptor <= 2; ++descriptor) {
@@ -210,17 +210,25 @@ bool replaceFile(const std::string& from, const std::string& to) {
     return false;
 }
 
-std::string followLinks(const std::string& name) {
+std::optional<std::string> followLinks(const std::string& name) {
     const DWORD attributes = GetFileAttributesA(name.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES || !(attributes & FILE_ATTRIBUTE_REPARSE_POINT))
         return name;
     const HANDLE file = CreateFileA(name.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
                                     OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (file == INVALID_HANDLE_VALUE) return name;
+    if (file == INVALID_HANDLE_VALUE) {
+        const DWORD error = GetLastError();
+        errno = error == ERROR_CANT_RESOLVE_FILENAME ? ELOOP
+                : error == ERROR_ACCESS_DENIED       ? EACCES
+                                                     : ENOENT;
+        return std::nullopt;
+    }
     char path[MAX_PATH + 1] = {};
     const DWORD length = GetFinalPathNameByHandleA(file, path, MAX_PATH, 0);
     CloseHandle(file);
-    return length > 0 && length < MAX_PATH ? std::string(path, length) : name;
+    if (length > 0 && length < MAX_PATH) return std::string(path, length);
+    errno = ENAMETOOLONG;
+    return std::nullopt;
 }
 
 bool fileExists(const std::string& name) {
@@ -231,6 +239,13 @@ std::string programPath() {
     char path[MAX_PATH + 1] = {};
     const DWORD length = GetModuleFileNameA(nullptr, path, MAX_PATH);
     return std::string(path, length);
+}
+
+// "c:name" counts from the drive's own current folder, which is none of those that we know.
+bool isAbsolutePath(const std::string& name) {
+    if (name.starts_with('/') || name.starts_with('\\')) return true;
+    const char letter = static_cast<char>(name.empty() ? 0 : name[0] | 0x20);
+    return name.size() > 1 && name[1] == ':' && letter >= 'a' && letter <= 'z';
 }
 
 std::string currentDirectory() {

@@ -7,10 +7,10 @@
 //   pipe_partner kind            writes what standard input is: regular, fifo, device or other
 //   pipe_partner late MS FILE    waits, then makes the file
 //   pipe_partner stubborn MS FILE  the same, and does not end when it is asked to
-//   pipe_partner unfinished MS FILE  creates an unfinished file, writes "ready", waits
-//   pipe_partner complain WORD   writes the word to output and standard error, ends with 4
-//   pipe_partner halves MS       writes "first", waits, writes "second"
-//   pipe_partner WORD...         writes each word on a line of its own
+//   pipe_partner unfinished MS FILE  creates an unfinished file for FILE, with a name, writes
+//   "ready", waits pipe_partner complain WORD   writes the word to output and standard error, ends
+//   with 4 pipe_partner halves MS       writes "first", waits, writes "second" pipe_partner WORD...
+//   writes each word on a line of its own
 #include <chrono>
 #include <csignal>
 #include <cstdio>
@@ -44,7 +44,7 @@ int sumOfInput() {
 
 int leaveUnfinished(const char* name, const char* milliseconds) {
     UnfinishedFile unfinished;
-    const FilePtr file(unfinished.create(name));
+    const FilePtr file(unfinished.create(name, UnfinishedFile::Name::always));
     if (!file) return 1;
     std::fputs("half of it", file.get());
     std::fflush(file.get());

@@ -1,0 +1,82 @@
+#include "app/source_opening.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "host/messages.h"
+#include "iff/result_codes.h"
+#include "iff/with_memory.h"
+#include "sequence/frame_name.h"
+#include "sequence/frame_range.h"
+
+namespace vistel {
+
+static constexpr float singleImageKmem = 0.9f;
+
+void beginSource(const StartUpServices& services) {
+    viewerState.currentZoom = viewerState.magnify;
+    viewerState.sourceName.clear();
+    viewerState.sourceFolder.clear();
+    viewerState.sourceOpened = viewerState.quitRequested = 0;
+    viewerState.oneFileStream = {};
+    callIfSet(services.sourceBegins);
+}
+
+void normaliseRange(const StartUpServices& services) {
+    if (viewerState.animation) {
+        orderRange(viewerState);
+        if (!viewerState.forceZ) viewerState.loadZ = 0;
+    } else {
+        forgetAnimation(viewerState);
+    }
+    if (viewerState.sequenceMode) return;
+    viewerState.windowId = -1;
+    if (viewerState.animation) return;
+    viewerState.kmem = singleImageKmem;
+    callIfSet(services.clearImageState);
+}
+
+int openAndShow(const Tstring& name, const StartUpServices& services) {
+    FrameStore frame;
+    const int code = services.openSource ? services.openSource(name, frame) : -1;
+    rememberFolder(viewerState, viewerState.sourceFolder);
+    if (!frame.hasPicture() || !services.showSource) return code;
+    // Without memory to show it the next source has its turn.
+    const int shown = withMemory([&] {
+        services.showSource(std::move(frame));
+        return int{iffOk};
+    });
+    if (shown == iffOk) return code;
+    printError(name + ": " + errorText(shown));
+    return shown;
+}
+
+int reopenSource(const Tstring& givenName, const FrameRange& range,
+                 const StartUpServices& services) {
+    Tstring name = givenName;  // it may lie in the field that is emptied
+    viewerState.animation = 0;
+    if (range.step != 0) takeRange(viewerState, range);
+    viewerState.magnify = std::max(viewerState.pendingZoom, 1);
+    viewerState.rfact = std::max(viewerState.pendingShrink, 1);
+    const PerFileValues values;
+    beginSource(services);
+    const bool stem = name.ends_with('.') && !namesCommand(name);
+    if (stem && services.discover && services.discover(name)) name.pop_back();
+    viewerState.fileName = name;
+    viewerState.nativeFileName = name.replacingAll('/', '\\');
+    viewerState.pendingOpen.clear();
+    normaliseRange(services);
+    return openAndShow(name, services);
+}
+
+PerFileValues::~PerFileValues() {
+    viewerState.kmem = kmem_;
+    viewerState.loadZ = loadZ_;
+    viewerState.rfact = rfact_;
+    viewerState.magnify = magnify_;
+    viewerState.animationShown = animationShown_;
+    viewerState.oneFile = oneFile_;
+    viewerState.inter = inter_;
+}
+
+}  // namespace vistel

@@ -1,0 +1,148 @@
+#include "viewer/picture/draw_pass.h"
+
+#include <algorithm>
+#include <cmath>
+#include <string_view>
+
+#include "analysis/relief.h"
+#include "platform/surface.h"
+#include "viewer/picture/display_setup.h"
+#include "viewer/picture/picture_view.h"
+#include "viewer/picture/status_line.h"
+#include "viewer/window/drawing.h"
+#include "viewer/window/window_context.h"
+#include "viewer/window/window_geometry.h"
+
+namespace vistel {
+
+namespace {
+
+constexpr uint32_t bandColour = 0xFF202020;  // packed; dark grey
+
+void drawMargins(PictureLayout& layout) {
+    if (!layout.marginX && !layout.marginY) return;
+    const WindowContext& context = windowContext();
+    if (!context.doubleBuffer && !layout.clearWanted && !context.front.overlaid) return;
+    setColourPacked(bandColour);
+    clearDrawing();
+    layout.clearWanted = false;
+}
+
+// Up to where the last column (or row) shows, be it in part.
+float clampedPan(float pan, int size, int visible, int zoom) {
+    const int shown = (visible + zoom - 1) / zoom;
+    return std::max(0.0f, std::min(pan, float(size - shown)));
+}
+
+// The columns (or rows) that show in the window, one more on either side.
+struct Shown {
+    int first, last;
+};
+Shown shownPart(float pan, int size, int visible, int zoom) {
+    const int first = static_cast<int>(pan);
+    return {std::max(first - 1, 0), std::min(first + visible / zoom + 2, size - 1)};
+}
+
+// The heights under a relief as a line over every eighth row, where it shows.
+void drawProfiles(Picture& picture, const uint32_t* heights) {
+    const PictureLayout& layout = picture.layout;
+    if (!picture.bumpSource) return;
+    const std::optional<uint32_t> colour = profileColour(*picture.bumpSource);
+    if (!colour) return;
+    platform::setColour(windowContext().window, static_cast<uint8_t>(*colour),
+                        static_cast<uint8_t>(*colour >> 8), static_cast<uint8_t>(*colour >> 16),
+                        255);
+    const auto width = static_cast<size_t>(layout.width);
+    std::vector<ProfilePoint>& points = picture.views.profile;
+    points.resize(width);
+    const auto window = [&](float pixel, int margin, float pan) {
+        return margin +
+               static_cast<int>(std::floor((pixel - std::floor(pan)) * float(layout.zoom)));
+    };
+    const auto penAt = [&](const ProfilePoint& point, void (*go)(int, int)) {
+        go(window(point.x, layout.marginX, layout.panX),
+           window(point.y, layout.marginY, layout.panY));
+    };
+    const Shown columns = shownPart(layout.panX, layout.width, layout.visibleWidth, layout.zoom);
+    const Shown rows = shownPart(layout.panY, layout.height, layout.visibleHeight, layout.zoom);
+    const int step = static_cast<int>(profileRowStep);
+    // A line rises above its row by up to its full height.
+    const int firstRow = std::max(rows.first - profileHeight, 0) / step * step;
+    for (int row = firstRow; row <= rows.last; row += step) {
+        const auto y = static_cast<size_t>(row);
+        profileOfRow(heights + y * width, width, y, points.data());
+        penAt(points[static_cast<size_t>(columns.first)], penMove);
+        for (int column = columns.first; column <= columns.last; ++column)
+            penAt(points[static_cast<size_t>(column)], penDraw);
+    }
+}
+
+void drawPicture(Picture& picture, int width, int height) {
+    PictureLayout& layout = picture.layout;
+    layout.panX = clampedPan(layout.panX, layout.width, layout.visibleWidth, layout.zoom);
+    layout.panY = clampedPan(layout.panY, layout.height, layout.visibleHeight, layout.zoom);
+    const int column = static_cast<int>(layout.panX), row = static_cast<int>(layout.panY);
+    const auto needed = [&](int visible) { return (visible + layout.zoom - 1) / layout.zoom; };
+    const platform::PixelSource source{displayedPixels(picture),
+                                       layout.width,
+                                       column,
+                                       row,
+                                       std::min(layout.width - column, needed(layout.visibleWidth)),
+                                       std::min(layout.height - row, needed(layout.visibleHeight))};
+    platform::setScissor(windowContext().window, layout.marginX, layout.marginY,
+                         layout.visibleWidth, layout.visibleHeight);
+    if (source.pixels) {
+        platform::drawPixels(windowContext().window, layout.marginX, layout.marginY, source,
+                             layout.zoom);
+    } else {  // without memory for the view
+        setColourPacked(bandColour);
+        clearDrawing();
+    }
+    if (const uint32_t* heights = reliefHeights(picture)) drawProfiles(picture, heights);
+    platform::setScissor(windowContext().window, 0, 0, width, height);
+}
+
+void drawCentred(std::string_view text, int width, int y) {
+    setColourIndex(1);
+    drawText((width - textWidth(text)) / 2, y, text);
+}
+
+void drawBand(int width, int firstRow, int lastRow) {
+    setColourPacked(bandColour);
+    fillRectangle(0, firstRow, width - 1, lastRow);
+}
+
+void drawLabel(const Picture& picture, int width, int height) {
+    const std::string_view label = channelLabel(picture);
+    if (label.empty() || !picture.layout.marginY) return;
+    if (picture.animation) {
+        drawBand(width, 0, 15);
+        return drawCentred(label, width, 5);
+    }
+    drawBand(width, height - 17, height - 1);
+    drawCentred(label, width, height - (windowContext().controlBarShown ? 40 : 15));
+}
+
+void drawStatusLine(const Picture& picture, int width, int height) {
+    if (!picture.animation) return;
+    const bool bar = windowContext().controlBarShown;
+    if (picture.layout.marginY) drawBand(width, height - (bar ? 39 : 17), height - 1);
+    drawCentred(statusLine(picture.status), width, height - (bar ? 37 : 15));
+}
+
+}  // namespace
+
+void drawPass(Picture& picture) {
+    if (!picture.shown || !platform::surfaceExists(windowContext().window)) return;
+    int width, height;
+    clientSize(width, height);
+    platform::setScissorTest(windowContext().window, true);
+    platform::setScissor(windowContext().window, 0, 0, width, height);
+    measureVisibleArea(picture.layout);
+    drawMargins(picture.layout);
+    drawPicture(picture, width, height);
+    drawLabel(picture, width, height);
+    drawStatusLine(picture, width, height);
+}
+
+}  // namespace vistel

@@ -1,0 +1,100 @@
+#include "viewer/playback/load_animation.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <utility>
+#include <vector>
+
+#include "host/messages.h"
+#include "iff/result_codes.h"
+#include "sequence/frame_reader.h"
+#include "viewer/picture/title.h"
+#include "viewer/playback/frame_display.h"
+
+namespace vistel {
+
+namespace {
+
+// Frames in a row that cannot be opened for the same reason are one message.
+class MissingFrames {
+ public:
+    ~MissingFrames() { report(); }
+
+    void add(int frame, const FrameRead& read) {
+        if (count_ && read.reason != last_.reason) report();
+        if (!count_) first_ = frame;
+        lastFrame_ = frame;
+        last_ = read;
+        ++count_;
+    }
+    void report() {
+        if (count_ == 1)
+            printError(formatMessage(Message::rVTFrameMissing, {first_, last_.name, last_.reason}));
+        if (count_ > 1)
+            printError(formatMessage(Message::rVTFramesMissing,
+                                     {first_, lastFrame_, last_.name, last_.reason}));
+        count_ = 0;
+    }
+
+ private:
+    int first_ = 0, lastFrame_ = 0, count_ = 0;
+    FrameRead last_;
+};
+
+// False when memory has no room for the frame.
+bool loadFrame(Player& player, int number, const ReadTerms& terms, MissingFrames& missing) {
+    FrameStore frame;
+    const FrameRead read = readFrame(player, number, terms, frame);
+    if (read.code == iffNotIff) {
+        missing.add(number, read);
+        return true;
+    }
+    missing.report();
+    if (read.code != iffOk && !player.loading.stopped)
+        printError(formatMessage(Message::rVTFrameUnreadable, {read.name, read.reason, number}));
+    if (!frame.hasPicture()) return true;
+    if (!player.slots.hasRoomFor(number, frame)) return false;
+    player.slots.keep(number, std::move(frame));
+    return true;
+}
+
+// The frame and those that will be read after it.
+std::vector<int> followingFrames(const Player& player, int64_t frame, size_t count) {
+    std::vector<int> frames;
+    for (; frames.size() < count && frame <= player.lastFrame; frame += stepSize(player))
+        frames.push_back(static_cast<int>(frame));
+    return frames;
+}
+
+int megabytes(size_t bytes) { return static_cast<int>(std::min<size_t>(bytes >> 20, INT32_MAX)); }
+
+}  // namespace
+
+void loadRemainingFrames(Player& player) {
+    if (player.kmem <= 0) return;
+    const int limit = megabytes(player.slots.limit());
+    if (player.verbose)
+        std::printf("%s\n", formatMessage(Message::rVTMemoryLimit, {limit}).c_str());
+    const int64_t first = player.currentFrame, step = stepSize(player);
+    const int frames = static_cast<int>((player.lastFrame - first) / step + 1);
+    player.loading.progress = std::make_unique<LoadProgress>(shownSourceName(player), frames);
+    ReadAhead ahead(decodingThreads(), player.converted);
+    ReadTerms terms = readTerms(player);
+    terms.ahead = &ahead;
+    MissingFrames missing;
+    int64_t frame = first + step;
+    bool room = true;
+    for (int count = 2; frame <= player.lastFrame && platform::mayGoOn(player.goOn); ++count) {
+        player.loading.progress->show(count);
+        wantFrames(player, followingFrames(player, frame, ahead.room()), terms.fit, ahead);
+        room = loadFrame(player, static_cast<int>(frame), terms, missing);
+        if (!room) break;
+        frame += step;
+    }
+    missing.report();
+    if (!room)
+        printError(formatMessage(Message::rVTMemoryUsedUp, {static_cast<int>(frame), limit}));
+    player.loading = {};
+}
+
+}  // namespace vistel

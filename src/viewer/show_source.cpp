@@ -1,0 +1,62 @@
+#include "viewer/show_source.h"
+
+#include <utility>
+
+#include "viewer/commands/menu_commands.h"
+#include "viewer/commands/queued_input.h"
+#include "viewer/picture/display_setup.h"
+#include "viewer/picture/draw_pass.h"
+#include "viewer/picture/title.h"
+#include "viewer/playback/frame_display.h"
+#include "viewer/playback/load_animation.h"
+#include "viewer/playback/playback_status.h"
+#include "viewer/viewer_loop.h"
+#include "viewer/viewer_session.h"
+#include "viewer/window/front_image.h"
+#include "viewer/window/window_context.h"
+#include "viewer/window/window_events.h"
+#include "viewer/window/window_layer.h"
+
+namespace vistel {
+
+// The window's calls carry no owner: each thread has one window and one viewer.
+static Viewer* joined = nullptr;
+
+void installViewer(Viewer& viewer) {
+    joined = &viewer;
+    viewer.goOn = [&viewer] { return keepReading(viewer); };
+    windowContext().calls = {
+        .opened = [] { prepareMenu(*joined); },
+        .refused =
+            [] {
+                joined->savedFrameRate = joined->frameRate;
+                writeSettings(*joined);
+            },
+        .command = [](int id) { runMenuCommand(*joined, id); },
+    };
+}
+
+void showSource(Viewer& viewer, FrameStore&& firstFrame) {
+    if (windowContext().quit) {  // the window went while the frame was read
+        viewer.quitRequested = 1;
+        return;
+    }
+    releaseFrames(viewer);
+    viewer.fps = {};
+    viewer.mark = SourceMark::memory;
+    beginDisplay(viewer, keepFrame(viewer, viewer.currentFrame, std::move(firstFrame)));
+    setViewerTitle(windowTitle(viewer));
+    viewer.status = playbackStatus(viewer);
+    windowContext().drawPass = [&viewer] { drawPass(viewer); };
+    drawPass(viewer);
+    swapDrawing();
+    if (viewer.animation) loadRemainingFrames(viewer);
+    runViewerLoop(viewer);
+}
+
+void runEmptyWindow(Viewer& viewer) {
+    openWindowOrExit(viewer, "VisTel");
+    runUntilQuit();
+}
+
+}  // namespace vistel

@@ -1,0 +1,15 @@
+// ViewerState: the one process-wide record of the viewer, put together from the parts that live
+// with their owners. What lies below takes the parts that it works on as arguments. It belongs to
+// the main thread.
+#pragma once
+
+#include "settings/help_pages.h"
+#include "viewer/commands/viewer.h"
+
+namespace vistel {
+
+struct ViewerState : Viewer, HelpLocation {};
+
+inline ViewerState viewerState;
+
+}  // namespace vistel

@@ -1,0 +1,163 @@
+#include "viewer/window/window_layer.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "platform/surface.h"
+#include "platform/window.h"
+#include "viewer/window/drawing.h"
+#include "viewer/window/front_image.h"
+#include "viewer/window/window_context.h"
+#include "viewer/window/window_events.h"
+#include "viewer/window/window_geometry.h"
+
+namespace vistel {
+
+namespace {
+
+WindowPlacement centredPlacement() {
+    constexpr int width = leastWindowWidth, height = 240;
+    const platform::PixelRect work = platform::workArea();
+    WindowPlacement placement;
+    placement.left = work.left + (work.width() - width) / 2;
+    placement.top = work.top + (work.height() - height) / 2;
+    placement.right = placement.left + width;
+    placement.bottom = placement.top + height;
+    return placement;
+}
+
+WindowPlacement& pendingPlacement() {
+    auto& pending = windowContext().pending;
+    if (!pending) pending = std::make_unique<WindowPlacement>(centredPlacement());
+    return *pending;
+}
+
+platform::PixelRect clientRect(const WindowPlacement& placement) {
+    platform::PixelRect rect{placement.left, placement.top, placement.right,
+                             placement.bottom + controlBarRows()};
+    rect.right = std::max(rect.right, rect.left + leastWindowWidth);
+    return rect;
+}
+
+// --- what the window sends ----------------------------------------------------------------------
+
+WindowContext& contextOf(void* owner) { return *static_cast<WindowContext*>(owner); }
+
+void onPaint(void* owner) {
+    WindowContext& context = contextOf(owner);
+    if (platform::surfaceExists(context.window)) {
+        if (!context.viewerRunning && !context.drawPass) {
+            platform::setScissorTest(context.window, false);
+            clearDrawing();
+            platform::swapBuffers(context.window);
+        } else if (context.commandDepth > 0) {
+            restoreFrontImage();
+        }
+    }
+    context.queue.post(EV_REDRAW, 1);
+}
+
+void onResized(void* owner) {
+    WindowContext& context = contextOf(owner);
+    context.front.valid = false;
+    if (!platform::surfaceExists(context.window)) return;
+    int width, height;
+    platform::clientArea(context.window, width, height);
+    platform::setViewport(context.window, width, height);
+}
+
+platform::WindowSink sinkOf(WindowContext& context) {
+    return {
+        .owner = &context,
+        .postEvent =
+            [](void* owner, int code, unsigned value) {
+                contextOf(owner).queue.post(code, static_cast<uint16_t>(value));
+            },
+        .command =
+            [](void* owner, int id) {
+                if (contextOf(owner).calls.command) contextOf(owner).calls.command(id);
+            },
+        .commandStarts =
+            [](void* owner) {
+                saveFrontImage();
+                ++contextOf(owner).commandDepth;
+            },
+        .commandEnds = [](void* owner) { --contextOf(owner).commandDepth; },
+        .paint = onPaint,
+        .resized = onResized,
+    };
+}
+
+bool createWindow(const std::string& title, const WindowPlacement& placement) {
+    WindowContext& context = windowContext();
+    context.quit = false;
+    context.queue.clear();
+    context.border = placement.usePreferredPosition;
+    // While it is being opened there is none: the one before is of no use any more.
+    platform::releaseWindow(std::exchange(context.window, nullptr));
+    context.window =
+        platform::openWindow({title, clientRect(placement), context.border}, sinkOf(context));
+    return context.window != nullptr;
+}
+
+}  // namespace
+
+bool openViewerWindow(const std::string& title) {
+    WindowContext& context = windowContext();
+    const WindowPlacement placement = pendingPlacement();
+    context.creating = true;
+    if (platform::windowExists(windowContext().window)) {
+        platform::destroySurface(windowContext().window);
+        context.queue.clear();
+        platform::setWindowTitle(windowContext().window, title);
+        context.border = placement.usePreferredPosition;
+        platform::placeWindow(windowContext().window, clientRect(placement), context.border);
+    } else if (!createWindow(title, placement)) {
+        context.creating = false;
+        return false;
+    }
+    if (context.calls.opened) context.calls.opened();
+    context.creating = false;
+    platform::startTimer(windowContext().window, 1000 / context.timerRate);
+    context.pending.reset();
+    return true;
+}
+
+void setPreferredPosition(int x0, int x1, int y0, int y1) {
+    WindowPlacement& placement = pendingPlacement();
+    placement.left = x0;
+    placement.right = x1;
+    placement.top = y0;
+    placement.bottom = y1;
+}
+
+void clearPreferredPosition() { pendingPlacement().usePreferredPosition = false; }
+
+void applyPendingPlacement() {
+    WindowContext& context = windowContext();
+    if (!context.pending || !platform::windowExists(windowContext().window)) return;
+    context.border = context.pending->usePreferredPosition;
+    platform::placeWindow(windowContext().window, clientRect(*context.pending), context.border);
+    context.pending.reset();
+}
+
+void setViewerTitle(const std::string& title) {
+    if (platform::windowExists(windowContext().window))
+        platform::setWindowTitle(windowContext().window, title);
+}
+
+void setTimerRate(int ticksPerSecond) {
+    windowContext().timerRate = ticksPerSecond;
+    if (platform::windowExists(windowContext().window))
+        platform::startTimer(windowContext().window, 1000 / ticksPerSecond);
+}
+
+void forgetClosedWindow() {
+    WindowContext& context = windowContext();
+    if (platform::windowExists(context.window)) return;
+    platform::releaseWindow(std::exchange(context.window, nullptr));
+    context.quit = false;
+    clearEvents();
+}
+
+}  // namespace vistel

@@ -1,0 +1,246 @@
+// The menu's commands, as the user picks them.
+#include "viewer/commands/menu_commands.h"
+
+#include <set>
+#include <vector>
+
+#include "resources/command_ids.h"
+#include "viewer/frame_folder.h"
+#include "viewer/viewer_fixture.h"
+
+namespace vistel {
+
+namespace headless = platform::headless;
+
+class MenuCommandsTest : public ViewerTest {
+ protected:
+    static PictureLayout& layout() { return viewerState.layout; }
+
+    // A frame of an image that its reader has shrunk.
+    static FrameStore shrunkFrame(int number, int width, int height, int shrink) {
+        FrameStore frame = testFrame(number, width, height);
+        frame.header.width = width * shrink;
+        frame.header.height = height * shrink;
+        frame.shrink = shrink;
+        return frame;
+    }
+    static std::vector<int> queuedCodes() {
+        std::vector<int> codes;
+        while (!windowContext().queue.empty()) codes.push_back(windowContext().queue.take().code);
+        return codes;
+    }
+};
+
+// --- full screen ---------------------------------------------------------------------------------
+
+TEST_F(MenuCommandsTest, FullScreenChosenTwiceIsFullScreenChosenOnce) {
+    showImage(testFrame(1, 400, 300));
+    key(keyPadDecimal);
+    layout().panX = 30;
+    layout().panY = 20;
+    headless::choose(COMMAND_FULL_SCREEN);
+    EXPECT_EQ(viewerState.fullScreen, 1);
+    EXPECT_EQ(headless::windowRect().width(), 1280);
+    EXPECT_EQ(headless::windowRect().height(), 1024);
+    EXPECT_EQ(queuedCodes(), std::vector<int>{EV_REDRAW});
+    redraw();
+    headless::choose(COMMAND_FULL_SCREEN);
+    EXPECT_EQ(queuedCodes(), std::vector<int>{});
+    released(keyEscape);
+    EXPECT_EQ(viewerState.fullScreen, 0);
+    EXPECT_EQ(headless::windowRect().width(), 400);
+    EXPECT_EQ(layout().zoom, 2);
+    EXPECT_FLOAT_EQ(layout().panX, 30);  // as before the first time
+    EXPECT_FLOAT_EQ(layout().panY, 20);
+    expectPicture([](int x, int y) { return testPixel(1, x, y); });
+}
+
+TEST_F(MenuCommandsTest, AfterAnotherZoomInFullScreenThePanIsNotThatOfBefore) {
+    showImage(testFrame(1, 400, 300));
+    key(keyPadDecimal);
+    layout().panX = 30;
+    headless::choose(COMMAND_FULL_SCREEN);
+    redraw();
+    key(keyPadDecimal);
+    redraw();
+    released(keyEscape);
+    redraw();
+    EXPECT_EQ(layout().zoom, 3);
+    EXPECT_NE(layout().panX, 30);
+    expectPicture([](int x, int y) { return testPixel(1, x, y); });
+}
+
+TEST_F(MenuCommandsTest, FullScreenWithoutAPictureWaitsForOne) {
+    openWindowOrExit(viewerState, "VisTel");
+    headless::choose(COMMAND_FULL_SCREEN);
+    EXPECT_EQ(viewerState.fullScreen, 1);
+    showImage(testFrame(1, 400, 300));
+    EXPECT_EQ(headless::windowRect().width(), 1280);
+}
+
+// Images of 1000 x 1010: the window, whose title takes rows of the screen, has them at half size.
+TEST_F(MenuCommandsTest, FullScreenReadsAgainWhatOnlyTheWindowHadShrunk) {
+    showAnimation(1, 4, 1, 400, 300);
+    for (const int number : {1, 3})
+        keepFrame(viewerState, number, shrunkFrame(number, 500, 505, 2));
+    showFrame(viewerState, FrameSource::kept);
+    queuedCodes();
+    headless::choose(COMMAND_FULL_SCREEN);
+    EXPECT_EQ(headless::windowRect().width(), 1280);
+    EXPECT_EQ(queuedCodes(), (std::vector<int>{EV_REDRAW, 'U'}));
+    EXPECT_NE(viewerState.slots.find(1), nullptr);  // on screen
+    for (const int number : {2, 4}) EXPECT_NE(viewerState.slots.find(number), nullptr);
+    EXPECT_EQ(viewerState.slots.find(3), nullptr);
+}
+
+TEST_F(MenuCommandsTest, EscapeReadsAgainWhatIsTooLargeForAWindow) {
+    const FrameFolder folder;
+    FrameFolder::animation("shot", 1, 3);  // by now of 4 x 4 pixels
+    viewerState.fullScreen = 1;
+    for (const int number : {1, 2}) keepFrame(viewerState, number, testFrame(number, 1000, 1010));
+    keepFrame(viewerState, 3, testFrame(3, 400, 300));
+    beginDisplay(viewerState, *viewerState.slots.find(1));
+    windowContext().drawPass = [] { drawPass(viewerState); };
+    released(keyEscape);
+    EXPECT_EQ(viewerState.fullScreen, 0);
+    EXPECT_EQ(viewerState.shown->width, 4);
+    EXPECT_EQ(headless::windowRect().width(), 320);
+    EXPECT_EQ(viewerState.slots.find(2), nullptr);
+    EXPECT_NE(viewerState.slots.find(3), nullptr);
+}
+
+TEST_F(MenuCommandsTest, EscapeLeavesFullScreenThoughTheFileHasGone) {
+    viewerState.fileName = "no such file";
+    viewerState.fullScreen = 1;
+    showImage(testFrame(1, 1000, 1010));
+    released(keyEscape);
+    EXPECT_EQ(viewerState.fullScreen, 0);
+    EXPECT_EQ(headless::windowRect().width(), 1000);
+    expectPicture([](int x, int y) { return testPixel(1, x, y); });
+}
+
+TEST_F(MenuCommandsTest, TheNextSourceDoesNotComeBackToThePlaceOfTheOneBefore) {
+    viewerState.noRescale = 1;
+    showImage(testFrame(1, 2000, 300));
+    layout().panX = 100;
+    headless::choose(COMMAND_FULL_SCREEN);
+    releaseFrames(viewerState);
+    showImage(testFrame(2, 2000, 300));
+    released(keyEscape);
+    redraw();
+    EXPECT_FLOAT_EQ(layout().panX, (2000 - 1160) / 2.0f);  // its own middle
+}
+
+// --- full resolution -----------------------------------------------------------------------------
+
+TEST_F(MenuCommandsTest, FullResolutionIsMarked) {
+    showImage(testFrame(1, 400, 300));
+    EXPECT_FALSE(headless::menuChecked(COMMAND_FULL_RESOLUTION));
+    for (const bool on : {true, false, true}) {
+        headless::choose(COMMAND_FULL_RESOLUTION);
+        EXPECT_EQ(viewerState.noRescale, on);
+        EXPECT_EQ(headless::menuChecked(COMMAND_FULL_RESOLUTION), on);
+    }
+}
+
+TEST_F(MenuCommandsTest, TheOptionForFullResolutionIsMarkedFromTheStart) {
+    viewerState.noRescale = 1;
+    showImage(testFrame(1, 400, 300));
+    EXPECT_TRUE(headless::menuChecked(COMMAND_FULL_RESOLUTION));
+}
+
+TEST_F(MenuCommandsTest, FullResolutionReadsAgainWhatWasShrunkAndKeepsWhatWasNot) {
+    struct Row {
+        const char* name;
+        std::set<int> shrunk;  // frames of 1 to 4 whose images do not fit on the screen
+        bool readAtOnce;       // the one on screen, frame 2
+        std::vector<int> kept;
+    };
+    const Row rows[] = {
+        {"none", {}, false, {1, 2, 3, 4}},
+        {"all", {1, 2, 3, 4}, true, {2}},
+        {"the one on screen", {2}, true, {1, 2, 3, 4}},
+        {"others", {1, 4}, false, {2, 3}},
+    };
+    for (const Row& row : rows) {
+        SetUp();
+        showAnimation(1, 4, 1, 400, 300);
+        for (const int number : row.shrunk)
+            keepFrame(viewerState, number, shrunkFrame(number, 1000, 500, 2));
+        viewerState.currentFrame = 2;
+        showFrame(viewerState, FrameSource::kept);
+        queuedCodes();
+        headless::choose(COMMAND_FULL_RESOLUTION);
+        std::vector<int> kept;
+        for (int number = 1; number <= 4; ++number)
+            if (viewerState.slots.find(number)) kept.push_back(number);
+        EXPECT_EQ(kept, row.kept) << row.name;
+        EXPECT_EQ(viewerState.slots.count(), row.kept.size()) << row.name;
+        EXPECT_EQ(viewerState.shown, viewerState.slots.find(2)) << row.name;
+        EXPECT_EQ(queuedCodes(), std::vector<int>{row.readAtOnce ? int{'U'} : int{EV_REDRAW}})
+            << row.name;
+    }
+}
+
+TEST_F(MenuCommandsTest, LeavingFullResolutionReadsAgainWhatDoesNotFit) {
+    viewerState.noRescale = 1;
+    showAnimation(1, 3, 1, 400, 300);
+    keepFrame(viewerState, 3, testFrame(3, 2000, 300));
+    headless::choose(COMMAND_FULL_RESOLUTION);
+    EXPECT_NE(viewerState.slots.find(1), nullptr);
+    EXPECT_EQ(viewerState.slots.find(3), nullptr);
+}
+
+TEST_F(MenuCommandsTest, DroppedFramesMakeRoom) {
+    showAnimation(1, 3, 1, 400, 300);
+    for (const int number : {1, 2, 3})
+        keepFrame(viewerState, number, shrunkFrame(number, 400, 300, 4));
+    viewerState.currentFrame = 1;
+    showFrame(viewerState, FrameSource::kept);
+    FrameSlots& slots = viewerState.slots;
+    const FrameStore another = testFrame(4, 400, 300);
+    slots.setLimit(3 * another.memoryBytes());
+    ASSERT_FALSE(slots.hasRoomFor(4, another));
+    headless::choose(COMMAND_FULL_RESOLUTION);  // shrink 1 now: two of the three go
+    slots.keep(4, testFrame(4, 400, 300));
+    EXPECT_TRUE(slots.hasRoomFor(5, another));
+    slots.keep(5, testFrame(5, 400, 300));
+    EXPECT_FALSE(slots.hasRoomFor(6, another));
+}
+
+// --- the others ----------------------------------------------------------------------------------
+
+TEST_F(MenuCommandsTest, OnlyTheCommandsThatAreThereCanBeChosen) {
+    showImage(testFrame(1, 400, 300));
+    const std::set<int> there = {COMMAND_EXIT, COMMAND_REVERT, COMMAND_FULL_SCREEN,
+                                 COMMAND_FULL_RESOLUTION};
+    for (int id = COMMAND_FIRST; id <= COMMAND_LAST; ++id) {
+        EXPECT_EQ(headless::menuEnabled(id), there.count(id) != 0) << id;
+        if (there.count(id)) continue;
+        queuedCodes();
+        headless::choose(id);  // nothing comes of it
+        EXPECT_TRUE(windowContext().queue.empty()) << id;
+        EXPECT_TRUE(headless::windowOpen()) << id;
+    }
+}
+
+TEST_F(MenuCommandsTest, RevertReloadsTheFrame) {
+    showImage(testFrame(1, 400, 300));
+    windowContext().queue.clear();
+    headless::choose(COMMAND_REVERT);
+    ASSERT_EQ(windowContext().queue.count(), 1);
+    const InputEvent event = windowContext().queue.take();
+    EXPECT_EQ(event.code, keyReload);
+    EXPECT_EQ(event.value, 1);
+}
+
+TEST_F(MenuCommandsTest, ExitClosesTheWindowAndQuits) {
+    showAnimation(1, 3);
+    headless::script([] { headless::choose(COMMAND_EXIT); });
+    runViewerLoop(viewerState);
+    EXPECT_FALSE(headless::windowOpen());
+    EXPECT_EQ(viewerState.quitRequested, 1);
+    EXPECT_EQ(viewerState.slots.count(), 0u);
+}
+
+}  // namespace vistel
