@@ -4,7 +4,7 @@
 #include <bit>
 #include <cmath>
 
-#include "iff/big_endian.h"
+#include "host/byte_order.h"
 #include "iff/image_writer.h"
 
 namespace vistel::bench {
