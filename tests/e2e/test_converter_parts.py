@@ -2,12 +2,9 @@
 a frame stream that ends early too; and pictures that come to the converter on standard input."""
 
 import io
-import os
 import struct
 import subprocess
-import tempfile
 import zlib
-from pathlib import Path
 
 import numpy as np
 import pytest
@@ -16,7 +13,6 @@ from PIL import Image
 import framefile
 import framereader
 import pictures
-from framefile import on_screen
 from pictures import Pixels
 
 WIDTH, HEIGHT = 160, 120

@@ -783,6 +783,16 @@ def test_a_large_black_picture_is_no_lie(system, tmp_path, extension):
     assert framereader.read(done.output).colour.shape == (4000, 5000, 3)
 
 
+@pytest.mark.parametrize("packing", ["lzma", "zstd"])
+def test_a_large_black_tiff_of_the_tightest_packings_is_no_lie(system, tmp_path, packing):
+    path = tmp_path / "black.tif"
+    # One strip: else its table of strips would take more than its pixels.
+    Image.new("L", (5000, 4000)).save(path, compression=packing, strip_size=5000 * 4000)
+    done = system.run_tool("pixconv", path, "stdout", timeout=LONG)
+    assert (done.status, done.messages) == (0, "")
+    assert framereader.read(done.output).colour.shape == (4000, 5000, 3)
+
+
 @pytest.mark.parametrize("extension, make, pixel", LYING.values(), ids=LYING.keys())
 def test_a_file_whose_sizes_lie_ends_soon_in_little_memory(
     system, tmp_path, least, extension, make, pixel

@@ -380,6 +380,7 @@ TEST(MemoryRule, GrowsWithTheFile) {
         {"png", 262144, 1024 * megabyte},
         {"png", UINT64_MAX, 1024 * megabyte},
         {"pnm", 3 * megabyte, 96 * megabyte},
+        {"tiff", 1024, 128 * megabyte},
         {"no such type", 3 * megabyte, 96 * megabyte},
     };
     for (const Row& row : rows) EXPECT_EQ(justifiedBytes(row.key, row.file), row.justified);
