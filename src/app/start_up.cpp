@@ -24,9 +24,9 @@ Tstring withoutLastPart(const Tstring& path) {
 // TAVO_LOCATION when the user set it, else where the program lies; children see it either way. An
 // empty variable is no variable: not every system tells them apart.
 Tstring locateInstallation() {
-    const Tstring location = platform::environmentVariable(locationVariable).value_or("");
+    Tstring location = platform::environmentVariable(locationVariable).value_or("");
     if (!location.empty()) return location;
-    const Tstring root = installRoot(platform::programPath());
+    Tstring root = installRoot(platform::programPath());
     platform::setEnvironmentVariable(locationVariable, root);
     return root;
 }

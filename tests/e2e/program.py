@@ -488,7 +488,8 @@ class Player:
 
         def still():
             seen[:] = [self.frame()]
-            return self.program.stays(self.frame, seconds, timeout)
+            # The one that stays may be another than the one that was seen.
+            return self.program.stays(self.frame, seconds, timeout) and self.frame() == seen[0]
 
         wait_until(still, timeout, lambda: f"playing to stop {self.program.report()}")
         return seen[0]

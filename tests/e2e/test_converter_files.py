@@ -3,6 +3,7 @@
 import os
 import signal
 import subprocess
+from pathlib import Path
 
 import numpy as np
 import pytest

@@ -43,10 +43,11 @@ std::optional<std::string> findProgram(const std::string& baseName) {
     const std::string path = environmentVariable("PATH").value_or("/usr/local/bin:/usr/bin:/bin");
     for (size_t start = 0; start <= path.size();) {
         const size_t end = std::min(path.find(':', start), path.size());
-        const std::string folder = path.substr(start, end - start);
+        std::string program = path.substr(start, end - start);
         start = end + 1;
-        if (!folder.starts_with('/')) continue;
-        if (const std::string program = folder + "/" + baseName; isProgram(program)) return program;
+        if (!program.starts_with('/')) continue;
+        program.append("/").append(baseName);
+        if (isProgram(program)) return program;
     }
     return std::nullopt;
 }

@@ -9,7 +9,7 @@ class KeyTableTest : public ViewerTest {};
 
 TEST_F(KeyTableTest, TheManualListsTheKeysAsTheyAre) {
     std::string page =
-        "# Keys\n\nGenerated from the program's own table (`src/viewer/key_table.cpp`).\n\n"
+        "# Keys\n\nGenerated from the program's own table (`src/viewer/commands/key_table.cpp`).\n\n"
         "| Key | Action |\n|---|---|\n";
     for (const KeyBinding& binding : keyBindings()) {
         page += std::string("| ") + binding.keys;
