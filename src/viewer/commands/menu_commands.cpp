@@ -82,8 +82,8 @@ void prepareMenu(const Viewer& viewer) {
         return id == COMMAND_IMPORT_SOUND || id == COMMAND_TOGGLE_SOUND;
     };
     for (int id = COMMAND_FIRST; id <= COMMAND_LAST; ++id) {
-        if (!findBinding(id) || (needsSound(id) && !viewer.soundLoaded))
-            platform::enableMenuItem(windowContext().window, id, false);
+        const bool enabled = findBinding(id) && (viewer.soundLoaded || !needsSound(id));
+        platform::enableMenuItem(windowContext().window, id, enabled);
     }
     platform::checkMenuItem(windowContext().window, COMMAND_FULL_RESOLUTION, viewer.noRescale);
 }
