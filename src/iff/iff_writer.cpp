@@ -69,8 +69,7 @@ int IffWriter::startRoot(bool forceStream) {
     if (code == iffOk) return iffOk;
 
     const int systemError = errno;
-    chunks_.clear();  // nothing more is written
-    close();
+    abandon();
     errno = systemError;
     return code;
 }
@@ -233,6 +232,11 @@ int IffWriter::closeStream() {
         return flushed ? iffOk : iffIoError;
     }
     return std::fclose(stream_) == 0 && flushed ? iffOk : iffIoError;
+}
+
+int IffWriter::abandon() {
+    chunks_.clear();
+    return close();
 }
 
 int IffWriter::close() {

@@ -68,6 +68,8 @@ class IffWriter {
     // Ends all that is open, closes the stream. The first failure of the writer's life;
     // iffBrokenPipe when the converter ended with an error. Closing twice does nothing.
     int close();
+    // Closes the stream as it is, with nothing ended.
+    int abandon();
 
     bool isOpen() const { return stream_ != nullptr; }
     bool seekable() const { return (flags_ & iffFlagStream) == 0; }

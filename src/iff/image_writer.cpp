@@ -58,12 +58,24 @@ int ImageWriter::close() {
     if (!container_) return iffOk;
     const int ended = inImageData() ? endImage() : iffOk;
     const int closed = container_->close();
+    reset();
+    return ended != iffOk ? ended : closed;
+}
+
+int ImageWriter::abandon() {
+    if (!container_) return iffOk;
+    const int flushed = bandRows_ > 0 ? flushBand() : failure_;
+    const int closed = container_->abandon();
+    reset();
+    return flushed != iffOk ? flushed : closed;
+}
+
+void ImageWriter::reset() {
     container_.reset();
     resetImage();
     compression_ = compressRle;
     wideChannels_ = 0;
     fromLastRow_ = false;
-    return ended != iffOk ? ended : closed;
 }
 
 void ImageWriter::resetImage() {

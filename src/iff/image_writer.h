@@ -54,6 +54,9 @@ class ImageWriter {
     // Ends what is open and closes the stream; the first failure. Does nothing when nothing is
     // open.
     int close();
+    // Closes the stream without the ends of what is open: who reads it finds it incomplete. For a
+    // stream that cannot seek (forceStream); in others the sizes stay unknown.
+    int abandon();
     bool isOpen() const { return container_ != nullptr; }
     IffWriter* container() { return container_.get(); }
 
@@ -137,6 +140,7 @@ class ImageWriter {
     [[nodiscard]] int writeBandTile(int32_t id, Band& band, const TileRect& rect);
     [[nodiscard]] int writeTileChunk(int32_t id, const TileRect& rect, const uint8_t* raw);
     TileFormat formatOf(int32_t id) const;
+    void reset();
     void resetImage();
 
     std::unique_ptr<IffWriter> container_;

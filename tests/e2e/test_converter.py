@@ -194,13 +194,19 @@ def test_test_mode_shows_the_chart_of_the_converter(system, start):
     assert program.close() == 0
 
 
-def test_a_cut_picture_is_named_and_the_next_one_shown(system, start, folder):
+def test_a_cut_picture_is_shown_as_far_as_it_goes_and_named_and_then_the_next_one(
+    system, start, folder
+):
     pixels = square_picture(3)
     Image.fromarray(pixels).save(folder / "good.png")
     whole = (folder / "good.png").read_bytes()
     (folder / "cut.png").write_bytes(whole[: len(whole) // 2])
     (folder / "words.txt").write_text("no picture at all\n")
+    part = framereader.read(system.run_tool("pixconv", folder / "cut.png", "stdout").output).colour
     program = start("cut.png", "words.txt", "good.png")
+    program.find(part)
+    assert "cut.png: the file ends early" in program.stderr()
+    program.system.close_window(program.window())
     program.find(pixels)
     assert "cut.png" in program.stderr() and "words.txt" in program.stderr()
     assert program.close() == 0

@@ -46,15 +46,20 @@ def run(system, tool, *words, output="", stdin=None, **options):
 
 @pytest.mark.parametrize("tool, words", [
     ("pixconv", []), ("pixconv", ["--help"]), ("pixconv", ["--formats"]),
-    ("pixconv", ["picture.png", "stdout"]), ("rasconv", ["--help"]),
+    ("pixconv", ["picture.png", "stdout"]), ("pixconv", ["cut.png", "stdout"]),
+    ("pixconv", ["-", "stdout"]), ("rasconv", ["--help"]),
     ("demo_sequence", ["shot.", "1", "16", "16"]),
 ])
 @pytest.mark.parametrize("output, reason", [
     (">/dev/full", FULL), (">&-", "Bad file descriptor"),
 ])
 def test_output_that_goes_nowhere_is_a_failure(system, tmp_path, tool, words, output, reason):
-    Image.fromarray(noise(40, 30)).save(tmp_path / "picture.png")
-    status, messages = run(system, tool, *words, output=output, cwd=tmp_path)
+    picture = tmp_path / "picture.png"
+    Image.fromarray(noise(40, 30)).save(picture)
+    whole = picture.read_bytes()
+    (tmp_path / "cut.png").write_bytes(whole[: len(whole) // 2])
+    with picture.open("rb") as stdin:
+        status, messages = run(system, tool, *words, output=output, stdin=stdin, cwd=tmp_path)
     assert status == 1
     assert messages.startswith(f"{tool}: ") and messages.endswith(f": {reason}\n")
     assert messages.count("\n") == 1

@@ -9,6 +9,7 @@ import numpy as np
 import pytest
 
 import framefile
+import framereader
 import pictures
 import rules
 from desktop import wait_until
@@ -165,7 +166,8 @@ def age(path):
 
 
 def cut(data):
-    return data[: len(data) // 2]
+    """Nothing of the picture is left."""
+    return data[:60]
 
 
 def lines_with(text, word):
@@ -194,6 +196,30 @@ def test_a_broken_file_in_a_range_is_named_once_and_the_others_play(start, folde
     assert not others
     assert program.close() == 0
     assert len(lines_with(program.stderr(), "pixconv: ")) == 1
+
+
+def test_a_cut_file_in_a_range_is_shown_as_far_as_it_goes_and_named_once(system, start, folder):
+    write_frames(folder, FRAMES)
+    path = folder / f"shot.{11:02}.png"
+    whole = path.read_bytes()
+    path.write_bytes(whole[: len(whole) // 2])
+    age(path)
+    part = framereader.read(system.run_tool("pixconv", path, "stdout").output).colour
+    program = start(*SLOW, *range_of(FRAMES, "shot.@@.png"))
+    player = Player(program, FRAMES)
+    player.pause()
+    player.step("Control_L+Left", 1)
+    for number in range(2, 11):
+        go(player, "Right", number)
+    program.key("Right")
+    program.find(part)
+    program.key("Right")
+    go(player, "Right", 13)
+    program.key("Left", "Left")
+    program.find(part)
+    assert program.close() == 0
+    converter = lines_with(program.stderr(), "pixconv: ")
+    assert len(converter) == 1 and path.name in converter[0] and "ends early" in converter[0]
 
 
 # --- film -----------------------------------------------------------------------------------------

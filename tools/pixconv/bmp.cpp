@@ -160,14 +160,15 @@ uint8_t sampleOf(uint32_t pixel, const Field& field, uint8_t without) {
 // Rows of plain pixels, of which `unpack` makes a picture's.
 template <class Unpack>
 Failure readRows(ByteSource& source, const Header& header, Picture& picture, Unpack unpack) {
-    if (auto failure =
-            requireRows(source.left(), header.rowBytes(), header.padding(), header.height))
-        return failure;
+    const Failure early =
+        requireRows(source.left(), header.rowBytes(), header.padding(), header.height);
     std::vector<uint8_t> row(header.rowBytes() + header.padding());
     for (uint32_t y = 0; y < header.height; ++y) {
         const size_t bytes = size_t(std::min<uint64_t>(row.size(), source.left()));
-        if (!source.read(row.data(), bytes)) return endsInRow(y, header.height);
+        if (bytes < header.rowBytes() || !source.read(row.data(), bytes))
+            return early ? early : endsInRow(y, header.height);
         unpack(row.data(), picture.row(header.fromTop ? y : header.height - 1 - y));
+        picture.rowsRead = y + 1;
     }
     return {};
 }
@@ -221,6 +222,7 @@ Failure readRuns(ByteSource& source, const Header& header, const Palette& palett
         return i % 2 ? bytes[i / 2] & 15 : bytes[i / 2] >> 4;
     };
     while (y < header.height) {
+        picture.rowsRead = uint32_t(y);
         uint8_t code[2], bytes[256];
         // The end mark may be missing.
         if (!source.read(code, 2)) {

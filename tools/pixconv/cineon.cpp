@@ -1,12 +1,15 @@
 // Cineon film scans: a header, then red, green and blue of 10 bits in one 32-bit word for each
-// pixel. The codes are printing densities (logarithmic) and are kept as they are.
+// pixel. The codes are printing densities (logarithmic) and are kept as they are; of a picture that
+// does not come from film they are made.
 //
 //     0    magic 0x802A5FD7 in the file's byte order    4  place of the image
 //     192  direction   193 channels   196 28 bytes for each channel: 2 bits, 4 width, 8 height
 //     680  interleaving   681 packing: 5 left-justified, 6 right-justified   682 sign
 //     684  padding of each row
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -88,10 +91,29 @@ Failure read(const SourceFile& file, Picture& picture) {
     Header header{};
     if (auto failure = readHeader(source, header)) return failure;
     if (auto failure = picture.allocate(header.width, header.height, true)) return failure;
-    if (auto failure = requireCodes(source, picture, false, header.plane)) return failure;
-    if (auto failure = readCodes(source, header.plane, picture)) return failure;
-    for (uint32_t y = 0; y < picture.height; ++y) completeRow(picture, y);
-    return turnUpright(picture, orientations[header.direction]);
+    picture.filmCodes = true;
+    const Failure early = requireCodes(source, picture, false, header.plane);
+    const Failure failure = readCodes(source, header.plane, picture);
+    return completed(picture, early ? early : failure, orientations[header.direction]);
+}
+
+// Readers take every file of this type for densities of film: code 685 is white, each code less is
+// 0.002 of density on a negative of gamma 0.6, and what is left at code 95 is taken off as black.
+uint16_t filmCode(float light) {
+    constexpr double white = 685, black = 95, codesPerDecade = 0.6 / 0.002;
+    const double floor = std::pow(10, (black - white) / codesPerDecade);
+    const double shown = std::max(double{light}, 0.0) * (1 - floor) + floor;
+    return uint16_t(std::lround(white + codesPerDecade * std::log10(shown)));
+}
+
+uint16_t filmCodeOf(const Picture& picture, uint32_t y, size_t sample) {
+    static const auto codes = [] {
+        std::vector<uint16_t> all(65536);
+        for (size_t i = 0; i < all.size(); ++i)
+            all[i] = filmCode(linearFromEncoded(float(i) / 65535));
+        return all;
+    }();
+    return codes[wordSample(picture, y, sample)];
 }
 
 std::array<uint8_t, writtenBytes> headerOf(const Picture& picture) {
@@ -119,7 +141,8 @@ std::array<uint8_t, writtenBytes> headerOf(const Picture& picture) {
 }
 
 Failure write(const Picture& picture, const TargetFile& target) {
-    return writeTenBitColour(target, headerOf(picture), picture);
+    return writeTenBitColour(target, headerOf(picture), picture,
+                             picture.filmCodes ? tenBitsOf : filmCodeOf);
 }
 
 }  // namespace

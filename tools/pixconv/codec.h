@@ -30,6 +30,9 @@ struct Codec {
     Failure (*read)(const SourceFile& source, Picture& picture);
     // Null: the type is not written. What the type cannot hold (mask, depth, 16 bits) is left out.
     Failure (*write)(const Picture& picture, const TargetFile& target);
+    // Of a type that nothing at the start tells: whether a file of this size without any extension
+    // that begins so is one all the same. Null: only the extension tells.
+    bool (*isSound)(std::span<const uint8_t> start, uint64_t size) = nullptr;
 };
 
 }  // namespace vistel

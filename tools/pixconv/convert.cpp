@@ -9,6 +9,7 @@
 #include "host/image_plugins.h"
 #include "memory_rule.h"
 #include "platform/files.h"
+#include "platform/temporary_file.h"
 #include "platform/unfinished_file.h"
 #include "without_exceptions.h"
 
@@ -17,6 +18,7 @@ namespace vistel {
 namespace {
 
 constexpr size_t startBytes = 64;
+constexpr uint64_t mostCollectedBytes = uint64_t{4} << 30;
 
 std::string lowered(std::string text) {
     std::transform(text.begin(), text.end(), text.begin(), lowerCase);
@@ -61,17 +63,47 @@ bool isSpecial(const std::string& path) {
     return platform::fileExists(path) && !platform::isRegularFile(path);
 }
 
-Failure readPicture(const std::string& path, Picture& picture) {
-    if (isSpecial(path)) return "only regular files can be read, no folders, pipes or devices";
-    errno = 0;
-    const platform::FilePtr file(platform::openFile(path, "r"));
-    if (!file) return systemError();
-    SourceFile source{path, file.get(), platform::streamStatus(file.get()).size};
+Failure readFrom(FILE* file, const std::string& path, Picture& picture) {
+    const SourceFile source{path, file, platform::streamStatus(file).size};
     Failure failure;
     const Codec* codec = codecForReading(source, failure);
     if (!codec) return failure;
     picture.mostBytes = justifiedBytes(codec->key, source.size);
     return codec->read(source, picture);
+}
+
+// A file with what a pipe gives, to its end: pictures are not read in one go.
+Failure collect(FILE* in, FILE* file) {
+    std::vector<char> room(size_t{1} << 16);
+    uint64_t size = 0;
+    while (const size_t part = std::fread(room.data(), 1, room.size(), in)) {
+        size += part;
+        if (size > mostCollectedBytes) return "there is no end of it: over 4 GB";
+        errno = 0;
+        if (std::fwrite(room.data(), 1, part, file) != part) return systemError();
+    }
+    errno = 0;
+    if (std::fflush(file) != 0) return systemError();
+    std::rewind(file);
+    return {};
+}
+
+Failure readStandardInput(FILE* in, Picture& picture) {
+    const bool regular = platform::streamStatus(in).kind == platform::StreamKind::regular;
+    if (regular && platform::streamPosition(in) == 0) return readFrom(in, "", picture);
+    errno = 0;
+    const platform::FilePtr file(platform::openTemporaryFile());
+    if (!file) return systemError();
+    if (Failure failure = collect(in, file.get())) return failure;
+    return readFrom(file.get(), "", picture);
+}
+
+Failure readPicture(const std::string& path, Picture& picture) {
+    if (isSpecial(path)) return "only regular files can be read, no folders, pipes or devices";
+    errno = 0;
+    const platform::FilePtr file(platform::openFile(path, "r"));
+    if (!file) return systemError();
+    return readFrom(file.get(), path, picture);
 }
 
 Failure writeTo(FILE* file, const Codec& codec, const Picture& picture, const std::string& path) {
@@ -135,6 +167,12 @@ const Codec* codecForReading(const SourceFile& source, Failure& failure) {
     for (const Codec* codec : allCodecs())
         if (recognises(codec)) return codec;
     if (byName && byName->read && !byName->recognises) return byName;
+    const auto isSound = [&](const Codec* codec) {
+        return codec->isSound && codec->isSound({start, size}, source.size);
+    };
+    if (extensionOf(source.path).empty())
+        for (const Codec* codec : allCodecs())
+            if (isSound(codec)) return codec;
     failure = named ? std::string("not a picture of the type ") + named->name
                     : "not a picture of a known type";
     return nullptr;
@@ -158,12 +196,26 @@ const Codec* codecForWriting(const std::string& path, const std::string& key, Fa
     return nullptr;
 }
 
-Failure toFrame(const std::string& path, FILE* out) {
+template <class Read>
+static Failure frameOf(Read&& read, FILE* out) {
     Picture picture;
-    Failure failure = withoutExceptions([&] { return readPicture(path, picture); });
-    if (!failure) return withoutExceptions([&] { return writeFrame(picture, out); });
-    if (!platform::isStandardStream(out)) std::fclose(out);
-    return failure;
+    const Failure failure = withoutExceptions([&] { return read(picture); });
+    const bool part = failure && picture.partIsThere();
+    if (failure && !part) {
+        if (!platform::isStandardStream(out)) std::fclose(out);
+        return failure;
+    }
+    const Failure written = withoutExceptions(
+        [&] { return writeFrame(picture, out, part ? FrameExtent::part : FrameExtent::whole); });
+    return written || !part ? written : failure;
+}
+
+Failure toFrame(const std::string& path, FILE* out) {
+    return frameOf([&](Picture& picture) { return readPicture(path, picture); }, out);
+}
+
+Failure toFrame(FILE* in, FILE* out) {
+    return frameOf([&](Picture& picture) { return readStandardInput(in, picture); }, out);
 }
 
 Failure fromFrame(FILE* in, const std::string& path, const std::string& key) {

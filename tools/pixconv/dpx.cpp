@@ -7,7 +7,8 @@
 //          24 packing, 26 encoding, 28 place, 32 padding of each row
 //     1408 orientation, 1664 film, 1920 television: not read
 //
-// What is not known is all ones. The curve is not looked at: codes are kept as they are.
+// What is not known is all ones. Codes are kept as they are; the curve only tells those of film
+// from those of video (Rec. 709, what screens show), so that they are written as what they are.
 
 #include <algorithm>
 #include <array>
@@ -63,12 +64,17 @@ constexpr Packing packings[] = {
     {16, 1, CodePacking::words},      {16, 2, CodePacking::words},
 };
 
+// The curve of codes, and what primaries they have.
+enum Curve : uint8_t { printingDensity = 1, logarithmic = 3, video = 6 };
+bool isFilmCurve(uint8_t code) { return code == printingDensity || code == logarithmic; }
+
 struct Header {
     uint32_t width, height;
     uint64_t place;         // of the first element
     uint64_t declaredSize;  // of the file
     uint16_t direction;
     bool grey = false;
+    bool filmCodes = false;
     uint32_t samples = 0;  // which of a pixel's four the planes give, a bit each
     std::vector<CodePlane> planes;
 };
@@ -161,6 +167,7 @@ Failure readHeader(ByteSource& source, Header& header) {
     header.place = number32(&bytes[4], order);
     const uint32_t declared = number32(&bytes[16], order);
     header.declaredSize = declared == unknown ? 0 : declared;
+    header.filmCodes = isFilmCurve(bytes[firstElement + 21]);
     header.width = number32(&bytes[772], order);
     header.height = number32(&bytes[776], order);
     return readElements(bytes.data(), order, header);
@@ -172,10 +179,9 @@ Failure readPlanes(ByteSource& source, Header& header, Picture& picture) {
     for (CodePlane& plane : header.planes) {
         if (!isTold(plane.place)) plane.place = place;
         if (plane.place < readBytes) return "the file is damaged: the image lies in the header";
-        if (auto failure =
-                requireCodes(source, picture, header.declaredSize <= source.size(), plane))
-            return failure;
-        if (auto failure = readCodes(source, plane, picture)) return failure;
+        const Failure early =
+            requireCodes(source, picture, header.declaredSize <= source.size(), plane);
+        if (auto failure = readCodes(source, plane, picture)) return early ? early : failure;
         place = plane.end;
     }
     return {};
@@ -190,9 +196,8 @@ Failure read(const SourceFile& file, Picture& picture) {
     if (auto failure = picture.allocate(header.width, header.height, wide)) return failure;
     picture.colour = !header.grey;
     picture.mask = (header.samples & 8) != 0;
-    if (auto failure = readPlanes(source, header, picture)) return failure;
-    for (uint32_t y = 0; y < picture.height; ++y) completeRow(picture, y);
-    return turnUpright(picture, orientations[header.direction]);
+    picture.filmCodes = header.filmCodes;
+    return completed(picture, readPlanes(source, header, picture), orientations[header.direction]);
 }
 
 std::array<uint8_t, writtenBytes> headerOf(const Picture& picture) {
@@ -219,6 +224,8 @@ std::array<uint8_t, writtenBytes> headerOf(const Picture& picture) {
     writeBig32(element + 8, 0);
     writeBig32(element + 12, 1023);
     element[20] = 50;
+    // Without these two readers guess, most of them film.
+    element[21] = element[22] = picture.filmCodes ? printingDensity : video;
     element[23] = 10;
     writeBig16(element + 24, 1);
     writeBig32(element + 28, writtenBytes);
@@ -226,7 +233,7 @@ std::array<uint8_t, writtenBytes> headerOf(const Picture& picture) {
 }
 
 Failure write(const Picture& picture, const TargetFile& target) {
-    return writeTenBitColour(target, headerOf(picture), picture);
+    return writeTenBitColour(target, headerOf(picture), picture, tenBitsOf);
 }
 
 }  // namespace

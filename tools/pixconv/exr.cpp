@@ -23,11 +23,13 @@
 #include "codecs.h"
 #include "exr_channels.h"
 #include "exr_header_walk.h"
+#include "exr_rows.h"
 #include "exr_window.h"
 #include "file_starts.h"
 #include "host/byte_order.h"
 #include "platform/files.h"
 #include "samples.h"
+#include "turned.h"
 #include "without_exceptions.h"
 
 namespace vistel {
@@ -152,65 +154,13 @@ Failure findChannels(const Imf::ChannelList& list, ExrChannels& channels) {
 
 // --- reading ---
 
-// One row of floats for each channel that is used, over the width of the data window.
-struct Rows {
-    std::vector<float> sample[4], depth;
-};
-
-void addSlice(Imf::FrameBuffer& frame, const std::string& name, std::vector<float>& row, int left,
-              int64_t width, float missing) {
-    row.assign(static_cast<size_t>(width), missing);
-    if (name.empty()) return;
-    // Every row lands in the same memory.
-    auto* base = reinterpret_cast<char*>(reinterpret_cast<intptr_t>(row.data()) -
-                                         int64_t{left} * int64_t{sizeof(float)});
-    frame.insert(name, Imf::Slice(Imf::FLOAT, base, sizeof(float), 0, 1, 1, missing));
-}
-
-void storeRow(const Rows& rows, int64_t from, int64_t to, int64_t shift, uint32_t y,
-              Picture& picture) {
-    uint8_t* pixel = picture.row(y) + 4 * from;
-    for (int64_t x = from; x < to; ++x, pixel += 4) {
-        const auto at = static_cast<size_t>(x - shift);
-        for (int i = 0; i < (picture.colour ? 3 : 1); ++i)
-            pixel[i] = byteFromLinear(rows.sample[i][at]);
-        pixel[3] = byteFromMask(rows.sample[3][at]);
-    }
-    for (int64_t x = from; x < to && !picture.z.empty(); ++x)
-        picture.zRow(y)[x] = rows.depth[static_cast<size_t>(x - shift)];
-}
-
-Failure checkSampling(const Imf::ChannelList& list, const ExrChannels& names) {
-    for (const std::string& name :
-         {names.colour[0], names.colour[1], names.colour[2], names.mask, names.depth}) {
-        const Imf::Channel* channel = name.empty() ? nullptr : list.findChannel(name.c_str());
-        if (channel && (channel->xSampling != 1 || channel->ySampling != 1))
-            return "channels of lower resolution cannot be read";
-    }
-    return {};
-}
-
-void readRows(Imf::InputFile& file, const ExrChannels& names, Picture& picture) {
-    const Imath::Box2i data = file.header().dataWindow(), display = file.header().displayWindow();
-    const ExrExtent dataExtent = extentOf(data);
-    Rows rows;
-    Imf::FrameBuffer frame;
-    for (int i = 0; i < 3; ++i)
-        addSlice(frame, names.colour[i], rows.sample[i], data.min.x, dataExtent.width, 0);
-    addSlice(frame, names.mask, rows.sample[3], data.min.x, dataExtent.width, 1);
-    addSlice(frame, names.depth, rows.depth, data.min.x, dataExtent.width, 0);
-    file.setFrameBuffer(frame);
-    // Column 0 of the data window in the picture, and the columns that both have.
-    const int64_t shift = int64_t{data.min.x} - display.min.x;
-    const int64_t from = std::max<int64_t>(shift, 0);
-    const int64_t to = std::min<int64_t>(shift + dataExtent.width, picture.width);
-    const int first = std::max(data.min.y, display.min.y);
-    const int last = std::min(data.max.y, display.max.y);
-    for (int y = first; y <= last; ++y) {
-        file.readPixels(y);
-        storeRow(rows, from, to, shift, static_cast<uint32_t>(int64_t{y} - display.min.y), picture);
-    }
-    for (uint32_t y = 0; y < picture.height; ++y) completeRow(picture, y);
+// Luminance and chroma are turned into colour by the library, with the file's primaries.
+Failure readPixels(Input& input, const Imf::Header& header, const ExrChannels& names,
+                   Picture& picture) {
+    input.seekg(0);
+    if (names.luminanceChroma) return readLuminanceChroma(input, names, picture);
+    Imf::InputFile file(input, 0);
+    return readExrRows(file, names, blockRows(header), picture);
 }
 
 Failure readFile(const SourceFile& source, Picture& picture) {
@@ -221,7 +171,6 @@ Failure readFile(const SourceFile& source, Picture& picture) {
     if (Failure failure = checkHeader(header, source.size, picture.mostBytes)) return failure;
     ExrChannels names;
     if (Failure failure = findChannels(header.channels(), names)) return failure;
-    if (Failure failure = checkSampling(header.channels(), names)) return failure;
     const ExrExtent display = extentOf(header.displayWindow());
     Failure failure = picture.allocate(static_cast<uint32_t>(display.width),
                                        static_cast<uint32_t>(display.height), false);
@@ -229,10 +178,8 @@ Failure readFile(const SourceFile& source, Picture& picture) {
     if (failure) return failure;
     picture.colour = !names.grey;
     picture.mask = !names.mask.empty();
-    input.seekg(0);
-    Imf::InputFile file(input, 0);
-    readRows(file, names, picture);
-    return {};
+    failure = readPixels(input, header, names, picture);
+    return completed(picture, failure);
 }
 
 // The library's texts begin with the function or file that they come from.

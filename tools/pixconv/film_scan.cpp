@@ -70,14 +70,17 @@ void unpackCodes(const CodeLayout& layout, std::span<const uint8_t> bytes,
         codes[i] = uint16_t(number16(&bytes[i * 2], layout.order) >> shift & mask);
 }
 
+uint16_t tenBitsOf(const Picture& picture, uint32_t y, size_t sample) {
+    return uint16_t(rescaled(wordSample(picture, y, sample), 65535, 1023));
+}
+
 Failure writeTenBitColour(const TargetFile& target, std::span<const uint8_t> header,
-                          const Picture& picture) {
+                          const Picture& picture, CodeOf codeOf) {
     if (!writeAll(target, header)) return cannotWrite();
     const auto fill = [&](uint32_t y, std::vector<uint8_t>& bytes) {
         for (size_t x = 0; x < picture.width; ++x) {
             uint32_t word = 0;
-            for (size_t i = 0; i < 3; ++i)
-                word = word << 10 | rescaled(wordSample(picture, y, x * 4 + i), 65535, 1023);
+            for (size_t i = 0; i < 3; ++i) word = word << 10 | codeOf(picture, y, x * 4 + i);
             writeBig32(&bytes[x * 4], word << 2);
         }
     };
@@ -93,12 +96,10 @@ Failure requireCodes(const ByteSource& source, const Picture& picture, bool mayb
     const uint64_t there = plane.place <= source.size() ? source.size() - plane.place : 0;
     const uint64_t filling = full - least;
     Failure failure = requireRows(there, least, plane.padding + filling, height);
-    if (!failure)
-        plane.padding += filling;
-    else if (!maybeShort || requireRows(there, least, plane.padding, height))
-        return failure;
+    const bool isShort = failure && maybeShort && !requireRows(there, least, plane.padding, height);
+    if (!isShort) plane.padding += filling;
     plane.end = plane.place + (least + plane.padding) * height;
-    return {};
+    return isShort ? Failure() : failure;
 }
 
 namespace {
@@ -117,17 +118,51 @@ void placeCodes(std::span<const uint16_t> codes, const CodePlane& plane, uint32_
     }
 }
 
+// The usual kind of scan, at once: red, green and blue of 10 bits in a word.
+bool placesWords(const CodePlane& plane, const Picture& picture) {
+    const bool inOrder = plane.order.channels == 3 && plane.order.place[0] == 0 &&
+                         plane.order.place[1] == 1 && plane.order.place[2] == 2;
+    return inOrder && picture.wide &&
+           (plane.layout.packing == CodePacking::filledHigh ||
+            plane.layout.packing == CodePacking::filledLow);
+}
+
+template <ByteOrder order>
+void placeWords(const uint8_t* bytes, uint32_t unused, uint16_t* to, uint32_t count) {
+    for (; count > 0; --count, bytes += 4, to += 4) {
+        const uint32_t word = number32(bytes, order) >> unused;
+        to[0] = widenedCode(word >> 20 & 0x3FF, 10);
+        to[1] = widenedCode(word >> 10 & 0x3FF, 10);
+        to[2] = widenedCode(word & 0x3FF, 10);
+        to[3] = 65535;
+    }
+}
+
+void placeWords(const uint8_t* bytes, const CodePlane& plane, uint32_t y, Picture& picture) {
+    const uint32_t unused = plane.layout.packing == CodePacking::filledHigh ? 2 : 0;
+    if (plane.layout.order == ByteOrder::big)
+        placeWords<ByteOrder::big>(bytes, unused, picture.wideRow(y), picture.width);
+    else
+        placeWords<ByteOrder::little>(bytes, unused, picture.wideRow(y), picture.width);
+}
+
 }  // namespace
 
 Failure readCodes(ByteSource& source, const CodePlane& plane, Picture& picture) {
     std::vector<uint16_t> codes(size_t{picture.width} * plane.order.channels);
     std::vector<uint8_t> bytes(shortCodeRowBytes(plane.layout, codes.size()));
     const uint64_t stride = bytes.size() + plane.padding;
+    const bool words = placesWords(plane, picture);
     for (uint32_t y = 0; y < picture.height; ++y) {
         if (!source.goTo(plane.place + stride * y) || !source.read(bytes.data(), bytes.size()))
             return endsInRow(y, picture.height);
-        unpackCodes(plane.layout, bytes, codes);
-        placeCodes(codes, plane, y, picture);
+        if (words) {
+            placeWords(bytes.data(), plane, y, picture);
+        } else {
+            unpackCodes(plane.layout, bytes, codes);
+            placeCodes(codes, plane, y, picture);
+        }
+        picture.rowsRead = std::max(picture.rowsRead, y + 1);
     }
     return {};
 }

@@ -40,10 +40,13 @@ uint64_t shortCodeRowBytes(const CodeLayout& layout, uint64_t codes);
 void unpackCodes(const CodeLayout& layout, std::span<const uint8_t> bytes,
                  std::span<uint16_t> codes);
 
-// Writes a header and colour in 10 bits, the nearest to each sample: each pixel a big-endian word,
-// left-justified.
+// The code of 10 bits for sample i of row y.
+using CodeOf = uint16_t (*)(const Picture& picture, uint32_t y, size_t sample);
+uint16_t tenBitsOf(const Picture& picture, uint32_t y, size_t sample);  // the nearest one
+
+// Writes a header and colour in codes of 10 bits: each pixel a big-endian word, left-justified.
 Failure writeTenBitColour(const TargetFile& target, std::span<const uint8_t> header,
-                          const Picture& picture);
+                          const Picture& picture, CodeOf codeOf);
 
 // One image of a file: rows of codes, `order.channels` for each pixel.
 struct CodePlane {
@@ -56,11 +59,12 @@ struct CodePlane {
 
 // Checks that all rows of a picture of this size are there, and completes the plane. Some programs
 // do not fill the last word of a row: where the file may be of those (it is not said to be longer
-// than it is) and the rows are only there without the filling, they are read like that.
+// than it is) and the rows are only there without the filling, they are read like that. After a
+// failure the rows that are there can be read.
 Failure requireCodes(const ByteSource& source, const Picture& picture, bool maybeShort,
                      CodePlane& plane);
 
-// Reads the rows of a checked plane: 8 bits as they are, or into a wide picture as 16.
+// Reads the rows of a plane: 8 bits as they are, or into a wide picture as 16.
 Failure readCodes(ByteSource& source, const CodePlane& plane, Picture& picture);
 
 }  // namespace vistel

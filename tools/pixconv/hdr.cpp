@@ -1,4 +1,5 @@
-// Radiance pictures: red, green and blue on a scale whose power of two is the fourth byte.
+// Radiance pictures: red, green and blue, or X, Y and Z, on a scale whose power of two is the
+// fourth byte.
 //
 //     "#?RADIANCE" or "#?RGBE", lines of NAME=VALUE, an empty line, "-Y height +X width", rows
 //
@@ -32,6 +33,7 @@ namespace {
 
 struct Header {
     double gamma = 1;
+    bool xyz = false;                // the three are X, Y and Z
     uint32_t rows = 0, columns = 0;  // as stored
     int orientation = 1;             // for turnUpright
 };
@@ -83,8 +85,10 @@ Failure readHeader(ByteSource& source, Header& header) {
         const std::string line = readLine(source);
         if (source.left() == 0) return endsInHeader();
         if (line.empty()) break;
-        if (line.starts_with("FORMAT=") && line != "FORMAT=32-bit_rle_rgbe")
+        if (line.starts_with("FORMAT=") && line != "FORMAT=32-bit_rle_rgbe" &&
+            line != "FORMAT=32-bit_rle_xyze")
             return "the Radiance format " + line.substr(7) + " is not supported";
+        if (line.starts_with("FORMAT=")) header.xyz = line.ends_with("xyze");
         applyGamma(line, header.gamma);
     }
     return readResolution(source, header);
@@ -149,10 +153,12 @@ class SampleTable {
         for (int exponent = 1; exponent < 256; ++exponent)
             scale_[size_t(exponent)] = std::ldexp(1.0, exponent - 136);
     }
+    double light(uint8_t byte, uint8_t exponent) const {
+        const double stored = byte * scale_[exponent];
+        return gamma_ != 1 ? std::pow(stored, gamma_) : stored;
+    }
     uint8_t sample(uint8_t byte, uint8_t exponent) const {
-        double light = byte * scale_[exponent];
-        if (gamma_ != 1) light = std::pow(light, gamma_);
-        return byteFromLinear(float(light));
+        return byteFromLinear(float(light(byte, exponent)));
     }
 
  private:
@@ -160,22 +166,44 @@ class SampleTable {
     std::array<double, 256> scale_{};  // exponent 0 is black
 };
 
+// X, Y and Z become red, green and blue of the screen.
+void placeXyz(const SampleTable& table, uint8_t* pixel) {
+    static constexpr double matrix[3][3] = {{3.2404542, -1.5371385, -0.4985314},
+                                            {-0.9692660, 1.8760108, 0.0415560},
+                                            {0.0556434, -0.2040259, 1.0572252}};
+    const double xyz[] = {table.light(pixel[0], pixel[3]), table.light(pixel[1], pixel[3]),
+                          table.light(pixel[2], pixel[3])};
+    for (size_t i = 0; i < 3; ++i)
+        pixel[i] = byteFromLinear(
+            float(matrix[i][0] * xyz[0] + matrix[i][1] * xyz[1] + matrix[i][2] * xyz[2]));
+}
+
+Failure readRows(ByteSource& source, const Header& header, Picture& picture) {
+    const SampleTable table(header.gamma);
+    for (uint32_t y = 0; y < header.rows; ++y) {
+        uint8_t* row = picture.row(y);
+        const Outcome outcome = readRow(source, row, header.columns);
+        if (outcome != Outcome::whole) std::memset(row, 0, picture.rowSamples());
+        if (outcome == Outcome::cut) return endsInRow(y, header.rows);
+        if (outcome == Outcome::damaged) return damagedRow(y, header.rows);
+        for (size_t x = 0; x < header.columns; ++x, row += 4) {
+            if (header.xyz) {
+                placeXyz(table, row);
+                continue;
+            }
+            for (size_t i = 0; i < 3; ++i) row[i] = table.sample(row[i], row[3]);
+        }
+        picture.rowsRead = y + 1;
+    }
+    return {};
+}
+
 Failure read(const SourceFile& file, Picture& picture) {
     ByteSource source(file);
     Header header;
     if (auto failure = readHeader(source, header)) return failure;
     if (auto failure = picture.allocate(header.columns, header.rows, false)) return failure;
-    const SampleTable table(header.gamma);
-    for (uint32_t y = 0; y < header.rows; ++y) {
-        uint8_t* row = picture.row(y);
-        const Outcome outcome = readRow(source, row, header.columns);
-        if (outcome == Outcome::cut) return endsInRow(y, header.rows);
-        if (outcome == Outcome::damaged) return damagedRow(y, header.rows);
-        for (size_t x = 0; x < header.columns; ++x, row += 4)
-            for (size_t i = 0; i < 3; ++i) row[i] = table.sample(row[i], row[3]);
-        completeRow(picture, y);
-    }
-    return turnUpright(picture, header.orientation);
+    return completed(picture, readRows(source, header, picture), header.orientation);
 }
 
 // The brightest of the three sets the scale. Rounded, so that a byte that is written and read again

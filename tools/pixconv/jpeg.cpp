@@ -7,6 +7,8 @@
 #include <jerror.h>
 #include <jpeglib.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <csetjmp>
 #include <cstring>
 #include <vector>
@@ -52,24 +54,12 @@ void fail(j_common_ptr library, const char* text) {
     onError(library);
 }
 
-// Warnings (level below 0) that say that the library makes up pixels; others are told to nobody.
-void onMessage(j_common_ptr library, int level) {
-    if (level >= 0) return;
-    switch (library->err->msg_code) {
-        case JWRN_JPEG_EOF:
-            return fail(library, "the file ends early");
-        case JWRN_HIT_MARKER:
-        case JWRN_HUFF_BAD_CODE:
-        case JWRN_MUST_RESYNC:
-        case JWRN_BOGUS_PROGRESSION:
-            return fail(library, "the picture data is damaged");
-    }
-}
+void onWarning(j_common_ptr, int) {}
 
 void prepare(Report& report) {
     jpeg_std_error(&report.manager);
     report.manager.error_exit = onError;
-    report.manager.emit_message = onMessage;
+    report.manager.emit_message = onWarning;
     report.manager.output_message = [](j_common_ptr) {};
 }
 
@@ -80,12 +70,52 @@ struct Reader {
     jpeg_progress_mgr progress{};
     jpeg_decompress_struct jpeg{};
     std::vector<uint8_t> row;
+    // Rows before the first that the library made up for want of data. Where scan after scan
+    // refines the whole picture, only the first scan decides.
+    uint32_t goodRows = UINT32_MAX;
     Reader() {
         prepare(report);
+        report.manager.emit_message = onMadeUp;
         jpeg.err = &report.manager;
+        jpeg.client_data = this;
     }
     ~Reader() { jpeg_destroy_decompress(&jpeg); }
+    Reader(const Reader&) = delete;
+    Reader& operator=(const Reader&) = delete;
+
+ private:
+    static void onMadeUp(j_common_ptr library, int level);
 };
+
+// What the library makes up pixels for; nullptr where it does not.
+const char* madeUpFor(int message) {
+    switch (message) {
+        case JWRN_JPEG_EOF:
+            return "the file ends early";
+        case JWRN_HIT_MARKER:
+        case JWRN_HUFF_BAD_CODE:
+        case JWRN_MUST_RESYNC:
+        case JWRN_BOGUS_PROGRESSION:
+            return "the picture data is damaged";
+        default:
+            return nullptr;
+    }
+}
+
+// Warnings have a level below 0.
+void Reader::onMadeUp(j_common_ptr library, int level) {
+    const char* text = level < 0 ? madeUpFor(library->err->msg_code) : nullptr;
+    auto* reader = static_cast<Reader*>(library->client_data);
+    if (!text || reader->report.text[0] != 0) return;
+    std::snprintf(reader->report.text, sizeof reader->report.text, "%s", text);
+    const jpeg_decompress_struct& jpeg = reader->jpeg;
+    if (jpeg.input_scan_number > 1 && jpeg.progressive_mode) return;
+    const uint64_t rows =
+        uint64_t{jpeg.input_iMCU_row} * uint64_t(jpeg.max_v_samp_factor) * DCTSIZE;
+    // Where colour is stored coarser than light, the last row's is smoothed with the one behind it.
+    const uint64_t smoothed = rows > 0 && jpeg.max_v_samp_factor > 1 ? 1 : 0;
+    reader->goodRows = uint32_t(std::min<uint64_t>(rows - smoothed, UINT32_MAX));
+}
 
 void watchScans(j_common_ptr library) {
     const auto* jpeg = reinterpret_cast<j_decompress_ptr>(library);
@@ -135,29 +165,33 @@ bool readPixels(Reader& reader, Picture& picture) {
     if (jpeg.output_width != picture.width || jpeg.output_height != picture.height ||
         (channels != 1 && channels != 3 && channels != 4))
         fail(reinterpret_cast<j_common_ptr>(&jpeg), "an unknown layout of pixels");
-    while (jpeg.output_scanline < jpeg.output_height) {
+    while (jpeg.output_scanline < std::min(jpeg.output_height, reader.goodRows)) {
         uint8_t* pixels = picture.row(jpeg.output_scanline);
         uint8_t* row = reader.row.data();
         jpeg_read_scanlines(&jpeg, &row, 1);
+        if (jpeg.output_scanline > reader.goodRows) break;  // has become known just now
         if (jpeg.out_color_space == JCS_CMYK)
             unpackInks(row, picture.width, jpeg.saw_Adobe_marker != 0, pixels);
         else
             unpackRow(row, picture.width, channels, channels, pixels);
+        picture.rowsRead = jpeg.output_scanline;
     }
-    jpeg_finish_decompress(&jpeg);
-    return true;
+    if (reader.goodRows == UINT32_MAX) jpeg_finish_decompress(&jpeg);
+    return reader.report.text[0] == 0;
 }
 
 Failure read(const SourceFile& source, Picture& picture) {
     const int orientation = orientationOfJpeg(source);
     Reader reader;
     if (!readHeader(reader, source.file, picture.mostBytes)) return std::string(reader.report.text);
-    Failure failure = picture.allocate(reader.jpeg.image_width, reader.jpeg.image_height, false);
-    if (failure) return failure;
+    if (Failure failure =
+            picture.allocate(reader.jpeg.image_width, reader.jpeg.image_height, false))
+        return failure;
     picture.colour = reader.jpeg.out_color_space != JCS_GRAYSCALE;
     reader.row.resize(picture.rowSamples());
-    if (!readPixels(reader, picture)) return std::string(reader.report.text);
-    return turnUpright(picture, orientation);
+    Failure failure;
+    if (!readPixels(reader, picture)) failure = reader.report.text;
+    return completed(picture, failure, orientation);
 }
 
 // --- writing ---

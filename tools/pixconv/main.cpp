@@ -22,6 +22,7 @@ using namespace vistel;
 constexpr const char* usage =
     "usage: pixconv FILE stdout        writes FILE as a frame stream to standard output\n"
     "       pixconv [-t KEY] FILE      writes the frame stream on standard input to FILE\n"
+    "       pixconv - stdout           the same of a picture on standard input\n"
     "       pixconv                    writes a test picture as a frame stream\n"
     "       pixconv --formats          lists the types: key, name, extensions, abilities\n"
     "       pixconv --help             this text\n";
@@ -32,16 +33,24 @@ constexpr const char* details =
     "column of --formats) or by its extension. A name without extension, or with a number for "
     "one,\n"
     "is a frame file. Of a file with several pictures the first is read. A file that is there is\n"
-    "replaced once the new one is whole; the same for the file behind a symbolic link. A file with\n"
-    "several names, of another owner or in a folder that may not be written to is written over,\n"
-    "then. A picture that takes more than 64 MB and more than its file justifies is not read.\n"
+    "replaced once the new one is whole; the same for the file behind a symbolic link. A file\n"
+    "with several names, of another owner or in a folder that may not be written to is written\n"
+    "over, then. A picture that takes more than 64 MB and more than its file justifies is not\n"
+    "read. Of a file that is cut or damaged what could be read of the picture is written, the\n"
+    "rest black and clear, as a frame stream that ends early too.\n"
     "\n"
     "Channels of 16 bits stay as wide; a type that holds only 8 takes the nearest value. Floating\n"
     "point colour is taken as linear light: clamped to 0..1 and put through the sRGB curve to 8\n"
     "bits, and the other way when such a file is written; what is no number becomes 0. Masks are\n"
     "linear, and kept as they are stored: colour is never multiplied or divided by them. Depth is\n"
     "kept by frame files and OpenEXR. Logarithmic film data stays as it is stored, Radiance light\n"
-    "in the exposure in which it was stored.\n"
+    "in the exposure in which it was stored. CMYK and Lab become what screens show, without a\n"
+    "profile.\n"
+    "\n"
+    "Cineon is written as readers take it: as logarithmic densities of film, white at code 685\n"
+    "and black at 95. DPX is written as video (Rec. 709). Frames made of Cineon files, or of DPX\n"
+    "files that say so, carry a remark that their samples are film codes: these are written as\n"
+    "they are, to DPX as printing densities.\n"
     "\n"
     "Written are 16 bits to frame files, PNG, TIFF, Portable Anymap and SGI files, the nearest of "
     "10\n"
@@ -105,6 +114,15 @@ Failure checkStandardOutput() {
     return "standard output: " + std::string(std::strerror(EBADF));
 }
 
+constexpr const char* standardInput = "standard input";
+
+Failure pictureFromInput() {
+    if (Failure failure = checkStandardOutput()) return failure;
+    if (platform::isTerminal(0))
+        return "it is a terminal; a picture is to come from a pipe or file";
+    return toFrame(stdin, stdout);
+}
+
 // Nobody types a frame stream: a file is meant to be read.
 Failure terminalRefusal(const std::string& file) {
     return "standard input is a terminal; to convert " + file + " write: pixconv " + file +
@@ -151,6 +169,8 @@ int main(int argc, char** argv) {
     if (words.empty()) return writeChart();
     if (words.size() == 1 && words[0] == "--help") return help();
     if (words.size() == 1 && words[0] == "--formats") return listFormats();
+    if (words.size() == 2 && words[0] == "-" && words[1] == "stdout")
+        return finish(pictureFromInput(), standardInput);
     if (words.size() == 2 && words[1] == "stdout" && words[0] != "-t") {
         Failure failure = checkStandardOutput();
         if (!failure) failure = toFrame(words[0], stdout);

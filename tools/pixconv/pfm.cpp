@@ -55,7 +55,6 @@ Failure read(const SourceFile& file, Picture& picture) {
     if (auto failure = readHeader(source, header)) return failure;
     if (auto failure = picture.allocate(header.width, header.height, false)) return failure;
     const uint64_t rowBytes = uint64_t{header.width} * header.channels * 4;
-    if (auto failure = requireRows(source.left(), rowBytes, 0, header.height)) return failure;
     picture.colour = header.channels == 3;
     std::vector<uint8_t> bytes(rowBytes);
     for (uint32_t y = picture.height; y-- > 0;) {
@@ -65,6 +64,7 @@ Failure read(const SourceFile& file, Picture& picture) {
             picture.row(y)[i / header.channels * 4 + i % header.channels] =
                 byteFromLinear(std::bit_cast<float>(number32(&bytes[i * 4], header.order)));
         completeRow(picture, y);
+        picture.rowsRead = picture.height - y;
     }
     return {};
 }

@@ -68,15 +68,22 @@ struct Picture {
     bool wide = false;   // samples of 16 bits (0 to 65535) in `wideSamples`; else 8 in `samples`
     bool colour = true;  // false: grey
     bool mask = false;
+    bool filmCodes = false;  // logarithmic codes of film (printing densities), kept as they are
     Samples<uint8_t> samples;
     Samples<uint16_t> wideSamples;
-    Samples<float> z;                       // depth, one for each pixel; empty: none
+    Samples<float> z;  // depth, one for each pixel; empty: none
+    // Rows that have come, or as many pixels as so many rows have: of a file that turns out cut or
+    // damaged they are worth showing. What has not come is zero: black and clear.
+    uint32_t rowsRead = 0;
     uint64_t mostBytes = mostPictureBytes;  // that it may take (memory_rule.h)
 
     // Sets size and sample width and takes the memory, all zero. Fails for a side of 0 or above
     // 65535 (no frame can have it), for more than it may take, and without memory.
     [[nodiscard]] Failure allocate(uint32_t newWidth, uint32_t newHeight, bool isWide);
     [[nodiscard]] Failure allocateZ();
+
+    // Whether a reading that failed left more than a header's promise: a hundredth of the picture.
+    bool partIsThere() const { return rowsRead > 0 && uint64_t{rowsRead} * 100 >= height; }
 
     size_t rowSamples() const { return size_t{width} * 4; }
     uint8_t* row(uint32_t y) { return samples.data() + y * rowSamples(); }

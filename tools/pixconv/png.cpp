@@ -2,6 +2,7 @@
 
 #include <png.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csetjmp>
 #include <cstdio>
@@ -34,11 +35,6 @@ void onError(png_structp png, png_const_charp text) {
 
 void onWarning(png_structp, png_const_charp) {}
 
-void readBytes(png_structp png, png_bytep bytes, size_t size) {
-    auto* file = static_cast<FILE*>(png_get_io_ptr(png));
-    if (std::fread(bytes, 1, size, file) != size) png_error(png, "the file ends early");
-}
-
 void writeBytes(png_structp png, png_bytep bytes, size_t size) {
     auto* file = static_cast<FILE*>(png_get_io_ptr(png));
     if (std::fwrite(bytes, 1, size, file) == size) return;
@@ -51,10 +47,24 @@ void flushBytes(png_structp) {}
 
 struct Reader {
     Report report;
+    FILE* file = nullptr;
+    uint64_t left = 0;  // bytes of the file
     png_structp png = nullptr;
     png_infop info = nullptr;
     ~Reader() { png_destroy_read_struct(&png, &info, nullptr); }
 };
+
+// The library asks for packed pixels in blocks. One that is not whole is lost to it, so that the
+// last ones are small: all rows come that a cut file holds.
+constexpr size_t usualBlock = 8192, lastBlocks = 16;
+
+void readBytes(png_structp png, png_bytep bytes, size_t size) {
+    auto* reader = static_cast<Reader*>(png_get_io_ptr(png));
+    const size_t there = std::fread(bytes, 1, size, reader->file);
+    reader->left -= std::min<uint64_t>(reader->left, there);
+    if (there != size) png_error(png, "the file ends early");
+    if (reader->left < usualBlock) png_set_compression_buffer_size(png, lastBlocks);
+}
 
 // Asks for four samples a pixel, in 8 or 16 bits of this machine's order.
 void askForPixels(Reader& reader, Picture& picture) {
@@ -78,7 +88,11 @@ void readRows(Reader& reader, Picture& picture) {
         for (uint32_t y = 0; y < picture.height; ++y) {
             auto* row = picture.wide ? reinterpret_cast<png_bytep>(picture.wideRow(y))
                                      : static_cast<png_bytep>(picture.row(y));
-            png_read_row(reader.png, row, nullptr);
+            // The first passes fill the places of later ones too: a part is coarse, not full of
+            // holes.
+            const bool interlaced = passes > 1;
+            png_read_row(reader.png, interlaced ? nullptr : row, interlaced ? row : nullptr);
+            if (pass == 0) picture.rowsRead = y + 1;
         }
     png_read_end(reader.png, nullptr);
 }
@@ -101,7 +115,9 @@ Failure read(const SourceFile& source, Picture& picture) {
     reader.png = png_create_read_struct(PNG_LIBPNG_VER_STRING, &reader.report, onError, onWarning);
     if (reader.png) reader.info = png_create_info_struct(reader.png);
     if (!reader.info) return "there is not enough memory";
-    png_set_read_fn(reader.png, source.file, readBytes);
+    reader.file = source.file;
+    reader.left = source.size;
+    png_set_read_fn(reader.png, &reader, readBytes);
     png_set_user_limits(reader.png, 65535, 65535);
     png_set_chunk_malloc_max(reader.png, mostBlockBytes);
     png_set_keep_unknown_chunks(reader.png, PNG_HANDLE_CHUNK_NEVER, nullptr, 0);

@@ -159,8 +159,8 @@ bool readTextRow(ByteSource& source, const Header& header, std::vector<uint32_t>
     return true;
 }
 
-bool readRow(ByteSource& source, const Header& header, std::vector<uint8_t>& bytes,
-             std::vector<uint32_t>& row) {
+bool readSamples(ByteSource& source, const Header& header, std::vector<uint8_t>& bytes,
+                 std::vector<uint32_t>& row) {
     if (header.raster == Header::Raster::text || header.raster == Header::Raster::textBits)
         return readTextRow(source, header, row);
     if (!source.read(bytes.data(), bytes.size())) return false;
@@ -171,6 +171,14 @@ bool readRow(ByteSource& source, const Header& header, std::vector<uint8_t>& byt
             row[i] = header.wide() ? readBig16(&bytes[i * 2]) : bytes[i];
     }
     return true;
+}
+
+Failure readRow(ByteSource& source, const Header& header, std::vector<uint8_t>& bytes, uint32_t y,
+                std::vector<uint32_t>& row) {
+    if (!readSamples(source, header, bytes, row))
+        return source.left() == 0 ? endsInRow(y, header.height) : damagedRow(y, header.height);
+    const auto most = std::max_element(row.begin(), row.end());
+    return *most > header.most ? damagedRow(y, header.height) : Failure();
 }
 
 void placeRow(const std::vector<uint32_t>& row, const Header& header, const ChannelOrder& order,
@@ -190,18 +198,16 @@ Failure read(const SourceFile& file, Picture& picture) {
     Header header;
     if (auto failure = readHeader(source, header)) return failure;
     if (auto failure = picture.allocate(header.width, header.height, header.wide())) return failure;
-    if (auto failure = requireRows(source.left(), rowBytes(header), 0, header.height))
-        return failure;
+    const Failure early = requireRows(source.left(), rowBytes(header), 0, header.height);
     picture.colour = header.channels >= 3;
     picture.mask = header.channels % 2 == 0;
     const ChannelOrder order = usualOrder(picture.colour, picture.mask);
     std::vector<uint8_t> bytes(rowBytes(header));
     std::vector<uint32_t> row(size_t{header.width} * header.channels);
     for (uint32_t y = 0; y < picture.height; ++y) {
-        if (!readRow(source, header, bytes, row))
-            return source.left() == 0 ? endsInRow(y, picture.height)
-                                      : damagedRow(y, picture.height);
+        if (auto failure = readRow(source, header, bytes, y, row)) return early ? early : failure;
         placeRow(row, header, order, y, picture);
+        picture.rowsRead = y + 1;
     }
     return {};
 }

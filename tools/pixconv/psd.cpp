@@ -1,5 +1,6 @@
-// Photoshop documents: the flattened picture that stands behind the layers. Grey, indexed or RGB of
-// 8 or 16 bits, with or without a mask, plain or packed; also large documents.
+// Photoshop documents: the flattened picture that stands behind the layers. Black and white, grey
+// (duotone too), indexed, RGB, CMYK or Lab of 8 or 16 bits, grey and RGB also of floating point
+// light; with or without a mask, plain or packed; also large documents.
 //
 //     0   magic "8BPS"   4  version: 1, or 2 for large ones    12 channels
 //     14  height   18 width   22 bits   24 mode
@@ -7,24 +8,30 @@
 //     ... compression: 0 plain, 1 packed with a length for each row; the rows, plane after plane
 //
 // All numbers are big-endian. Where the picture is partly transparent, Photoshop stores it over
-// white; it is kept as stored.
+// white; it is kept as stored. In CMYK the largest sample is no ink. In Lab the middle is no
+// colour.
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstring>
+#include <limits>
 #include <string>
 #include <vector>
 
 #include "byte_source.h"
 #include "codecs.h"
+#include "inks.h"
+#include "lab.h"
 #include "samples.h"
+#include "turned.h"
 
 namespace vistel {
 
 namespace {
 
 constexpr size_t headerBytes = 26;
-constexpr uint32_t grey = 1, indexed = 2, rgb = 3;
+enum Mode : uint32_t { bitmap = 0, grey = 1, indexed = 2, rgb = 3, cmyk = 4, duotone = 8, lab = 9 };
 constexpr uint32_t paletteEntries = 256;
 
 struct Header {
@@ -33,9 +40,28 @@ struct Header {
     uint32_t channels = 0;  // in the file
     uint32_t bits = 0, mode = 0;
     std::vector<uint8_t> palette;  // 256 reds, 256 greens, 256 blues
-    size_t rowBytes() const { return size_t{width} * bits / 8; }
-    uint32_t colours() const { return mode == rgb ? 3 : 1; }
-    bool mask() const { return mode != indexed && channels > colours(); }
+    bool inGrey() const { return mode == bitmap || mode == grey || mode == duotone; }
+    bool wide() const { return bits == 16; }
+    size_t rowBytes() const { return (size_t{width} * bits + 7) / 8; }
+    uint32_t colours() const { return mode == cmyk ? 4 : mode == rgb || mode == lab ? 3 : 1; }
+    bool mask() const { return mode != bitmap && mode != indexed && channels > colours(); }
+    uint32_t planes() const { return colours() + (mask() ? 1 : 0); }
+    // Of a pixel's samples the one that a plane goes to. The fourth ink stands in the mask's place
+    // until it is worked in.
+    uint8_t sampleOf(uint32_t plane) const { return uint8_t(plane < colours() ? plane : 3); }
+    bool knownDepth() const {
+        switch (mode) {
+            case bitmap:
+                return bits == 1;
+            case indexed:
+                return bits == 8;
+            case grey:
+            case rgb:
+                return bits == 8 || bits == 16 || bits == 32;
+            default:
+                return bits == 8 || bits == 16;
+        }
+    }
 };
 
 bool recognises(std::span<const uint8_t> start) {
@@ -43,12 +69,21 @@ bool recognises(std::span<const uint8_t> start) {
            (start[5] == 1 || start[5] == 2);
 }
 
-Failure modeNotSupported(uint32_t mode) {
-    static constexpr const char* names[] = {"black and white", "",        "",   "", "CMYK", "", "",
-                                            "multichannel",    "duotone", "Lab"};
-    if (mode < std::size(names) && *names[mode])
-        return std::string("Photoshop documents in ") + names[mode] + " are not supported";
-    return "the file is damaged: colour mode " + std::to_string(mode);
+Failure checkMode(uint32_t mode) {
+    switch (mode) {
+        case bitmap:
+        case grey:
+        case indexed:
+        case rgb:
+        case cmyk:
+        case duotone:
+        case lab:
+            return {};
+        case 7:
+            return "Photoshop documents in multichannel are not supported";
+        default:
+            return "the file is damaged: colour mode " + std::to_string(mode);
+    }
 }
 
 Failure readFixedHeader(ByteSource& source, Header& header) {
@@ -61,9 +96,8 @@ Failure readFixedHeader(ByteSource& source, Header& header) {
     header.width = readBig32(&bytes[18]);
     header.bits = readBig16(&bytes[22]);
     header.mode = readBig16(&bytes[24]);
-    if (header.mode != grey && header.mode != indexed && header.mode != rgb)
-        return modeNotSupported(header.mode);
-    if ((header.bits != 8 && header.bits != 16) || (header.mode == indexed && header.bits != 8))
+    if (auto failure = checkMode(header.mode)) return failure;
+    if (!header.knownDepth())
         return "Photoshop documents of " + std::to_string(header.bits) + " bits are not supported";
     if (header.channels < header.colours() || header.channels > 56)
         return "the file is damaged: " + std::to_string(header.channels) + " channels";
@@ -139,43 +173,111 @@ bool unpackRow(std::span<const uint8_t> packed, std::span<uint8_t> row) {
     return to == row.size();
 }
 
+void placeIndices(const Header& header, const std::vector<uint8_t>& bytes, uint8_t* pixel) {
+    for (size_t x = 0; x < header.width; ++x, pixel += 4)
+        for (size_t i = 0; i < 3; ++i) pixel[i] = header.palette[i * paletteEntries + bytes[x]];
+}
+
+// One sample of each pixel.
 void placeRow(const Header& header, const std::vector<uint8_t>& bytes, Picture& picture, uint32_t y,
               uint8_t place) {
+    uint8_t* to = picture.wide ? nullptr : picture.row(y);
+    if (header.mode == indexed) return placeIndices(header, bytes, to);
     for (size_t x = 0; x < picture.width; ++x) {
-        if (header.mode == indexed) {
-            for (size_t i = 0; i < 3; ++i)
-                picture.row(y)[x * 4 + i] = header.palette[i * paletteEntries + bytes[x]];
-        } else if (picture.wide) {
-            picture.wideRow(y)[x * 4 + place] = readBig16(&bytes[x * 2]);
-        } else {
-            picture.row(y)[x * 4 + place] = bytes[x];
+        const size_t at = x * 4 + place;
+        switch (header.bits) {
+            case 1:
+                to[at] = bytes[x / 8] >> (7 - x % 8) & 1 ? 0 : 255;
+                break;
+            case 8:
+                to[at] = bytes[x];
+                break;
+            case 16:
+                picture.wideRow(y)[at] = readBig16(&bytes[x * 2]);
+                break;
+            default: {
+                const float light = std::bit_cast<float>(readBig32(&bytes[x * 4]));
+                to[at] = place == 3 ? byteFromMask(light) : byteFromLinear(light);
+            }
         }
     }
 }
 
-Failure readPlanes(ByteSource& source, const Header& header, bool packedRows, Picture& picture) {
-    std::vector<uint32_t> lengths;
-    const ChannelOrder order = usualOrder(header.mode == rgb, header.mask());
-    if (packedRows) {
-        if (auto failure = readLengths(source, header, lengths)) return failure;
-    } else if (auto failure = requireRows(
-                   source.left(), uint64_t{header.rowBytes()} * order.channels, 0, header.height)) {
-        return failure;
+// The three samples of a pixel in Lab become red, green and blue.
+template <class Sample>
+void lightOfLabRow(Sample* pixel, uint32_t count) {
+    constexpr float full = std::numeric_limits<Sample>::max();
+    constexpr float step = (std::numeric_limits<Sample>::max() + 1) / 256, middle = 128 * step;
+    for (; count > 0; --count, pixel += 4) {
+        const auto light =
+            lightOfLab(float(pixel[0]) * 100 / full, (float(pixel[1]) - middle) / step,
+                       (float(pixel[2]) - middle) / step);
+        for (size_t i = 0; i < 3; ++i) pixel[i] = Sample(encodedFromLinear(light[i]) * full + 0.5f);
     }
-    std::vector<uint8_t> packed, row(header.rowBytes());
-    for (uint32_t channel = 0; channel < order.channels; ++channel)
-        for (uint32_t y = 0; y < header.height; ++y) {
-            if (packedRows) {
-                const uint32_t length = lengths[size_t{channel} * header.height + y];
-                if (length > row.size() * 2 + 2) return damagedRow(y, header.height);
-                packed.resize(length);
-                if (!source.read(packed.data(), length)) return endsInRow(y, header.height);
-                if (!unpackRow(packed, row)) return damagedRow(y, header.height);
-            } else if (!source.read(row.data(), row.size())) {
-                return endsInRow(y, header.height);
-            }
-            placeRow(header, row, picture, y, order.place[channel]);
+}
+
+// When the colours' planes are there, and before the mask's.
+void convertRows(const Header& header, Picture& picture) {
+    for (uint32_t y = 0; y < picture.height; ++y) {
+        if (header.mode == cmyk && picture.wide)
+            lightOfInks(picture.wideRow(y), picture.width, uint16_t{65535});
+        else if (header.mode == cmyk)
+            lightOfInks(picture.row(y), picture.width, uint8_t{255});
+        else if (header.mode == lab && picture.wide)
+            lightOfLabRow(picture.wideRow(y), picture.width);
+        else if (header.mode == lab)
+            lightOfLabRow(picture.row(y), picture.width);
+    }
+}
+
+// Plane after plane and row after row.
+class Rows {
+ public:
+    Rows(ByteSource& source, const Header& header) : source_(source), header_(header) {}
+
+    Failure begin(bool packed) {
+        if (packed) return readLengths(source_, header_, lengths_);
+        early_ = requireRows(source_.left(), uint64_t{header_.rowBytes()} * header_.planes(), 0,
+                             header_.height);
+        return {};
+    }
+    Failure next(uint32_t plane, uint32_t y, std::vector<uint8_t>& row) {
+        row.resize(header_.rowBytes());
+        if (lengths_.empty()) {
+            if (source_.read(row.data(), row.size())) return {};
+            return early_ ? early_ : endsInRow(y, header_.height);
         }
+        const uint32_t length = lengths_[size_t{plane} * header_.height + y];
+        if (length > row.size() * 2 + 2) return damagedRow(y, header_.height);
+        packed_.resize(length);
+        if (!source_.read(packed_.data(), length)) return endsInRow(y, header_.height);
+        return unpackRow(packed_, row) ? Failure() : damagedRow(y, header_.height);
+    }
+
+ private:
+    ByteSource& source_;
+    const Header& header_;
+    std::vector<uint32_t> lengths_;
+    Failure early_;  // of a plain file that does not hold all rows
+    std::vector<uint8_t> packed_;
+};
+
+Failure readPlanes(ByteSource& source, const Header& header, bool packed, Picture& picture) {
+    Rows rows(source, header);
+    if (auto failure = rows.begin(packed)) return failure;
+    std::vector<uint8_t> row;
+    for (uint32_t plane = 0; plane < header.planes(); ++plane) {
+        for (uint32_t y = 0; y < header.height; ++y) {
+            if (auto failure = rows.next(plane, y, row)) {
+                // Lightness alone is a grey picture.
+                if (header.mode == lab && plane < 3) picture.colour = false;
+                return failure;
+            }
+            placeRow(header, row, picture, y, header.sampleOf(plane));
+            picture.rowsRead = std::max(picture.rowsRead, y + 1);
+        }
+        if (plane + 1 == header.colours()) convertRows(header, picture);
+    }
     return {};
 }
 
@@ -184,13 +286,10 @@ Failure read(const SourceFile& file, Picture& picture) {
     Header header;
     uint16_t compression = 0;
     if (auto failure = readHeader(source, header, compression)) return failure;
-    if (auto failure = picture.allocate(header.width, header.height, header.bits == 16))
-        return failure;
-    picture.colour = header.mode != grey;
+    if (auto failure = picture.allocate(header.width, header.height, header.wide())) return failure;
+    picture.colour = !header.inGrey();
     picture.mask = header.mask();
-    if (auto failure = readPlanes(source, header, compression == 1, picture)) return failure;
-    for (uint32_t y = 0; y < picture.height; ++y) completeRow(picture, y);
-    return {};
+    return completed(picture, readPlanes(source, header, compression == 1, picture));
 }
 
 }  // namespace

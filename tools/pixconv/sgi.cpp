@@ -17,6 +17,7 @@
 #include "byte_target.h"
 #include "codecs.h"
 #include "samples.h"
+#include "turned.h"
 
 namespace vistel {
 
@@ -89,15 +90,15 @@ bool unpackRow(std::span<const uint8_t> packed, uint32_t sampleBytes, std::span<
 
 Failure readPlain(ByteSource& source, const Header& header, const ChannelOrder& order,
                   Picture& picture) {
-    if (auto failure =
-            requireRows(source.left(), header.rowBytes() * order.channels, 0, header.height))
-        return failure;
+    const Failure early =
+        requireRows(source.left(), header.rowBytes() * order.channels, 0, header.height);
     std::vector<uint8_t> row(header.rowBytes());
     for (uint32_t channel = 0; channel < order.channels; ++channel)
         for (uint32_t y = header.height; y-- > 0;) {
             if (!source.read(row.data(), row.size()))
-                return endsInRow(header.height - 1 - y, header.height);
+                return early ? early : endsInRow(header.height - 1 - y, header.height);
             placeRow(row.data(), picture, y, order.place[channel]);
+            picture.rowsRead = std::max(picture.rowsRead, header.height - y);
         }
     return {};
 }
@@ -131,6 +132,7 @@ Failure readRuns(ByteSource& source, const Header& header, const ChannelOrder& o
                 return endsInRow(line, header.height);
             if (!unpackRow(packed, header.sampleBytes, row)) return damagedRow(line, header.height);
             placeRow(row.data(), picture, header.height - 1 - line, order.place[channel]);
+            picture.rowsRead = std::max(picture.rowsRead, line + 1);
         }
     return {};
 }
@@ -144,11 +146,8 @@ Failure read(const SourceFile& file, Picture& picture) {
     picture.colour = header.used() >= 3;
     picture.mask = header.used() % 2 == 0;
     const ChannelOrder order = usualOrder(picture.colour, picture.mask);
-    if (auto failure = header.runs ? readRuns(source, header, order, picture)
-                                   : readPlain(source, header, order, picture))
-        return failure;
-    for (uint32_t y = 0; y < picture.height; ++y) completeRow(picture, y);
-    return {};
+    return completed(picture, header.runs ? readRuns(source, header, order, picture)
+                                          : readPlain(source, header, order, picture));
 }
 
 // How many of the samples from the first one on are equal, up to a run's length.

@@ -4,6 +4,7 @@
 #include <bit>
 #include <cerrno>
 #include <cstring>
+#include <string_view>
 
 #include "codecs.h"
 #include "convert.h"
@@ -37,6 +38,7 @@ struct FrameReader {
     Picture* picture = nullptr;
     ImageHeader header;
     bool headerRead = false;
+    bool filmCodes = false;
     uint64_t tilesRead = 0;
     Failure failure;  // of the picture's memory
     std::vector<uint8_t> data;
@@ -170,7 +172,19 @@ int readTile(IffReader& chunk, FrameReader& reader, int32_t id) {
     });
 }
 
+// What tells film codes, which no header of the format does: a remark of the image.
+constexpr std::string_view filmRemark = "logarithmic film codes";
+
+int readRemark(IffReader& chunk, FrameReader& reader) {
+    char text[filmRemark.size()];
+    if (!chunk.sizeKnown() || chunk.chunkSize() != sizeof text) return iffOk;
+    const int code = chunk.readBytes(text, sizeof text);
+    reader.filmCodes |= code == iffOk && std::string_view(text, sizeof text) == filmRemark;
+    return code;
+}
+
 int readChunk(IffReader& chunk, FrameReader& reader, int32_t id) {
+    if (id == iffId("ANNO")) return readRemark(chunk, reader);
     if (id == iffId("TBHD")) return readHeader(chunk, reader);
     if (id == iffId("RGBA") || id == iffId("ZBUF")) return readTile(chunk, reader, id);
     return iffOk;  // skipped by the next step
@@ -232,15 +246,16 @@ int writeRows(ImageWriter& writer, const Picture& picture) {
     return iffOk;
 }
 
-int writeImage(ImageWriter& writer, const Picture& picture) {
+int writeImage(ImageWriter& writer, const Picture& picture, FrameExtent extent) {
     const uint32_t flags = (picture.colour ? imageColour : 0u) | (picture.mask ? imageMask : 0u) |
                            (picture.z.empty() ? 0u : imageZ);
     int code = writer.setWideChannels(picture.wide);
     if (code == iffOk) code = writer.setRowsFromLast(true);
+    if (code == iffOk && picture.filmCodes) code = writer.writeText("ANNO", filmRemark);
     if (code == iffOk) code = writer.writeHeader(picture.width, picture.height, flags);
     if (code == iffOk) code = writer.beginImageData();
     if (code == iffOk) code = writeRows(writer, picture);
-    if (code == iffOk) code = writer.endImage();
+    if (code == iffOk) code = extent == FrameExtent::whole ? writer.endImage() : writer.abandon();
     return code;
 }
 
@@ -268,16 +283,18 @@ Failure readFrame(FILE* in, Picture& picture) {
     }
     if (reader.tilesRead == 0) return "the frame has no pixels";
     turnOver(picture);
+    picture.filmCodes = reader.filmCodes;
     // Where no tile was, and in an image without colour, the mask is still 0.
     for (uint32_t y = 0; y < picture.height && !picture.mask; ++y) completeRow(picture, y);
     return {};
 }
 
-Failure writeFrame(const Picture& picture, FILE* out) {
+Failure writeFrame(const Picture& picture, FILE* out, FrameExtent extent) {
     ImageWriter writer;
     errno = 0;
-    int code = writer.openStream(out);
-    if (code == iffOk) code = writeImage(writer, picture);
+    // Sizes that are told before the picture cannot be told of a part.
+    int code = writer.openStream(out, extent == FrameExtent::part);
+    if (code == iffOk) code = writeImage(writer, picture, extent);
     int reason = code == iffOk ? 0 : errno;
     const int closed = writer.close();
     if (code == iffOk) reason = errno;

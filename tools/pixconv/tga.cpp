@@ -9,7 +9,7 @@
 //
 // Numbers are little-endian. A run starts with a count less one, which with bit 7 set tells how
 // often the next pixel stands, else how many follow. Runs may pass from row to row. There is no
-// signature; the extension tells.
+// signature; the extension tells or, of a name without one, a header that makes sense.
 
 #include <algorithm>
 #include <array>
@@ -72,6 +72,25 @@ Failure readHeader(ByteSource& source, Header& header) {
     if (header.kind == mapped && (!header.hasMap || !isDepth(colour, header.mapBits)))
         return "the file is damaged: no colour map";
     return {};
+}
+
+// Nothing marks a file of this type. What tells it are numbers that only make sense together, down
+// to bits that are always clear, and pixels that the file is long enough for.
+bool isSound(std::span<const uint8_t> start, uint64_t size) {
+    if (start.size() < headerBytes) return false;
+    const auto number = [&](size_t at) { return readLittle16(&start[at]); };
+    const uint32_t kind = start[2] & ~8u, bits = start[16], maskBits = start[17] & 15;
+    if (start[1] > 1 || !isDepth(kind, bits) || start[17] & 0xC0) return false;
+    if (start[1] == 0 && (kind == mapped || number(5) != 0 || start[7] != 0)) return false;
+    if (start[1] == 1 && (!isDepth(colour, start[7]) || number(5) == 0)) return false;
+    const bool usualMask = maskBits == 0 || (bits == 32 && maskBits == 8) ||
+                           (bits == 16 && (maskBits == 1 || (kind == grey && maskBits == 8)));
+    if (!usualMask || number(12) == 0 || number(14) == 0) return false;
+    const uint64_t map = start[1] == 1 ? uint64_t{number(5)} * ((start[7] + 7u) / 8) : 0;
+    const uint64_t pixels = uint64_t{number(12)} * number(14);
+    const uint64_t least =
+        start[2] & 8 ? (pixels + longestRun - 1) / longestRun * 2 : pixels * ((bits + 7) / 8);
+    return size >= headerBytes + start[0] + map + least;
 }
 
 Pixel colourOf(const uint8_t* bytes, uint32_t bits, bool hasMask) {
@@ -159,6 +178,7 @@ Failure readRows(ByteSource& source, const Header& header, const std::vector<Pix
     std::vector<uint8_t> row(header.width * pixelBytes);
     for (uint32_t y = 0; y < header.height; ++y) {
         if (!rows.next(row)) return endsInRow(y, header.height);
+        picture.rowsRead = y + 1;
         uint8_t* to = picture.row(header.fromTop ? y : header.height - 1 - y);
         for (size_t column = 0; column < header.width; ++column) {
             const size_t x = header.fromRight ? header.width - 1 - column : column;
@@ -178,10 +198,6 @@ Failure read(const SourceFile& file, Picture& picture) {
     if (header.hasMap)
         if (auto failure = readMap(source, header, map)) return failure;
     if (auto failure = picture.allocate(header.width, header.height, false)) return failure;
-    if (!header.runs)
-        if (auto failure = requireRows(source.left(), uint64_t{header.width} * header.pixelBytes(),
-                                       0, header.height))
-            return failure;
     picture.colour = header.kind != grey;
     picture.mask =
         header.kind == mapped ? header.mapBits == 32 : header.hasMask && header.bits % 16 == 0;
@@ -235,6 +251,6 @@ Failure write(const Picture& picture, const TargetFile& target) {
 
 }  // namespace
 
-const Codec tgaCodec{"tga", nullptr, read, write};
+const Codec tgaCodec{"tga", nullptr, read, write, isSound};
 
 }  // namespace vistel

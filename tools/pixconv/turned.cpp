@@ -4,6 +4,8 @@
 #include <cstring>
 #include <utility>
 
+#include "samples.h"
+
 namespace vistel {
 
 namespace {
@@ -39,12 +41,22 @@ Failure turnUpright(Picture& picture, int orientation) {
     if (Failure failure = picture.allocate(width, height, stored.wide)) return failure;
     picture.colour = stored.colour;
     picture.mask = stored.mask;
+    picture.filmCodes = stored.filmCodes;
+    picture.rowsRead =
+        uint32_t((uint64_t{stored.rowsRead} * height + stored.height - 1) / stored.height);
     if (stored.wide)
         turnPixels(stored.wideSamples.data(), stored, turn, width, height,
                    picture.wideSamples.data());
     else
         turnPixels(stored.samples.data(), stored, turn, width, height, picture.samples.data());
     return {};
+}
+
+Failure completed(Picture& picture, Failure failure, int orientation) {
+    if (failure && !picture.partIsThere()) return failure;
+    for (uint32_t y = 0; y < picture.height; ++y) completeRow(picture, y);
+    const Failure turned = turnUpright(picture, orientation);
+    return failure ? failure : turned;
 }
 
 }  // namespace vistel

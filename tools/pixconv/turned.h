@@ -11,4 +11,8 @@ namespace vistel {
 // value is taken as 1. For pictures without depth.
 [[nodiscard]] Failure turnUpright(Picture& picture, int orientation);
 
+// The last step of a reading, also of one that failed after a part of the picture had come: the
+// rows are completed (samples.h) and turned upright. The reading's own failure is passed on.
+[[nodiscard]] Failure completed(Picture& picture, Failure failure, int orientation = 1);
+
 }  // namespace vistel

@@ -75,7 +75,23 @@ TEST(Cineon, WhatIsDamagedOrNotSupportedIsRefusedInWords) {
     }
 }
 
-TEST(Cineon, TenBitCodesSurvive) { expectRoundTrip(cineonCodec, allTenBitCodes()); }
+TEST(Cineon, TenBitCodesSurvive) {
+    Picture codes = allTenBitCodes();
+    codes.filmCodes = true;
+    expectRoundTrip(cineonCodec, codes);
+}
+
+TEST(Cineon, APictureGetsCodesOfFilm) {
+    Picture picture, back;
+    ASSERT_FALSE(picture.allocate(3, 1, false));
+    for (size_t x = 0; x < 3; ++x)
+        for (size_t i = 0; i < 3; ++i) picture.row(0)[x * 4 + i] = uint8_t(x * 255 / 2);
+    ASSERT_FALSE(readBytes(cineonCodec, writtenBytes(cineonCodec, picture), back));
+    EXPECT_TRUE(back.filmCodes);
+    EXPECT_EQ(back.wideRow(0)[0] >> 6, 95);
+    EXPECT_EQ(back.wideRow(0)[4] >> 6, 488);  // light of 0.212
+    EXPECT_EQ(back.wideRow(0)[8] >> 6, 685);
+}
 
 TEST(Cineon, CutAndSpoiltFilesDoNoHarm) {
     const FileBytes file = writtenBytes(cineonCodec, samplePicture(5, 3, true, false, false));

@@ -380,6 +380,7 @@ TEST(MemoryRule, GrowsWithTheFile) {
         {"png", 262144, 1024 * megabyte},
         {"png", UINT64_MAX, 1024 * megabyte},
         {"pnm", 3 * megabyte, 96 * megabyte},
+        {"tiff", 1024, 128 * megabyte},
         {"no such type", 3 * megabyte, 96 * megabyte},
     };
     for (const Row& row : rows) EXPECT_EQ(justifiedBytes(row.key, row.file), row.justified);
@@ -393,6 +394,15 @@ TEST(MemoryRule, IsWhatAPictureIsRefusedBy) {
     EXPECT_EQ(picture.allocateZ(), reason);
     EXPECT_EQ(picture.allocate(100, 10, true), reason);
     EXPECT_EQ(picture.allocate(1001, 1, false), reason);
+}
+
+TEST_F(Convert, WhatAFileDoesNotJustifyIsRefusedWhicheverWayItComes) {
+    const char* reason = "the picture would take 382 MB, more than the size of its file justifies";
+    write("large.hdr", fileOf("#?RADIANCE\n\n-Y 10000 +X 10000\n", {1, 2, 3, 4}));
+    Picture picture;
+    EXPECT_EQ(load("large.hdr", picture), reason);
+    const platform::FilePtr in(platform::openFile(path("large.hdr"), "r"));
+    EXPECT_EQ(toFrame(in.get(), platform::openFile(path("frame"), "w")), reason);
 }
 
 TEST_F(Convert, TheTestChartIsAFrameWithMask) {

@@ -194,6 +194,7 @@ TEST(Dpx, TheNearestCodeOfTenBitsIsWritten) {
     ASSERT_FALSE(picture.allocate(65535, 1, true));
     for (uint32_t x = 0; x < picture.width; ++x)
         for (size_t i = 0; i < 3; ++i) picture.wideRow(0)[x * 4 + i] = uint16_t(x + 1);
+    picture.filmCodes = true;  // else a Cineon file gets other codes
     for (const Codec* codec : {&dpxCodec, &cineonCodec}) {
         const FileBytes file = writtenBytes(*codec, picture);
         for (uint32_t x = 0; x < picture.width; ++x) {
@@ -218,7 +219,21 @@ TEST(Dpx, TheWrittenHeaderTellsWhatFollows) {
     EXPECT_EQ(file.size(), 2048u + 3 * 2 * 4);
     EXPECT_EQ(FileBytes(file.begin(), file.begin() + 8), fileOf("SDPX", {0, 0, 8, 0}));
     EXPECT_EQ(FileBytes(file.begin() + 16, file.begin() + 20), (FileBytes{0, 0, 8, 24}));
-    EXPECT_EQ(FileBytes(file.begin() + 800, file.begin() + 806), (FileBytes{50, 0, 0, 10, 0, 1}));
+    EXPECT_EQ(FileBytes(file.begin() + 800, file.begin() + 806), (FileBytes{50, 6, 6, 10, 0, 1}));
+    Picture film = samplePicture(3, 2, true, false, false);
+    film.filmCodes = true;
+    const FileBytes density = writtenBytes(dpxCodec, film);
+    EXPECT_EQ(FileBytes(density.begin() + 800, density.begin() + 803), (FileBytes{50, 1, 1}));
+}
+
+TEST(Dpx, FilmCodesAreToldByTheirCurve) {
+    for (const int curve : {0, 1, 2, 3, 4, 6, 255}) {
+        FileBytes file = dpx(1, 1, {{50, 8, 0}}, {1, 2, 3, 0});
+        file[801] = uint8_t(curve);
+        Picture picture;
+        ASSERT_FALSE(readBytes(dpxCodec, file, picture));
+        EXPECT_EQ(picture.filmCodes, curve == 1 || curve == 3) << curve;
+    }
 }
 
 TEST(Dpx, CutAndSpoiltFilesDoNoHarm) {

@@ -11,6 +11,16 @@ TEST(Radiance, LightIsRead) {
     EXPECT_EQ(samplesOf(hdrCodec, file), (std::vector<int>{188, 137, 0, 255, 255, 0, 0, 255}));
 }
 
+TEST(Radiance, XyzBecomesColour) {
+    FileBytes file = fileOf("#?RADIANCE\nFORMAT=32-bit_rle_xyze\n\n-Y 1 +X 2\n");
+    // White, and the screen's green of 0.5: X 0.17879, Y 0.35758, Z 0.0596.
+    file += FileBytes{122, 128, 139, 129, 92, 183, 31, 127};
+    const auto samples = samplesOf(hdrCodec, file);
+    const int wanted[] = {255, 255, 255, 255, 0, 188, 0, 255};
+    ASSERT_EQ(samples.size(), 8u);
+    for (size_t i = 0; i < 8; ++i) EXPECT_NEAR(samples[i], wanted[i], 14) << i;
+}
+
 FileBytes radiance(const std::string& lines, const std::string& size, const FileBytes& rows) {
     return fileOf("#?RADIANCE\n" + lines + "FORMAT=32-bit_rle_rgbe\n\n" + size + "\n", rows);
 }
@@ -95,8 +105,8 @@ TEST(Radiance, WhatIsDamagedIsRefusedInWords) {
     };
     const Row rows[] = {
         {fileOf("P6 1 1 255 "), "not a Radiance picture"},
-        {fileOf("#?RADIANCE\nFORMAT=32-bit_rle_xyze\n\n-Y 1 +X 1\n1234"),
-         "the Radiance format 32-bit_rle_xyze is not supported"},
+        {fileOf("#?RADIANCE\nFORMAT=32-bit_rle_lab\n\n-Y 1 +X 1\n1234"),
+         "the Radiance format 32-bit_rle_lab is not supported"},
         {fileOf("#?RADIANCE\nEXPOSURE=1"), "the file ends early: in its header"},
         {radiance("", "-Y 1 +Y 1", FileBytes(4)), "the file is damaged: no size of the picture"},
         {radiance("", "-Y 1", FileBytes(4)), "the file is damaged: no size of the picture"},

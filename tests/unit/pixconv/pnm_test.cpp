@@ -29,7 +29,6 @@ TEST(Pnm, EveryKindIsRead) {
          fileOf("P2 3 1 2 0 1 2"),
          {0, 0, 0, 255, 128, 128, 128, 255, 255, 255, 255, 255}},
         {"rounded in 16 bits", fileOf("P3 1 1 1000 1 500 1000"), {66, 32768, 65535, 65535}},
-        {"above the largest value", fileOf("P5 1 1 10\n", {200}), {255, 255, 255, 255}},
         {"comments", fileOf("P5#one\n# two\n1 #three\n1#four\n255\n", {9}), {9, 9, 9, 255}},
         {"comments among text", fileOf("P2 2 1 255 1 # x\n2"), {1, 1, 1, 255, 2, 2, 2, 255}},
         {"a sample that looks like a blank", fileOf("P5 1 1 255\n", {' '}), {32, 32, 32, 255}},
@@ -57,6 +56,14 @@ TEST(Pnm, EveryKindIsRead) {
          {8, 8, 8, 255}},
     };
     for (const Row& row : rows) EXPECT_EQ(samplesOf(pnmCodec, row.file), row.samples) << row.what;
+}
+
+TEST(Pnm, ASampleAboveTheLargestValueIsRefused) {
+    for (const FileBytes& file :
+         {fileOf("P5 1 1 10\n", {11}), fileOf("P2 1 1 10\n11\n"), fileOf("P2 1 1 10 11"),
+          fileOf("P5 1 1 300\n", {1, 45}), fileOf("P6 1 1 10\n", {1, 2, 11})})
+        EXPECT_EQ(failureOf(pnmCodec, file), "the file is damaged: row 1 of 1");
+    EXPECT_EQ(failureOf(pnmCodec, fileOf("P5 1 1 10\n", {10})), "");
 }
 
 TEST(Pnm, WhatIsDamagedOrNotSupportedIsRefusedInWords) {

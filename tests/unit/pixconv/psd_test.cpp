@@ -5,7 +5,7 @@ using namespace vistel::test;
 
 namespace {
 
-constexpr int grey = 1, indexed = 2, rgb = 3;
+constexpr int bitmap = 0, grey = 1, indexed = 2, rgb = 3, cmyk = 4, duotone = 8, lab = 9;
 
 FileBytes document(int mode, int bits, int channels, int width, int height, int compression,
                    const FileBytes& image, const FileBytes& palette = {}, int version = 1) {
@@ -59,6 +59,24 @@ TEST(Psd, TheFlattenedPictureIsRead) {
         {"packed 16 bits",
          document(grey, 16, 1, 1, 1, 1, {0, 3, 1, 7, 8}),
          {0x708, 0x708, 0x708, 65535}},
+        {"black and white",
+         document(bitmap, 1, 1, 2, 1, 0, {0x40}),
+         {255, 255, 255, 255, 0, 0, 0, 255}},
+        {"duotone", document(duotone, 8, 1, 1, 1, 0, {9}, {1, 2, 3}), {9, 9, 9, 255}},
+        {"inks", document(cmyk, 8, 4, 1, 1, 0, {255, 0, 128, 255}), {255, 0, 128, 255}},
+        {"inks and half of black",
+         document(cmyk, 8, 4, 1, 1, 0, {255, 0, 255, 128}),
+         {128, 0, 128, 255}},
+        {"inks and mask", document(cmyk, 8, 5, 1, 1, 0, {255, 0, 128, 255, 7}), {255, 0, 128, 7}},
+        {"inks of 16 bits",
+         document(cmyk, 16, 4, 1, 1, 0, {255, 255, 0, 0, 1, 2, 255, 255}),
+         {65535, 0, 0x102, 65535}},
+        {"Lab",
+         document(lab, 8, 3, 2, 1, 0, {255, 0, 128, 128, 128, 128}),
+         {255, 255, 255, 255, 0, 0, 0, 255}},
+        {"light",
+         document(grey, 32, 2, 1, 1, 0, {0x3F, 0, 0, 0, 0x3F, 0, 0, 0}),
+         {188, 188, 188, 128}},
         {"large", document(grey, 8, 1, 1, 1, 1, {0, 0, 0, 2, 0, 9}, {}, 2), {9, 9, 9, 255}},
     };
     for (const Row& row : rows) EXPECT_EQ(samplesOf(psdCodec, row.file), row.samples) << row.what;
@@ -74,10 +92,11 @@ TEST(Psd, WhatIsDamagedOrNotSupportedIsRefusedInWords) {
     const Row rows[] = {
         {fileOf("8BPS"), "the file ends early: in its header"},
         {fileOf("8BIM", FileBytes(30)), "not a Photoshop document"},
-        {document(4, 8, 4, 1, 1, 0, {}), "Photoshop documents in CMYK are not supported"},
-        {document(9, 8, 3, 1, 1, 0, {}), "Photoshop documents in Lab are not supported"},
+        {document(7, 8, 4, 1, 1, 0, {}), "Photoshop documents in multichannel are not supported"},
+        {document(cmyk, 32, 4, 1, 1, 0, {}), "Photoshop documents of 32 bits are not supported"},
+        {document(bitmap, 8, 1, 1, 1, 0, {}), "Photoshop documents of 8 bits are not supported"},
+        {document(cmyk, 8, 3, 1, 1, 0, {}), "the file is damaged: 3 channels"},
         {document(5, 8, 3, 1, 1, 0, {}), "the file is damaged: colour mode 5"},
-        {document(rgb, 32, 3, 1, 1, 0, {}), "Photoshop documents of 32 bits are not supported"},
         {document(rgb, 8, 2, 1, 1, 0, {}), "the file is damaged: 2 channels"},
         {document(rgb, 8, 3, 0, 1, 0, {}), "the picture has no pixels"},
         {document(rgb, 8, 3, 300000, 1, 0, {}),
@@ -102,6 +121,10 @@ TEST(Psd, CutAndSpoiltFilesDoNoHarm) {
         document(rgb, 16, 4, 3, 2, 0, FileBytes(48)),
         document(grey, 8, 1, 4, 2, 1, {0, 2, 0, 5, 0xFD, 9, 1, 1, 2, 0xFF, 3}),
         document(indexed, 8, 1, 2, 1, 0, {5, 0}, colours()),
+        document(cmyk, 8, 5, 3, 2, 0, FileBytes(30)),
+        document(lab, 16, 3, 3, 2, 0, FileBytes(36)),
+        document(bitmap, 1, 1, 9, 2, 1, {0, 3, 0, 3, 1, 1, 2, 1, 3, 4}),
+        document(rgb, 32, 3, 3, 2, 0, FileBytes(72)),
         document(grey, 8, 1, 1, 1, 1, {0, 0, 0, 2, 0, 9}, {}, 2),
     };
     for (const FileBytes& file : files) {
