@@ -5,12 +5,13 @@
 //   pipe_partner sum             ends with the sum of its input, modulo 128
 //   pipe_partner variable NAME   writes the environment variable's value
 //   pipe_partner kind            writes what standard input is: regular, fifo, device or other
-//   pipe_partner late MS FILE    waits, then makes the file
-//   pipe_partner stubborn MS FILE  the same, and does not end when it is asked to
+//   pipe_partner late GATE FILE  makes GATE.reached, waits until there is a file GATE, makes FILE
+//   pipe_partner stubborn GATE FILE  the same, and does not end when it is asked to
 //   pipe_partner unfinished MS FILE  creates an unfinished file for FILE, with a name, writes
-//   "ready", waits pipe_partner complain WORD   writes the word to output and standard error, ends
-//   with 4 pipe_partner halves MS       writes "first", waits, writes "second" pipe_partner WORD...
-//   writes each word on a line of its own
+//                                "ready", waits
+//   pipe_partner complain WORD   writes the word to output and standard error, ends with 4
+//   pipe_partner halves MS       writes "first", waits, writes "second"
+//   pipe_partner WORD...         writes each word on a line of its own
 #include <chrono>
 #include <csignal>
 #include <cstdio>
@@ -32,6 +33,12 @@ void writeAllBytes() {
 
 void rest(const char* milliseconds) {
     std::this_thread::sleep_for(std::chrono::milliseconds(std::atoi(milliseconds)));
+}
+
+void makeBehindGate(const std::string& gate, const char* name) {
+    FilePtr(openFile((gate + ".reached").c_str(), "w"));
+    while (!fileExists(gate)) rest("20");
+    FilePtr(openFile(name, "w"));
 }
 
 int sumOfInput() {
@@ -86,12 +93,10 @@ int main(int count, char** arguments) {
     } else if (task == "kind") {
         std::fputs(inputKind(), stdout);
     } else if (task == "late" && count > 3) {
-        rest(arguments[2]);
-        const FilePtr file(openFile(arguments[3], "w"));
+        makeBehindGate(arguments[2], arguments[3]);
     } else if (task == "stubborn" && count > 3) {
         std::signal(SIGTERM, SIG_IGN);
-        rest(arguments[2]);
-        const FilePtr file(openFile(arguments[3], "w"));
+        makeBehindGate(arguments[2], arguments[3]);
     } else if (task == "unfinished" && count > 3) {
         return leaveUnfinished(arguments[3], arguments[2]);
     } else if (task == "complain" && count > 2) {
