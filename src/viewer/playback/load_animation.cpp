@@ -77,7 +77,10 @@ void loadRemainingFrames(Player& player) {
         std::printf("%s\n", formatMessage(Message::rVTMemoryLimit, {limit}).c_str());
     const int64_t first = player.currentFrame, step = stepSize(player);
     const int frames = static_cast<int>((player.lastFrame - first) / step + 1);
-    player.loading.progress = std::make_unique<LoadProgress>(shownSourceName(player), frames);
+    player.loading.progress = std::make_unique<Progress>(
+        [frames, source = shownSourceName(player)](int frame) {
+            return formatMessage(Message::rVTLoading, {source, frame, frames});
+        });
     ReadAhead ahead(decodingThreads(), player.converted);
     ReadTerms terms = readTerms(player);
     terms.ahead = &ahead;
