@@ -36,11 +36,9 @@ TEST_F(DisplaySetupTest, MarginsOfEachCase) {
         viewerState.noWinBorder = row.borderless;
         viewerState.fullScreen = row.fullScreen;
         viewerState.halfHeight = row.halfHeight;
-        PictureLayout& layout = viewerState.layout;
-        layout.startZoom = layout.zoom = row.zoom;
-        layOutPicture(viewerState, row.width, row.height);
-        EXPECT_EQ(layout.marginX, row.marginX) << row.name;
-        EXPECT_EQ(layout.marginY, row.marginY) << row.name;
+        const Surround surround = surroundOf(viewerState, row.width, row.height, row.zoom);
+        EXPECT_EQ(surround.marginX, row.marginX) << row.name;
+        EXPECT_EQ(surround.marginY, row.marginY) << row.name;
     }
 }
 
