@@ -357,6 +357,27 @@ def test_a_larger_frame_makes_the_window_grow_which_stays_so(start, folder):
     expect(Picture(colour=noise(500, 400, seed=9)), (500, 400))
 
 
+def test_a_window_that_does_not_fit_lies_on_the_screen_and_all_rows_can_be_reached(start, folder):
+    pictures = [Picture(colour=noise(1270, 990, seed=n)) for n in (1, 1)]
+    for number, picture in enumerate(pictures, 1):
+        write(folder / f"shot.{number}", picture)
+    program = start("-r", "8", "shot.")
+    shown = on_screen(pictures[0])
+    program.find_part(shown[400:600, 400:800])
+    program.wait_until_loaded()
+    program.key("space")
+    left, top, width, height = program.desktop.rectangle(program.window())
+    assert left >= 0 and top >= 0
+    assert left + width <= WIDTH and top + height <= HEIGHT
+    corners = {
+        "KP_7": shown[-100:, -100:], "KP_9": shown[-100:, :100],
+        "KP_3": shown[:100, :100], "KP_1": shown[:100, -100:],
+    }
+    for stroke, corner in corners.items():
+        program.key(*[f"Alt_L+Shift_L+{stroke}"] * 8)
+        program.find_part(corner)
+
+
 def assert_fills_the_screen(program, picture, zoom=1):
     """The picture is centred on the screen and nothing else is on it."""
     wanted = view.magnified(on_screen(picture), zoom)

@@ -51,7 +51,7 @@ void placeAround(const Picture& picture, const Surround& surround) {
         windowContext().coversScreen = true;
         return setPreferredPosition(0, screen.width, 0, screen.height);
     }
-    const platform::PixelRect work = platform::workArea();
+    const platform::PixelRect work = platform::workArea(windowContext().window);
     int left = work.left + std::max(0, (work.width() - width) / 2);
     int top = work.top + std::max(0, (work.height() - height) / 2);
     if (platform::windowExists(windowContext().window) && !windowContext().coversScreen) {
@@ -150,7 +150,7 @@ Surround surroundOf(const Picture& picture, int width, int height, int zoom) {
         surround.marginX = std::max(windowMargin(leastWindowWidth, zoomedWidth), least);
         surround.marginY = std::max(windowMargin(leastHeight, zoomedHeight), least);
     }
-    const platform::PixelRect work = platform::workArea();
+    const platform::PixelRect work = platform::workArea(windowContext().window);
     surround.visibleWidth = fittedSide(picture, zoomedWidth, screen.width, work.width());
     surround.visibleHeight = fittedSide(picture, zoomedHeight, screen.height, work.height());
     return surround;
