@@ -12,7 +12,9 @@
 
 #include "host/tstring.h"
 #include "sequence/converted_files.h"
+#include "sequence/incomplete_frames.h"
 #include "sequence/source_stream.h"
+#include "sequence/told_frames.h"
 
 namespace vistel {
 
@@ -66,8 +68,11 @@ struct CurrentSource {
     int32_t sourceOpened = 0;    // a stream was opened for the current file argument
     SourceStream oneFileStream;  // open stream of a one-file animation
     std::shared_ptr<ConvertedFiles> converted = std::make_shared<ConvertedFiles>();
+    IncompleteFrames incomplete;
 };
 
-struct SequenceState : LoadOptions, FramePlaces, FramePosition, CurrentSource {};
+struct SequenceState : LoadOptions, FramePlaces, FramePosition, CurrentSource {
+    ToldFrames told;  // in this session
+};
 
 }  // namespace vistel
