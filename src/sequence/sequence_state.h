@@ -64,6 +64,8 @@ struct CurrentSource {
     Tstring sourceName;          // name under which the source is shown
     Tstring openedName;          // as openImageSource was given it; empty: standard input
     Tstring sourceFolder;        // the folder that was entered with a file; empty: none
+    int32_t fileNumber = 0;      // its place among the file arguments, from 1
+    int32_t fileCount = 0;       // file arguments; 0: the source is none of them
     int32_t sourceIsPipe = 0;    // frames come out of a command
     int32_t sourceOpened = 0;    // a stream was opened for the current file argument
     SourceStream oneFileStream;  // open stream of a one-file animation

@@ -46,6 +46,7 @@ void presentPass(Player& player) {
     player.status = playbackStatus(player);
     drawPass(player);
     swapDrawing();
+    if (!playing(player)) refreshTitle(player);
     player.bandShown = false;
     player.wentBackward = false;
 }
@@ -195,7 +196,7 @@ void startLoop(Viewer& viewer) {
     viewer.playOnce = 0;
     viewer.dragging = {};
     viewer.painting.active = false;
-    setViewerTitle(windowTitle(viewer));
+    showTitle(viewer);
     viewer.clock.reset();
     findCursor();
     platform::setScissorTest(windowContext().window, true);

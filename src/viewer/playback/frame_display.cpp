@@ -64,7 +64,7 @@ FrameStore* readCurrentFrame(Player& player, Retry retry, int& result) {
 FrameShown show(Player& player, FrameStore& frame, SourceMark mark, Refit refit) {
     player.mark = mark;
     setUpDisplay(player, frame, refit);
-    if (!playing(player)) setViewerTitle(windowTitle(player));
+    if (!playing(player)) showTitle(player);
     return FrameShown::yes;
 }
 
