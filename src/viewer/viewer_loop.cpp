@@ -184,7 +184,7 @@ void startLoop(Viewer& viewer) {
     viewer.playOnce = 0;
     viewer.dragging = {};
     viewer.painting.active = false;
-    setViewerTitle(windowTitle(viewer));
+    showTitle(viewer);
     viewer.clock.reset();
     findCursor();
     platform::setScissorTest(windowContext().window, true);

@@ -45,13 +45,14 @@ class MissingFrames {
 bool loadFrame(Player& player, int number, const ReadTerms& terms, MissingFrames& missing) {
     FrameStore frame;
     const FrameRead read = readFrame(player, number, terms, frame);
+    // Nobody wants it any more, and it may be for that only that it failed.
+    if (read.code != iffOk && !platform::mayGoOn(player.goOn)) return true;
     if (read.code == iffNotIff) {
         missing.add(number, read);
         return true;
     }
     missing.report();
-    if (read.code != iffOk && !player.loading.stopped)
-        printError(formatMessage(Message::rVTFrameUnreadable, {read.name, read.reason, number}));
+    if (read.code != iffOk) tellBadFrame(player, number, read);
     if (!frame.hasPicture()) return true;
     if (!player.slots.hasRoomFor(number, frame)) return false;
     player.slots.keep(number, std::move(frame));

@@ -1,6 +1,7 @@
 #include "viewer/playback/present_frame.h"
 
 #include "viewer/picture/draw_pass.h"
+#include "viewer/picture/title.h"
 #include "viewer/playback/playback_status.h"
 #include "viewer/window/front_image.h"
 #include "viewer/window/window_context.h"
@@ -13,6 +14,7 @@ void presentFrame(Player& player) {
     player.status = playbackStatus(player);
     drawPass(player);
     swapDrawing();
+    if (!playing(player)) refreshTitle(player);
     player.bandShown = false;
     player.wentBackward = false;
 }

@@ -190,7 +190,7 @@ void saveRange(Player& player) {
     player.loading = {};
     player.playMode = PlayMode::stopped;
     presentFrame(player);
-    if (!windowContext().quit) setViewerTitle(windowTitle(player));
+    if (!windowContext().quit) showTitle(player);
     printError(summary.text());
     tell(player, summary.text());
 }
