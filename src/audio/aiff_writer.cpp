@@ -126,6 +126,11 @@ const char* idOfMisc(int32_t type) {
     return type >= afMiscCopyright && type <= afMiscMidi ? ids[type - afMiscCopyright] : nullptr;
 }
 
+// The bytes of a chunk, of which there may be none.
+bool writeBytes(FILE* stream, const std::vector<uint8_t>& bytes) {
+    return bytes.empty() || std::fwrite(bytes.data(), 1, bytes.size(), stream) == bytes.size();
+}
+
 bool writeMiscChunk(const char* operation, FILE* stream, AFmiscChunk& chunk, int32_t number) {
     const char* id = idOfMisc(chunk.type);
     if (!id) {
@@ -145,7 +150,7 @@ bool writeMiscChunk(const char* operation, FILE* stream, AFmiscChunk& chunk, int
         return false;
     }
     chunk.dataPosition = platform::streamPosition(stream);
-    if (std::fwrite(chunk.data.data(), 1, chunk.data.size(), stream) != chunk.data.size()) {
+    if (!writeBytes(stream, chunk.data)) {
         AFreporterror(afWriteFailed, "%s: failed to write %d data bytes for misc %d (%s)\n",
                       operation, static_cast<int>(chunk.size), number, id);
         return false;
@@ -242,7 +247,7 @@ bool updateMisc(const char* operation, AFfilehandle& file) {
                           operation, place, i);
             return false;
         }
-        if (std::fwrite(chunk.data.data(), 1, chunk.size, stream) != chunk.size) {
+        if (!writeBytes(stream, chunk.data)) {
             AFreporterror(afWriteFailed,
                           "%s: failed to write %d data bytes for misc chunk %d to fpos %d\n",
                           operation, static_cast<int>(chunk.size), i, place);

@@ -194,6 +194,7 @@ TEST(AiffReader, SamplesOfAFileThatWasCutAreThoseThatAreThere) {
 }
 
 TEST(AiffReader, NoNumberOfTheHeaderIsTrusted) {
+    const Reports reports;
     for (const unsigned channels : {0u, 1u, 0x7FFFu, 0x8000u, 0xFFFFu})
         for (const uint32_t frames : {0u, 1u, 0x80000000u, 0xFFFFFFFFu})
             for (const unsigned width : {0u, 1u, 12u, 24u, 33u, 0x7FFFu, 0x8000u, 0xFFFFu}) {
