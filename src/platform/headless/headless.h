@@ -65,6 +65,7 @@ unsigned timerPeriod();  // milliseconds; 0: no timer was started
 int readBacks();         // of drawn pixels, since reset
 bool windowOpen();
 const std::vector<std::string>& messageBoxes();
+const std::vector<std::string>& pagesShown();  // in the browser, by their addresses
 bool menuChecked(int command);
 bool menuEnabled(int command);
 // Texts drawn since the last present became visible, with the position of their baseline start.
@@ -78,5 +79,7 @@ bool doubleBuffered();
 
 // Makes the next openWindow fail.
 void refuseWindow();
+// From now on there is no browser.
+void removeBrowser();
 
 }  // namespace vistel::platform::headless
