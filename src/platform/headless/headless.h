@@ -70,6 +70,7 @@ unsigned timerPeriod();  // milliseconds; 0: no timer was started
 int readBacks();         // of drawn pixels, since reset
 bool windowOpen();
 const std::vector<std::string>& messageBoxes();
+const std::vector<std::string>& pagesShown();  // in the browser, by their addresses
 bool menuChecked(int command);
 bool menuEnabled(int command);
 // Texts drawn since the last present became visible, with the position of their baseline start.
@@ -83,6 +84,8 @@ bool doubleBuffered();
 
 // Makes the next openWindow fail.
 void refuseWindow();
+// From now on there is no browser.
+void removeBrowser();
 
 // --- sound ---
 // The device that records. It plays what it was given as the test says, or at once when it plays by
