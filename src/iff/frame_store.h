@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -98,6 +99,13 @@ struct DisplaySize {
 // size at it (integer divisions, at least 1).
 DisplaySize displaySize(uint32_t width, uint32_t height, const DisplayFit& fit);
 
+// A line that was painted, from pixel to pixel of the planes that it was painted into.
+struct Stroke {
+    int fromColumn = 0, fromRow = 0, toColumn = 0, toRow = 0;
+    uint32_t bits = 0, colour = 0;  // bits of a stored pixel that are painted, what they become
+    std::optional<float> depth;     // painted into the depth plane
+};
+
 struct FrameStore {
     ImageHeader header;         // of the image the planes hold
     int width = 0, height = 0;  // of the planes: display size, pixels
@@ -106,6 +114,7 @@ struct FrameStore {
     Plane<float> z;
     std::vector<TileRect> tiles;  // rectangles of the colour tiles, up to 8192
     std::string imageName;        // text of the "NAME" chunk
+    std::vector<Stroke> strokes;  // painted since the frame was read
 
     bool hasPicture() const { return !colour.empty() || !z.empty(); }
     // Of the planes.

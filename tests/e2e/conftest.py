@@ -23,6 +23,16 @@ def pytest_addoption(parser):
         default="all",
         help="drive the program on this system only",
     )
+    parser.addoption(
+        "--part",
+        default="1/1",
+        help="K/N: every N-th test beginning with the K-th, for several runs side by side",
+    )
+
+
+def pytest_collection_modifyitems(config, items):
+    which, of = map(int, config.getoption("--part").split("/"))
+    items[:] = items[which - 1 :: of]
 
 
 def pytest_generate_tests(metafunc):

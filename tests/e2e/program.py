@@ -80,7 +80,9 @@ def compile_helper(compiler, name, target):
     source = HELPERS / f"{name}.c"
     if not target.exists() or target.stat().st_mtime < source.stat().st_mtime:
         target.parent.mkdir(parents=True, exist_ok=True)
-        subprocess.run([*compiler, "-O1", "-o", str(target), str(source)], check=True)
+        made = target.with_suffix(f".{os.getpid()}{target.suffix}")  # another run may want it, too
+        subprocess.run([*compiler, "-O1", "-o", str(made), str(source)], check=True)
+        made.replace(target)
     return target
 
 

@@ -1,6 +1,7 @@
 """What the converter leaves in the folder it writes to when it is not let finish."""
 
 import os
+import re
 import signal
 import subprocess
 from pathlib import Path
@@ -103,3 +104,38 @@ def test_the_next_one_writes_beside_one_that_is_not_finished(system, writing, tm
     shown = on_screen(Picture(colour=colour))  # frames begin with the bottom row
     assert (np.asarray(Image.open(tmp_path / "new.png").convert("RGB")) == shown[..., :3]).all()
     assert writing.unfinished()
+
+
+def traced(system, frame, target, *options):
+    """One conversion under strace; its exit status."""
+    with frame.open("rb") as stdin:
+        return subprocess.run(
+            ["strace", "-f", "-qq", "-e", "trace=%file,%desc", *options,
+             *system.command("pixconv"), "-t", "png", str(target)],
+            env=system.environment(target.parent, f"{system.marker}-traced"),
+            stdin=stdin, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+            timeout=PATIENCE, check=False,
+        ).returncode
+
+
+def test_killed_at_any_system_call_the_old_file_or_the_new_one_is_there_whole(system, folder):
+    if system.name != "linux":
+        pytest.skip("needs strace")
+    frame, target, log = folder / "frame", folder / "picture.png", folder / "log"
+    write(frame, Picture(colour=noise(101, 75)))
+    old = b"what was there"
+    target.write_bytes(old)
+    assert traced(system, frame, target, "-o", log) == 0
+    new = target.read_bytes()
+    lines = [line for line in log.read_text().splitlines() if "(" in line]
+    calls = [re.match(r"(?:\d+ +)?(\w+)", line)[1] for line in lines]
+    first = next(i for i, line in enumerate(lines) if target.name in line)
+    assert new != old and len(calls) - first > 10
+    left = {old: 0, new: 0}
+    for last in range(first, len(calls)):
+        name = calls[last]
+        target.write_bytes(old)
+        traced(system, frame, target, "-o", "/dev/null",
+               "-e", f"inject={name}:signal=KILL:when={calls[:last + 1].count(name)}")
+        left[target.read_bytes()] += 1  # anything else is an error
+    assert left[old] and left[new], left

@@ -276,3 +276,31 @@ def test_a_frame_that_was_shrunk_to_fit_is_written_at_its_full_size(start, folde
     program.key("w")
     done(program)
     assert same(saved(folder / "vistel.out.1"), picture)
+
+
+def test_strokes_on_a_shrunk_frame_are_written_at_its_full_size(start, folder):
+    picture = Picture(colour=noise(1700, 1300, 3))
+    framefile.write(folder / "large", picture)
+    program = start("large")
+    shown = framefile.shrunk(framefile.stored_pixels(picture), 2)
+    scene = Scene(program, np.ascontiguousarray(shown))
+    stroke(scene, [(10, 20), (40, 20)])
+    program.key("w")
+    done(program)
+    painted = Picture(colour=picture.colour.copy())
+    painted.colour[40:42, 20:82] = 255
+    assert same(saved(folder / "vistel.out.1"), painted)
+
+
+def test_a_shrunk_frame_whose_file_is_gone_is_written_as_it_is_in_memory(start, folder):
+    picture = Picture(colour=noise(1700, 1300, 3))
+    framefile.write(folder / "large", picture)
+    program = start("large")
+    shown = framefile.shrunk(framefile.stored_pixels(picture), 2)
+    program.find(np.ascontiguousarray(shown[::-1, :, :3]))
+    (folder / "large").unlink()
+    program.key("w")
+    done(program)
+    assert any("at 850x650" in line and "1700x1300" in line for line in lines(program))
+    frame = saved(folder / "vistel.out.1")
+    assert np.array_equal(frame.colour, shown[..., :3])

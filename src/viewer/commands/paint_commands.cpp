@@ -2,9 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
+#include <optional>
 
 #include "analysis/plane_views.h"
+#include "analysis/strokes.h"
 #include "viewer/picture/picture_view.h"
 #include "viewer/window/window_context.h"
 
@@ -34,11 +35,6 @@ ImagePoint lastPoint(const Painting& painting, const FrameStore& frame) {
     return {std::min(painting.column, frame.width - 1), std::min(painting.row, frame.height - 1)};
 }
 
-// The bits of a stored pixel that are painted, and what they become.
-struct Paint {
-    uint32_t bits = 0, colour = 0;
-};
-
 constexpr uint32_t redBits = 0xFF, greenBits = 0xFF00, blueBits = 0xFF0000, maskBits = 0xFF000000;
 
 // By channel: 0 mask, 1 blue, 2 green, 3 red.
@@ -47,52 +43,30 @@ constexpr uint32_t allColours = redBits | greenBits | blueBits;
 
 // In the view of a plane that plane is filled, with Control cleared. Else the control channel is
 // filled, or cleared under its full complement.
-Paint choosePaint(const Picture& picture, const Press& press) {
+void choosePaint(const Picture& picture, const Press& press, Stroke& stroke) {
+    const auto paint = [&](uint32_t bits, uint32_t colour) {
+        stroke.bits = bits;
+        stroke.colour = colour;
+    };
     if (isSinglePlane(picture.mode)) {
         const uint32_t plane = channelBits[planeOf(picture.mode)];
-        return {plane, press.modifiers.control() ? 0 : plane};
+        return paint(plane, press.modifiers.control() ? 0 : plane);
     }
-    if (picture.controlChannel == 0) return {allColours, allColours};
+    if (picture.controlChannel == 0) return paint(allColours, allColours);
     const uint32_t channel = channelBits[picture.controlChannel];
-    if (picture.controlComplement) return {allColours, allColours & ~channel};
-    return {channel, channel};
+    if (picture.controlComplement) return paint(allColours, allColours & ~channel);
+    paint(channel, channel);
 }
 
 // In the depth view the depth is painted, too: as near as the nearest sample, which is shown white,
 // or with Control as far as the farthest. Where no sample is finite it is painted 0.
-class Brush {
- public:
-    Brush(const Picture& picture, const Press& press)
-        : frame_(*picture.shown), paint_(choosePaint(picture, press)) {
-        depth_ = picture.mode == ChannelMode::zBuffer;
-        if (!depth_) return;
-        const DepthRange range =
-            finiteRange(frame_.z.data(), size_t(frame_.width) * size_t(frame_.height));
-        sample_ = press.modifiers.control() ? range.farthest : range.nearest;
-    }
-
-    void dot(const ImagePoint& point) {
-        const auto column = static_cast<size_t>(point.column), row = static_cast<size_t>(point.row);
-        if (depth_) frame_.z.row(row)[column] = sample_;
-        if (frame_.colour.empty()) return;
-        uint32_t& pixel = frame_.colour.row(row)[column];
-        pixel = (pixel & ~paint_.bits) | paint_.colour;
-    }
-
-    void line(const ImagePoint& from, const ImagePoint& to) {
-        const int64_t across = to.column - from.column, up = to.row - from.row;
-        const int64_t steps = std::max<int64_t>({std::abs(across), std::abs(up), 1});
-        for (int64_t i = 0; i <= steps; ++i)
-            dot({static_cast<int>(from.column + across * i / steps),
-                 static_cast<int>(from.row + up * i / steps)});
-    }
-
- private:
-    FrameStore& frame_;
-    Paint paint_;
-    bool depth_ = false;
-    float sample_ = 0;
-};
+std::optional<float> chooseDepth(const Picture& picture, const Press& press) {
+    if (picture.mode != ChannelMode::zBuffer) return std::nullopt;
+    const FrameStore& frame = *picture.shown;
+    const DepthRange range =
+        finiteRange(frame.z.data(), size_t(frame.width) * size_t(frame.height));
+    return press.modifiers.control() ? range.farthest : range.nearest;
+}
 
 }  // namespace
 
@@ -113,11 +87,13 @@ bool endPainting(Viewer& viewer, const Press&, int) {
 bool paint(Viewer& viewer, const Press& press) {
     Painting& painting = viewer.painting;
     const ImagePoint point = pointUnderCursor(viewer);
-    Brush brush(viewer, press);
-    if (painting.lines)
-        brush.line(lastPoint(painting, *viewer.shown), point);
-    else
-        brush.dot(point);
+    FrameStore& frame = *viewer.shown;
+    const ImagePoint from = painting.lines ? lastPoint(painting, frame) : point;
+    Stroke stroke{from.column, from.row, point.column, point.row};
+    choosePaint(viewer, press, stroke);
+    stroke.depth = chooseDepth(viewer, press);
+    paintStroke(stroke, frame, 1);
+    frame.strokes.push_back(stroke);
     painting.column = point.column;
     painting.row = point.row;
     viewChanged(viewer);

@@ -11,6 +11,7 @@
 #include <system_error>
 #include <vector>
 
+#include "analysis/strokes.h"
 #include "host/messages.h"
 #include "iff/result_codes.h"
 #include "platform/clock.h"
@@ -66,7 +67,9 @@ const FrameStore* wholeFrame(Player& player, FrameStore& room, FrameRead& read) 
     terms.fit = {.shrink = static_cast<uint32_t>(std::max(1, player.rfact))};
     terms.ahead = nullptr;
     read = readFrame(player, player.currentFrame, terms, room);
-    return read.code == iffOk ? &room : nullptr;
+    if (read.code != iffOk) return nullptr;
+    for (const Stroke& stroke : shown.strokes) paintStroke(stroke, room, shown.shrink / room.shrink);
+    return &room;
 }
 
 struct Sizes {
