@@ -75,12 +75,13 @@ def end_processes(marker, spare=()):
             pass
 
 
-def compile_helper(compiler, name, target):
+def compile_helper(compiler, name, target, libraries=()):
     """Builds a small program of our own for commands inside the system."""
     source = HELPERS / f"{name}.c"
     if not target.exists() or target.stat().st_mtime < source.stat().st_mtime:
         target.parent.mkdir(parents=True, exist_ok=True)
-        subprocess.run([*compiler, "-O1", "-o", str(target), str(source)], check=True)
+        command = [*compiler, "-O1", "-o", str(target), str(source), *libraries]
+        subprocess.run(command, check=True)
     return target
 
 
