@@ -11,9 +11,14 @@
 
 namespace vistel::platform::headless {
 
-// A new desktop: no window, tick 0, screen 1280 x 1024 with a work area of the same size. Windows
-// that are open are closed; their handles stay good.
+// A new desktop: no window, tick 0, screen 1280 x 1024 with a work area of the same size, windows
+// without frames. Windows that are open are closed; their handles stay good.
 void reset();
+
+// The part of the screen that no task bar covers, and how thick the frame of a window with border
+// is on each of its sides.
+void setWorkArea(const PixelRect& work);
+void setFrame(const PixelRect& thickness);
 
 // The window that the user sits at and that the questions below are about: the one opened last, or
 // the one chosen since. Null when there was none, or when it was released.
@@ -81,5 +86,31 @@ bool doubleBuffered();
 void refuseWindow();
 // From now on there is no browser.
 void removeBrowser();
+
+// --- sound ---
+// The device that records. It plays what it was given as the test says, or at once when it plays by
+// itself.
+struct WaveFaults {
+    bool absent = false;      // there is no device
+    bool playsAtOnce = true;  // else only playWaves plays
+    int blocksToTake = -1;    // from then on it has gone; less than none: always there
+    int blocksToLose = 0;     // that are done without having been heard
+    bool noRing = true;
+    bool ringLost = false;    // to be restored
+};
+void resetWaves(const WaveFaults& faults);
+void setWaveFaults(const WaveFaults& faults);
+// Plays up to so many bytes; a block is done when its last byte was played.
+void playWaves(size_t bytes);
+struct RecordedWaves {
+    std::vector<uint8_t> heard;  // in the order in which it was played
+    int opened = 0, closed = 0, blocks = 0, takenBack = 0, restored = 0;
+    int32_t channels = 0, rate = 0, bits = 0;
+    bool ringPlays = false;
+    int32_t volume = 0, pan = 0;  // of the mixer
+};
+RecordedWaves recordedWaves();
+// What the timer of a ring would do after its period; nothing where none runs.
+void fireWaveTimer();
 
 }  // namespace vistel::platform::headless
