@@ -75,13 +75,14 @@ def end_processes(marker, spare=()):
             pass
 
 
-def compile_helper(compiler, name, target):
+def compile_helper(compiler, name, target, libraries=()):
     """Builds a small program of our own for commands inside the system."""
     source = HELPERS / f"{name}.c"
     if not target.exists() or target.stat().st_mtime < source.stat().st_mtime:
         target.parent.mkdir(parents=True, exist_ok=True)
         made = target.with_suffix(f".{os.getpid()}{target.suffix}")  # another run may want it, too
-        subprocess.run([*compiler, "-O1", "-o", str(made), str(source)], check=True)
+        command = [*compiler, "-O1", "-o", str(made), str(source), *libraries]
+        subprocess.run(command, check=True)
         made.replace(target)
     return target
 
