@@ -222,7 +222,8 @@ class Wine(System):
             **basic_environment(marker),
             "DISPLAY": self.desktop.name,
             "WINEPREFIX": str(self.prefix),
-            "WINEDEBUG": "-all",
+            # Silent but for what would explain a process that did not start.
+            "WINEDEBUG": "-all,err+process,err+module,err+virtual",
             "WINEDLLOVERRIDES": "mscoree=;mshtml=;winemenubuilder.exe=d",
             "WINEPATH": "Z:" + str(self.binary.parent).replace("/", "\\"),
             "LIBGL_ALWAYS_SOFTWARE": "1",

@@ -11,9 +11,14 @@
 
 namespace vistel::platform::headless {
 
-// A new desktop: no window, tick 0, screen 1280 x 1024 with a work area of the same size. Windows
-// that are open are closed; their handles stay good.
+// A new desktop: no window, tick 0, screen 1280 x 1024 with a work area of the same size, windows
+// without frames. Windows that are open are closed; their handles stay good.
 void reset();
+
+// The part of the screen that no task bar covers, and how thick the frame of a window with border
+// is on each of its sides.
+void setWorkArea(const PixelRect& work);
+void setFrame(const PixelRect& thickness);
 
 // The window that the user sits at and that the questions below are about: the one opened last, or
 // the one chosen since. Null when there was none, or when it was released.
@@ -65,6 +70,7 @@ unsigned timerPeriod();  // milliseconds; 0: no timer was started
 int readBacks();         // of drawn pixels, since reset
 bool windowOpen();
 const std::vector<std::string>& messageBoxes();
+const std::vector<std::string>& pagesShown();  // in the browser, by their addresses
 bool menuChecked(int command);
 bool menuEnabled(int command);
 // Texts drawn since the last present became visible, with the position of their baseline start.
@@ -78,6 +84,8 @@ bool doubleBuffered();
 
 // Makes the next openWindow fail.
 void refuseWindow();
+// From now on there is no browser.
+void removeBrowser();
 
 // --- sound ---
 // The device that records. It plays what it was given as the test says, or at once when it plays by

@@ -10,6 +10,7 @@
 #include "platform/input_event.h"
 #include "platform/menu.h"
 #include "platform/surface.h"
+#include "platform/web_browser.h"
 #include "resources/command_ids.h"
 
 namespace vistel::platform {
@@ -23,10 +24,14 @@ struct Desktop {
     Window* last = nullptr;  // the window opened last, as long as it is not released
     std::vector<std::string> titles;
     std::vector<std::string> boxes;
+    std::vector<std::string> pages;
+    bool noBrowser = false;
     std::deque<std::function<void()>> steps;
     std::function<void()> idle;
     std::set<int> held;
     int mouseX = 0, mouseY = 0;
+    PixelRect work{0, 0, 1280, 1024};
+    PixelRect frame;  // thickness on each side
 };
 Desktop desktop;
 
@@ -106,7 +111,14 @@ void clientScreenPosition(const Window* window, int& x, int& y) {
 }
 
 ScreenSize screenSize() { return {1280, 1024}; }
-PixelRect workArea() { return {0, 0, 1280, 1024}; }
+PixelRect workArea(const Window*) { return desktop.work; }
+
+PixelRect outerRect(const Window*, const PixelRect& client, bool border) {
+    if (!border) return client;
+    const PixelRect& frame = desktop.frame;
+    return {client.left - frame.left, client.top - frame.top, client.right + frame.right,
+            client.bottom + frame.bottom};
+}
 void setCursor(Window*, bool) {}
 void startTimer(Window* window, unsigned milliseconds) {
     if (windowExists(window)) window->timerPeriod = milliseconds;
@@ -175,6 +187,11 @@ void showMessageBox(Window*, const std::string& caption, const std::string& text
 }
 void showSystemErrorBox(Window*, const std::string& caption) { desktop.boxes.push_back(caption); }
 
+bool showInBrowser(const std::string& address) {
+    if (!desktop.noBrowser) desktop.pages.push_back(address);
+    return !desktop.noBrowser;
+}
+
 namespace headless {
 
 void reset() {
@@ -235,9 +252,13 @@ bool windowHasBorder() { return lastWindow().border; }
 unsigned timerPeriod() { return lastWindow().timerPeriod; }
 bool windowOpen() { return windowExists(desktop.last); }
 const std::vector<std::string>& messageBoxes() { return desktop.boxes; }
+const std::vector<std::string>& pagesShown() { return desktop.pages; }
 bool menuChecked(int command) { return lastWindow().checked.count(command) != 0; }
 bool menuEnabled(int command) { return lastWindow().disabled.count(command) == 0; }
+void setWorkArea(const PixelRect& work) { desktop.work = work; }
+void setFrame(const PixelRect& thickness) { desktop.frame = thickness; }
 void refuseWindow() { desktop.refuse = true; }
+void removeBrowser() { desktop.noBrowser = true; }
 
 const Image& visibleImage() { return lastWindow().surface.visible; }
 const std::vector<DrawnText>& visibleTexts() { return lastWindow().surface.visibleTexts.texts(); }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <string>
 
 #include "platform/menu.h"
 #include "platform/window.h"
@@ -46,8 +47,15 @@ bool enterFullScreen(Viewer& viewer, const Press& press, int) {
 bool toggleFullResolution(Viewer& viewer, const Press& press, int) {
     viewer.noRescale = !viewer.noRescale;
     platform::checkMenuItem(windowContext().window, COMMAND_FULL_RESOLUTION, viewer.noRescale);
+    forgetLargestFrame(viewer.layout);
     if (!viewer.shown) return false;
     return keepFittingFrames(viewer) ? refitWindow(viewer) : postKey(viewer, press, keyReload);
+}
+
+bool openHelpPage(Viewer& viewer, const Press&, int page) {
+    showHelpPage(windowContext().window,
+                 viewer.helpBase + "VisTel" + std::to_string(page) + ".html");
+    return false;
 }
 
 struct MenuBinding {
@@ -61,6 +69,13 @@ constexpr MenuBinding bindings[] = {
     {COMMAND_REVERT, postKey, keyReload},
     {COMMAND_FULL_SCREEN, enterFullScreen, 0},
     {COMMAND_FULL_RESOLUTION, toggleFullResolution, 0},
+    {COMMAND_HELP_OPENING, openHelpPage, 13},
+    {COMMAND_HELP_SAVING, openHelpPage, 16},
+    {COMMAND_HELP_COMMAND_LINE, openHelpPage, 20},
+    {COMMAND_HELP_KEYBOARD, openHelpPage, 21},
+    {COMMAND_HELP_MANIPULATIONS, openHelpPage, 22},
+    {COMMAND_HELP_ANIMATION, openHelpPage, 23},
+    {COMMAND_HELP_MOUSE, openHelpPage, 29},
 };
 
 const MenuBinding* findBinding(int id) {

@@ -9,8 +9,6 @@ namespace vistel {
 // Tools that are built on the viewer. A null one has not been installed: its key does nothing. Each
 // returns whether the picture must be drawn again.
 struct ViewerTools {
-    bool (*writeFrame)(Viewer&) = nullptr;      // saves the frame on screen
-    bool (*writeAnimation)(Viewer&) = nullptr;  // plays the range once, saving each frame
     bool (*pickPoint)(Viewer&) = nullptr;       // a point of the picture, for tracking
     bool (*toggleTracking)(Viewer&) = nullptr;
     bool (*writeTracking)(Viewer&) = nullptr;

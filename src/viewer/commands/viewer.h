@@ -5,6 +5,7 @@
 
 #include "host/modifiers.h"
 #include "host/tstring.h"
+#include "settings/help_pages.h"
 #include "settings/saved_settings.h"
 #include "viewer/playback/player.h"
 
@@ -45,7 +46,7 @@ struct InputSession {
     bool escapeTaken = false;    // Escape ended a load; its release means nothing more
 };
 
-struct Viewer : Player, SavedSettings, MenuRequests, InputSession {
+struct Viewer : Player, SavedSettings, HelpLocation, MenuRequests, InputSession {
     int32_t luminanceCurve = 0;  // F8: picking a point writes its luminance through the frames
 };
 

@@ -26,18 +26,71 @@ std::string command(const std::string& task, const std::string& words) {
     return quotedCommand(partner, task, words);
 }
 
-// A command that makes the file after some time, behind an interpreter that waits for it.
-std::string lateFile(const char* milliseconds, const std::string& file) {
-    return command("late", std::string(milliseconds) + " \"" + file + "\" || exit 1");
-}
+// Words of a command that makes a file as soon as there is another one, its gate.
+struct LateFile {
+    std::string gate, file;
+    std::string words() const { return "\"" + gate + "\" \"" + file + "\""; }
+    void open() const { FilePtr(openFile(gate.c_str(), "w")); }
+};
 
-bool appears(const std::string& file, milliseconds patience) {
+bool appears(const std::string& file, milliseconds patience = promptly) {
     const Clock::time_point end = Clock::now() + patience;
     while (!fileExists(file)) {
         if (Clock::now() > end) return false;
         std::this_thread::sleep_for(milliseconds(20));
     }
     return true;
+}
+
+class CommandPipes : public testing::Test {
+ protected:
+    ~CommandPipes() override {
+        for (const LateFile& late : all_) late.open();  // nothing outlives its test for long
+    }
+    LateFile lateFile(const std::string& name) {
+        all_.push_back({folder_.path("gate of " + name), folder_.path(name)});
+        return all_.back();
+    }
+    // Starts what makes the file; it waits at the gate when this returns.
+    static FILE* start(const std::string& text, const LateFile& late) {
+        FILE* pipe = openPipe(text, "r");
+        EXPECT_TRUE(pipe);
+        EXPECT_TRUE(appears(late.gate + ".reached"));
+        return pipe;
+    }
+    // An interpreter waits for the program.
+    static FILE* startBehindInterpreter(const LateFile& late, const std::string& task = "late") {
+        return start(command(task, late.words() + " || exit 1"), late);
+    }
+    // The command ends at once, and what it has started lives on.
+    static FILE* startAndLeave(const LateFile& late, const std::string& task = "late") {
+        const std::string partner = findProgram("pipe_partner").value_or("(no pipe_partner)");
+        if (!partner.ends_with(".exe"))
+            return start(quotedCommand(partner, task, late.words() + " &"), late);
+        return start("start /b \"\" \"" + partner + "\" " + task + " " + late.words(), late);
+    }
+    // What was ended makes nothing when its gate opens.
+    static void expectEnded(const LateFile& late) {
+        late.open();
+        EXPECT_FALSE(appears(late.file, milliseconds(1500)));
+    }
+
+ private:
+    const TemporaryFolder folder_;
+    std::vector<LateFile> all_;
+};
+
+// Others that are started and closed for two seconds: with them those that were left are looked
+// after. The last one comes when the time is over, however slow the machine is.
+void goOn() {
+    const Clock::time_point end = Clock::now() + milliseconds(1800);
+    for (bool last = false; !last;) {
+        last = Clock::now() > end;
+        FILE* pipe = openPipe("exit 5", "r");
+        ASSERT_TRUE(pipe);
+        EXPECT_EQ(closePipe(pipe), 5);
+        std::this_thread::sleep_for(milliseconds(100));
+    }
 }
 
 TEST(AwaitedBytes, AreNoneUntilTheCommandWrites) {
@@ -68,134 +121,119 @@ TEST(AwaitedBytes, AreNeverWaitedForInAFile) {
     EXPECT_GE(awaitBytes(file.get(), 10'000), 1u);
 }
 
-TEST(CommandPipes, AnAbandonedCommandIsEndedWithWhatItHasStarted) {
-    const TemporaryFolder folder;
-    const std::string file = folder.path("late");
-    const Clock::time_point begin = Clock::now();
-    FILE* pipe = openPipe(lateFile("1500", file), "r");
-    ASSERT_TRUE(pipe);
-    std::this_thread::sleep_for(milliseconds(500));  // it is running
-    abandonPipe(pipe);
-    EXPECT_LT(Clock::now() - begin, milliseconds(1400));
-    EXPECT_FALSE(appears(file, milliseconds(2500)));
+TEST_F(CommandPipes, AnAbandonedCommandIsEndedWithWhatItHasStarted) {
+    const LateFile late = lateFile("late");
+    abandonPipe(startBehindInterpreter(late));
+    expectEnded(late);
 }
 
-// The command ends at once, what it has started makes the file after some time.
-std::string fileFromBehind(const std::string& task, const std::string& words) {
-    const std::string partner = findProgram("pipe_partner").value_or("(no pipe_partner)");
-    if (partner.ends_with(".exe")) return "start /b \"\" \"" + partner + "\" " + task + " " + words;
-    return quotedCommand(partner, task, words + " &");
+TEST_F(CommandPipes, WhatRefusesToEndIsMadeToThoughTheCommandHasEnded) {
+    const LateFile late = lateFile("late");
+    abandonPipe(startBehindInterpreter(late, "stubborn"));
+    goOn();
+    expectEnded(late);
 }
 
-// Others that are started and closed meanwhile: with them those that were left are looked after.
-void goOnFor(milliseconds time) {
-    const Clock::time_point end = Clock::now() + time;
-    while (Clock::now() < end) {
-        FILE* pipe = openPipe("exit 5", "r");
-        ASSERT_TRUE(pipe);
-        EXPECT_EQ(closePipe(pipe), 5);
-        std::this_thread::sleep_for(milliseconds(100));
-    }
-}
-
-TEST(CommandPipes, WhatRefusesToEndIsMadeToThoughTheCommandHasEnded) {
-    const TemporaryFolder folder;
-    const std::string file = folder.path("late");
-    FILE* pipe = openPipe(command("stubborn", "3000 \"" + file + "\" || exit 1"), "r");
-    ASSERT_TRUE(pipe);
-    std::this_thread::sleep_for(milliseconds(500));  // it is running
-    abandonPipe(pipe);
-    goOnFor(milliseconds(1800));
-    EXPECT_FALSE(appears(file, milliseconds(1500)));
-}
-
-TEST(CommandPipes, WhatLivesOnBehindAnAbandonedCommandIsEnded) {
-    const TemporaryFolder folder;
-    std::vector<FILE*> pipes;
-    for (const char* task : {"late", "stubborn"}) {
-        pipes.push_back(openPipe(fileFromBehind(task, "3500 \"" + folder.path(task) + "\""), "r"));
-        ASSERT_TRUE(pipes.back());
-    }
+TEST_F(CommandPipes, WhatLivesOnBehindAnAbandonedCommandIsEnded) {
+    const LateFile late = lateFile("late"), stubborn = lateFile("stubborn");
+    FILE* pipes[] = {startAndLeave(late), startAndLeave(stubborn, "stubborn")};
     std::this_thread::sleep_for(milliseconds(700));  // the commands themselves have ended
     for (FILE* pipe : pipes) abandonPipe(pipe);
-    goOnFor(milliseconds(1800));
-    EXPECT_FALSE(appears(folder.path("late"), milliseconds(1600)));
-    EXPECT_FALSE(fileExists(folder.path("stubborn")));
+    goOn();
+    expectEnded(late);
+    expectEnded(stubborn);
 }
 
-TEST(CommandPipes, WhatLivesOnBehindOthersIsLeftAlone) {
-    const TemporaryFolder folder;
-    const auto start = [&](const std::string& name) {
-        return openPipe(fileFromBehind("late", "3000 \"" + folder.path(name) + "\""), "r");
-    };
-    FILE* released = start("released");
-    FILE* closed = start("closed");
-    FILE* abandoned = start("abandoned");
-    ASSERT_TRUE(released && closed && abandoned);
-    std::this_thread::sleep_for(milliseconds(700));
-    EXPECT_EQ(closePipe(closed), 0);
-    releasePipe(released);
-    abandonPipe(abandoned);
-    goOnFor(milliseconds(1000));
-    EXPECT_TRUE(appears(folder.path("released"), milliseconds(20'000)));
-    EXPECT_TRUE(appears(folder.path("closed"), milliseconds(20'000)));
-    EXPECT_FALSE(fileExists(folder.path("abandoned")));
-}
-
-TEST(CommandPipes, AbandoningTakesNoTime) {
-    FILE* pipe = openPipe(command("stubborn", std::string(longTime) + " late"), "r");
-    ASSERT_TRUE(pipe);
-    const Clock::time_point begin = Clock::now();
-    abandonPipe(pipe);
-    EXPECT_LT(Clock::now() - begin, milliseconds(500));
-}
-
-TEST(CommandPipes, AReleasedCommandMayFinish) {
-    const TemporaryFolder folder;
-    const Clock::time_point begin = Clock::now();
-    FILE* pipe = openPipe(lateFile("2000", folder.path("late")), "r");
-    ASSERT_TRUE(pipe);
-    releasePipe(pipe);
-    EXPECT_LT(Clock::now() - begin, milliseconds(1900));
-    EXPECT_TRUE(appears(folder.path("late"), milliseconds(20'000)));
-}
-
-TEST(CommandPipes, ReleasedCommandsAreNeverEndedHoweverManyTheyAre) {
-    const TemporaryFolder folder;
-    constexpr int all = 12;
-    const auto name = [&](int i) { return folder.path("late" + std::to_string(i)); };
-    for (int i = 0; i < all; ++i) {
-        FILE* pipe = openPipe(lateFile("3000", name(i)), "r");
-        ASSERT_TRUE(pipe);
-        releasePipe(pipe);
+TEST_F(CommandPipes, WhatLivesOnBehindOthersIsLeftAlone) {
+    const LateFile released = lateFile("released"), closed = lateFile("closed"),
+                   abandoned = lateFile("abandoned");
+    FILE* releasedPipe = startAndLeave(released);
+    FILE* closedPipe = startAndLeave(closed);
+    FILE* abandonedPipe = startAndLeave(abandoned);
+    std::this_thread::sleep_for(milliseconds(700));  // the commands themselves have ended
+    EXPECT_EQ(closePipe(closedPipe), 0);
+    releasePipe(releasedPipe);
+    abandonPipe(abandonedPipe);
+    goOn();
+    for (const LateFile& late : {released, closed}) {
+        late.open();
+        EXPECT_TRUE(appears(late.file));
     }
-    for (int i = 0; i < all; ++i) EXPECT_TRUE(appears(name(i), milliseconds(20'000))) << i;
+    expectEnded(abandoned);
 }
 
-TEST(CommandPipes, OnlyAFewReleasedCommandsLingerUnlessTheUserGoesOn) {
-    const TemporaryFolder folder;
+// Each is made to end a second later: whoever waited for that would take longer than it may.
+TEST_F(CommandPipes, AbandoningDoesNotWaitForTheEnd) {
+    std::vector<FILE*> pipes;
+    for (int i = 0; i < 30; ++i)
+        pipes.push_back(startBehindInterpreter(lateFile("late" + std::to_string(i)), "stubborn"));
+    const Clock::time_point begin = Clock::now();
+    for (FILE* pipe : pipes) abandonPipe(pipe);
+    EXPECT_LT(Clock::now() - begin, promptly);
+}
+
+TEST_F(CommandPipes, AReleasedCommandMayFinish) {
+    const LateFile late = lateFile("late");
+    releasePipe(startBehindInterpreter(late));
+    EXPECT_FALSE(fileExists(late.file));  // nobody waited for it
+    late.open();
+    EXPECT_TRUE(appears(late.file));
+}
+
+TEST_F(CommandPipes, ReleasedCommandsAreNeverEndedHoweverManyTheyAre) {
+    std::vector<LateFile> all;
+    for (int i = 0; i < 12; ++i) {
+        all.push_back(lateFile("late" + std::to_string(i)));
+        releasePipe(startBehindInterpreter(all.back()));
+    }
+    for (const LateFile& late : all) {
+        late.open();
+        EXPECT_TRUE(appears(late.file)) << late.file;
+    }
+}
+
+TEST_F(CommandPipes, OnlyAFewReleasedCommandsLingerUnlessTheUserGoesOn) {
     constexpr int few = 8;
-    const auto name = [&](int i) { return folder.path("late" + std::to_string(i)); };
-    const auto release = [&](int i, const char* time, const std::function<bool()>& goOn) {
-        FILE* pipe = openPipe(lateFile(time, name(i)), "r");
-        ASSERT_TRUE(pipe);
-        releasePipe(pipe, goOn);
+    std::vector<LateFile> all;
+    for (int i = 0; i < few + 2; ++i) all.push_back(lateFile("late" + std::to_string(i)));
+    const auto release = [&](int i, const std::function<bool()>& goOn) {
+        releasePipe(startBehindInterpreter(all[i]), goOn);
     };
     // Whatever other tests have left behind must have ended.
     std::this_thread::sleep_for(milliseconds(500));
     int asked = 0;
-    for (int i = 0; i < few; ++i) release(i, i == 0 ? "6000" : "9000", [&] { return ++asked > 0; });
+    for (int i = 0; i < few; ++i) release(i, [&] { return ++asked > 0; });
     EXPECT_EQ(asked, 0);
-    release(few, "9000", [&] { return ++asked < 20; });  // goes on without an end
+    release(few, [&] { return ++asked < 20; });  // goes on without an end
     EXPECT_EQ(asked, 20);
-    EXPECT_FALSE(fileExists(name(0)));
-    release(few + 1, "9000", [&] { return ++asked > 0; });
+    // Waits until one of them has ended, and one more than a few are left.
+    release(few + 1, [&] {
+        if (++asked == 40)
+            for (int i : {0, 1}) all[i].open();
+        return true;
+    });
     EXPECT_GT(asked, 40);
-    EXPECT_TRUE(fileExists(name(0)));
-    for (int i = 0; i < few + 2; ++i) EXPECT_TRUE(appears(name(i), milliseconds(20'000))) << i;
+    for (const LateFile& late : all) {
+        late.open();
+        EXPECT_TRUE(appears(late.file)) << late.file;
+    }
 }
 
-TEST(CommandPipes, WhatACommandPrintsToStandardErrorCanBeDropped) {
+// Whoever waits for the command on another thread meets its end.
+TEST_F(CommandPipes, ACommandIsEndedWhileItsOutputIsRead) {
+    const LateFile late = lateFile("late");
+    FILE* pipe = startBehindInterpreter(late, "stubborn");
+    std::thread reader([&] {
+        EXPECT_EQ(std::fgetc(pipe), EOF);
+        closePipe(pipe);
+    });
+    endCommand(pipe);
+    reader.join();
+    expectEnded(late);
+    endCommand(pipe);  // it is none any more
+}
+
+TEST_F(CommandPipes, WhatACommandPrintsToStandardErrorCanBeDropped) {
     const std::string text = command("complain", "\"two words\"");
     const struct {
         CommandErrors errors;
@@ -215,10 +253,8 @@ TEST(CommandPipes, WhatACommandPrintsToStandardErrorCanBeDropped) {
     }
 }
 
-TEST(CommandPipes, WhoWaitsForTheEndCanLeave) {
-    const TemporaryFolder folder;
-    FILE* pipe = openPipe(lateFile(longTime, folder.path("late")), "r");
-    ASSERT_TRUE(pipe);
+TEST_F(CommandPipes, WhoWaitsForTheEndCanLeave) {
+    FILE* pipe = startBehindInterpreter(lateFile("late"));
     const Clock::time_point begin = Clock::now();
     int asked = 0;
     EXPECT_EQ(closePipe(pipe, [&] { return ++asked < 30; }), -1);
@@ -226,13 +262,13 @@ TEST(CommandPipes, WhoWaitsForTheEndCanLeave) {
     EXPECT_LT(Clock::now() - begin, promptly);
 }
 
-TEST(CommandPipes, WaitingForTheEndGivesTheExitStatus) {
+TEST_F(CommandPipes, WaitingForTheEndGivesTheExitStatus) {
     FILE* pipe = openPipe(command("exit", "7"), "r");
     ASSERT_TRUE(pipe);
     EXPECT_EQ(closePipe(pipe, [] { return true; }), 7);
 }
 
-TEST(CommandPipes, OneThatIsAbandonedDoesNotHoldUpTheNext) {
+TEST_F(CommandPipes, OneThatIsAbandonedDoesNotHoldUpTheNext) {
     const Clock::time_point begin = Clock::now();
     for (int i = 0; i < 6; ++i) {
         FILE* stalled = openPipe(command("halves", longTime), "r");
@@ -242,10 +278,10 @@ TEST(CommandPipes, OneThatIsAbandonedDoesNotHoldUpTheNext) {
         ASSERT_TRUE(pipe);
         EXPECT_EQ(closePipe(pipe), 5);
     }
-    EXPECT_LT(Clock::now() - begin, milliseconds(20'000));
+    EXPECT_LT(Clock::now() - begin, promptly);
 }
 
-TEST(CommandPipes, CommandsOfManyThreadsAtOnceKeepToThemselves) {
+TEST_F(CommandPipes, CommandsOfManyThreadsAtOnceKeepToThemselves) {
     std::vector<std::thread> threads;
     std::atomic<int> right = 0;
     for (int i = 0; i < 8; ++i) {

@@ -18,8 +18,12 @@ constexpr const char* roleVariable = "VISTEL_TEST_CHILD";
     std::_Exit(status);
 }
 
-// Longer than any test waits for it, but not for ever.
-void stay() { std::this_thread::sleep_for(std::chrono::seconds(90)); }
+// Longer than any test waits for it, but not for ever, and not when the test has taken its files away.
+void stay(const std::string& name) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(90);
+    while (platform::fileExists(name) && std::chrono::steady_clock::now() < end)
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+}
 
 void print(const std::string& bytes) {
     std::fwrite(bytes.data(), 1, bytes.size(), stdout);
@@ -34,7 +38,7 @@ void print(const std::string& bytes) {
         std::fprintf(stderr, "%s\n", convert::complaint);
     if (task == convert::notBut) leave(3);
     print(task == convert::halfAndStall ? rest.substr(0, rest.size() / 2) : rest);
-    if (task == convert::halfAndStall || task == convert::andStay) stay();
+    if (task == convert::halfAndStall || task == convert::andStay) stay(name);
     leave(task == convert::andFail ? 3 : 0);
 }
 
@@ -51,12 +55,13 @@ class ChildRun : public testing::Environment {
         if (role_ == "fail" || words.size() < 3) leave(3);
         std::string name = words[words.size() - 2];
         if (role_ == "frame") name += "." + platform::environmentVariable("FRAME").value_or("none");
-        const platform::FilePtr file(platform::openFile(name, "r"));
+        platform::FilePtr file(platform::openFile(name, "r"));
         if (!file) leave(4);
         std::string bytes;
         char block[4096];
         while (const size_t count = std::fread(block, 1, sizeof block, file.get()))
             bytes.append(block, count);
+        file.reset();
         if (role_ == "convert") convertFile(name, bytes);
         print(bytes);
         leave(0);

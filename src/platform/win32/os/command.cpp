@@ -93,9 +93,10 @@ std::string withoutErrors(const std::string& text) {
 
 // The process and all that come from it, parents first; it may have ended, but its identifier is
 // taken as long as we have a handle to it. Others are used again: who is older than its parent
-// comes from another one.
+// comes from another one, and who is younger than the list is not the one in it.
 std::vector<Handle> familyOf(HANDLE head) {
     const std::vector<PROCESSENTRY32> all = allProcesses();
+    const uint64_t listed = now();
     std::vector<Handle> family;
     const auto addChildren = [&](HANDLE parent) {
         const DWORD id = GetProcessId(parent);
@@ -103,7 +104,9 @@ std::vector<Handle> familyOf(HANDLE head) {
         for (const PROCESSENTRY32& entry : all) {
             if (entry.th32ParentProcessID != id || entry.th32ProcessID == id) continue;
             Handle process = openProcess(entry.th32ProcessID);
-            if (process && startTime(process.get()) >= start) family.push_back(std::move(process));
+            if (!process) continue;
+            const uint64_t started = startTime(process.get());
+            if (started >= start && started <= listed) family.push_back(std::move(process));
         }
     };
     addChildren(head);

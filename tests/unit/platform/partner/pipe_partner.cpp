@@ -5,12 +5,14 @@
 //   pipe_partner sum             ends with the sum of its input, modulo 128
 //   pipe_partner variable NAME   writes the environment variable's value
 //   pipe_partner kind            writes what standard input is: regular, fifo, device or other
-//   pipe_partner late MS FILE    waits, then makes the file
-//   pipe_partner stubborn MS FILE  the same, and does not end when it is asked to
+//   pipe_partner late GATE FILE  makes GATE.reached, waits until there is a file GATE, makes FILE
+//   pipe_partner stubborn GATE FILE  the same, and does not end when it is asked to
 //   pipe_partner unfinished MS FILE  creates an unfinished file for FILE, with a name, writes
-//   "ready", waits pipe_partner complain WORD   writes the word to output and standard error, ends
-//   with 4 pipe_partner halves MS       writes "first", waits, writes "second" pipe_partner WORD...
-//   writes each word on a line of its own
+//                                "ready", waits
+//   pipe_partner complain WORD   writes the word to output and standard error, ends with 4
+//   pipe_partner halves MS       writes "first", waits, writes "second"
+//   pipe_partner settings NAME TIMES  stores the settings NAME0, NAME1 ... one after the other
+//   pipe_partner WORD...         writes each word on a line of its own
 #include <chrono>
 #include <csignal>
 #include <cstdio>
@@ -20,6 +22,7 @@
 
 #include "platform/files.h"
 #include "platform/process.h"
+#include "platform/settings_store.h"
 #include "platform/unfinished_file.h"
 
 using namespace vistel::platform;
@@ -32,6 +35,12 @@ void writeAllBytes() {
 
 void rest(const char* milliseconds) {
     std::this_thread::sleep_for(std::chrono::milliseconds(std::atoi(milliseconds)));
+}
+
+void makeBehindGate(const std::string& gate, const char* name) {
+    FilePtr(openFile((gate + ".reached").c_str(), "w"));
+    while (!fileExists(gate)) rest("20");
+    FilePtr(openFile(name, "w"));
 }
 
 int sumOfInput() {
@@ -86,18 +95,19 @@ int main(int count, char** arguments) {
     } else if (task == "kind") {
         std::fputs(inputKind(), stdout);
     } else if (task == "late" && count > 3) {
-        rest(arguments[2]);
-        const FilePtr file(openFile(arguments[3], "w"));
+        makeBehindGate(arguments[2], arguments[3]);
     } else if (task == "stubborn" && count > 3) {
         std::signal(SIGTERM, SIG_IGN);
-        rest(arguments[2]);
-        const FilePtr file(openFile(arguments[3], "w"));
+        makeBehindGate(arguments[2], arguments[3]);
     } else if (task == "unfinished" && count > 3) {
         return leaveUnfinished(arguments[3], arguments[2]);
     } else if (task == "complain" && count > 2) {
         std::printf("%s\n", arguments[2]);
         std::fprintf(stderr, "%s\n", arguments[2]);
         return 4;
+    } else if (task == "settings" && count > 3) {
+        for (int i = 0; i < std::atoi(arguments[3]); ++i)
+            writeSetting(arguments[2] + std::to_string(i), std::to_string(i));
     } else if (task == "halves" && count > 2) {
         std::fputs("first", stdout);
         std::fflush(stdout);

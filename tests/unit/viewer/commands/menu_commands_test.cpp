@@ -4,6 +4,7 @@
 #include <set>
 #include <vector>
 
+#include "golden.h"
 #include "resources/command_ids.h"
 #include "viewer/frame_folder.h"
 #include "viewer/viewer_fixture.h"
@@ -104,7 +105,8 @@ TEST_F(MenuCommandsTest, EscapeReadsAgainWhatIsTooLargeForAWindow) {
     released(keyEscape);
     EXPECT_EQ(viewerState.fullScreen, 0);
     EXPECT_EQ(viewerState.shown->width, 4);
-    EXPECT_EQ(headless::windowRect().width(), 320);
+    // The window is made for what was shown, which it would show at half its size.
+    EXPECT_EQ(headless::windowRect().width(), 540);
     EXPECT_EQ(viewerState.slots.find(2), nullptr);
     EXPECT_NE(viewerState.slots.find(3), nullptr);
 }
@@ -208,12 +210,59 @@ TEST_F(MenuCommandsTest, DroppedFramesMakeRoom) {
     EXPECT_FALSE(slots.hasRoomFor(6, another));
 }
 
+// --- help ----------------------------------------------------------------------------------------
+
+TEST_F(MenuCommandsTest, EachHelpItemShowsItsPage) {
+    struct Row {
+        int id;
+        const char* page;
+    };
+    constexpr Row rows[] = {
+        {COMMAND_HELP_OPENING, "VisTel13.html"},       {COMMAND_HELP_SAVING, "VisTel16.html"},
+        {COMMAND_HELP_COMMAND_LINE, "VisTel20.html"},  {COMMAND_HELP_KEYBOARD, "VisTel21.html"},
+        {COMMAND_HELP_MANIPULATIONS, "VisTel22.html"}, {COMMAND_HELP_ANIMATION, "VisTel23.html"},
+        {COMMAND_HELP_MOUSE, "VisTel29.html"},
+    };
+    showImage(testFrame(1, 400, 300));
+    viewerState.helpBase = "file:///opt/vistel/docs/ext/VisTel/";
+    for (const Row& row : rows) {
+        headless::choose(row.id);
+        ASSERT_FALSE(headless::pagesShown().empty()) << row.page;
+        EXPECT_EQ(headless::pagesShown().back(), viewerState.helpBase + row.page);
+        EXPECT_TRUE(std::filesystem::is_regular_file(
+            fileOfTree(std::string("docs/ext/VisTel/") + row.page)))
+            << row.page;
+    }
+    EXPECT_EQ(headless::pagesShown().size(), std::size(rows));
+    EXPECT_TRUE(headless::messageBoxes().empty());
+}
+
+TEST_F(MenuCommandsTest, WithoutABrowserABoxNamesThePage) {
+    showImage(testFrame(1, 400, 300));
+    viewerState.helpBase = "file:///opt/vistel/docs/ext/VisTel/";
+    headless::removeBrowser();
+    headless::choose(COMMAND_HELP_MOUSE);
+    ASSERT_EQ(headless::messageBoxes().size(), 1u);
+    EXPECT_TRUE(
+        headless::messageBoxes()[0].ends_with("\nfile:///opt/vistel/docs/ext/VisTel/VisTel29.html"))
+        << headless::messageBoxes()[0];
+}
+
 // --- the others ----------------------------------------------------------------------------------
 
 TEST_F(MenuCommandsTest, OnlyTheCommandsThatAreThereCanBeChosen) {
     showImage(testFrame(1, 400, 300));
-    const std::set<int> there = {COMMAND_EXIT, COMMAND_REVERT, COMMAND_FULL_SCREEN,
-                                 COMMAND_FULL_RESOLUTION};
+    const std::set<int> there = {COMMAND_EXIT,
+                                 COMMAND_REVERT,
+                                 COMMAND_FULL_SCREEN,
+                                 COMMAND_FULL_RESOLUTION,
+                                 COMMAND_HELP_OPENING,
+                                 COMMAND_HELP_SAVING,
+                                 COMMAND_HELP_COMMAND_LINE,
+                                 COMMAND_HELP_KEYBOARD,
+                                 COMMAND_HELP_MANIPULATIONS,
+                                 COMMAND_HELP_ANIMATION,
+                                 COMMAND_HELP_MOUSE};
     for (int id = COMMAND_FIRST; id <= COMMAND_LAST; ++id) {
         EXPECT_EQ(headless::menuEnabled(id), there.count(id) != 0) << id;
         if (there.count(id)) continue;
