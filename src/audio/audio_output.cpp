@@ -44,7 +44,9 @@ int64_t AudioOutput::pendingSamples() {
 
 int64_t AudioOutput::freeFrames() {
     const std::lock_guard guard(lock_);
-    const int64_t samples = ring_ ? ring_->freeSamples() : bufferSamples_ - pendingSamples();
+    const int64_t sampleBytes = conversion_.format.bits / 8;
+    const int64_t samples =
+        ring_ ? ring_->freeSamples() : bufferSamples_ - queue_->bytesAhead() / sampleBytes;
     return samples / conversion_.format.channels;
 }
 

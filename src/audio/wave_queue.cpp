@@ -1,5 +1,6 @@
 #include "audio/wave_queue.h"
 
+#include <algorithm>
 #include <new>
 #include <thread>
 
@@ -26,6 +27,11 @@ void WaveQueue::blockDone(void* user, platform::WaveBlock& block) {
     static_cast<Block&>(block).taken = false;
 }
 
+int64_t WaveQueue::bytesAhead() {
+    const int64_t inHardware = platform::waveBytesInHardware(*device_);
+    return std::max<int64_t>(0, pending_ - inHardware);
+}
+
 // One whose memory has the wanted size already, else any free one, else a new one.
 WaveQueue::Block* WaveQueue::freeBlock(size_t bytes) {
     Block* any = nullptr;
@@ -40,7 +46,21 @@ WaveQueue::Block* WaveQueue::freeBlock(size_t bytes) {
     return pool_.back().get();
 }
 
-bool WaveQueue::write(const WaveConversion& conversion, const void* source, size_t samples) try {
+bool WaveQueue::write(const WaveConversion& conversion, const void* source, size_t samples) {
+    const platform::WaveFormat& format = conversion.format;
+    const auto most = static_cast<size_t>(std::max(format.rate / 100, 1) * format.channels);
+    const auto* bytes = static_cast<const uint8_t*>(source);
+    for (size_t done = 0; done < samples;) {
+        const size_t part = std::min(most, samples - done);
+        const size_t place = done * static_cast<size_t>(conversion.sourceBytes);
+        if (!writeBlock(conversion, bytes + place, part)) return false;
+        done += part;
+    }
+    return true;
+}
+
+bool WaveQueue::writeBlock(const WaveConversion& conversion, const void* source,
+                           size_t samples) try {
     const size_t bytes = samples * static_cast<size_t>(conversion.format.bits / 8);
     Block& block = *freeBlock(bytes);
     if (block.used) platform::takeWaveBlockBack(*device_, block);

@@ -18,10 +18,13 @@ class WaveQueue {
     // Ends the sound and gives all back.
     ~WaveQueue();
 
+    // In blocks of a hundredth of a second: it is by blocks that a device tells what it has played.
     // False when the device has gone or there is no memory.
     [[nodiscard]] bool write(const WaveConversion& conversion, const void* source, size_t samples);
     // Bytes that were written and have not been played. Safe on every thread.
     int64_t pendingBytes() const { return pending_; }
+    // Those of them that still have to reach the hardware.
+    int64_t bytesAhead();
 
  private:
     struct Block : platform::WaveBlock {
@@ -29,6 +32,7 @@ class WaveQueue {
         std::atomic<bool> taken = false;  // by the device, which has not done it yet
     };
     WaveQueue() = default;
+    bool writeBlock(const WaveConversion& conversion, const void* source, size_t samples);
     static void blockDone(void* user, platform::WaveBlock& block);
     Block* freeBlock(size_t bytes);
 

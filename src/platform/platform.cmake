@@ -33,7 +33,8 @@ else()
   find_package(Qt6 REQUIRED COMPONENTS Widgets)
   find_package(OpenGL REQUIRED)
   find_package(X11 REQUIRED)
-  target_link_libraries(platform_desktop PRIVATE platform_os platform_clock Qt6::Widgets OpenGL::GL X11::X11)
+  target_link_libraries(platform_desktop PRIVATE platform_os platform_clock Qt6::Widgets OpenGL::GL X11::X11
+    ${CMAKE_DL_LIBS})
 endif()
 
 # What a program has for a desktop and clocks is its property VISTEL_DESKTOP: "headless" for unit

@@ -40,6 +40,10 @@ using WaveBlockDone = void (*)(void* user, WaveBlock& block);
 // To be called before a block that is done is changed.
 void takeWaveBlockBack(WaveDevice& device, WaveBlock& block);
 
+// How many of the bytes that are not done yet the hardware has already: they need no more care, and
+// those behind them are all that keeps the sound from breaking off. 0 where nobody knows.
+int64_t waveBytesInHardware(WaveDevice& device);
+
 // Ends the sound; every block is done soon.
 void resetWaveDevice(WaveDevice& device);
 

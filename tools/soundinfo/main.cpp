@@ -71,9 +71,11 @@ bool tellAll(const Options& options) {
     std::vector<SoundReport> reports;
     for (const std::string& name : options.files) {
         AFfilehandle* file = AFopenfile(name, "r", nullptr);
-        reports.push_back(file ? reportOf(name, *file) : SoundReport{.name = name});
+        SoundReport& report = reports.emplace_back();
+        report.name = name;
         all = all && file;
         if (!file) continue;
+        describe(*file, report);
         if (!options.raw.empty() && !writeRaw(*file, options.raw)) {
             std::fprintf(stderr, "soundinfo: %s: %s\n", options.raw.c_str(), std::strerror(errno));
             all = false;

@@ -14,9 +14,7 @@ static const char* miscName(int32_t type) {
     return names[type - afMiscCopyright];
 }
 
-SoundReport reportOf(const std::string& name, AFfilehandle& file) {
-    SoundReport report;
-    report.name = name;
+void describe(AFfilehandle& file, SoundReport& report) {
     report.opened = true;
     int32_t version = 0, sampleFormat = 0;
     report.format = audioFormats[tablePositionOf(AFgetfilefmt(&file, &version))].name;
@@ -32,7 +30,6 @@ SoundReport reportOf(const std::string& name, AFfilehandle& file) {
         report.chunks.push_back({miscName(chunk.type), chunk.size});
     }
     if (const char* reason = SoundTrack::whyNotPlayed(file)) report.notPlayed = reason;
-    return report;
 }
 
 // Names come from the file: what a terminal would act on is not printed.
@@ -60,15 +57,19 @@ void printText(const SoundReport& report) {
                 report.notPlayed.empty() ? "yes" : ("no: " + report.notPlayed).c_str());
 }
 
-// Bytes that are no text of their own are told as the characters with these numbers.
-static std::string quoted(const std::string& text) {
+// The names of files are UTF-8; of any other text the bytes beyond ASCII are told as the characters
+// with these numbers.
+enum class Bytes { utf8, unknown };
+
+static std::string quoted(const std::string& text, Bytes bytes = Bytes::unknown) {
     std::string quotes = "\"";
     for (const char c : text) {
         const auto byte = static_cast<unsigned char>(c);
         if (c == '"' || c == '\\') quotes += '\\';
         char escaped[8];
         std::snprintf(escaped, sizeof escaped, "\\u%04x", byte);
-        quotes += byte < ' ' || byte > 126 ? std::string(escaped) : std::string(1, c);
+        const bool shown = byte >= ' ' && (byte < 127 || (byte > 127 && bytes == Bytes::utf8));
+        quotes += shown ? std::string(1, c) : std::string(escaped);
     }
     return quotes + '"';
 }
@@ -81,7 +82,7 @@ static std::string number(double value) {
 }
 
 static void printJsonOf(const SoundReport& report) {
-    std::printf("{\"file\": %s, \"opened\": %s", quoted(report.name).c_str(),
+    std::printf("{\"file\": %s, \"opened\": %s", quoted(report.name, Bytes::utf8).c_str(),
                 report.opened ? "true" : "false");
     if (!report.opened) {
         std::printf("}");

@@ -28,7 +28,8 @@ struct SoundReport {
     std::string notPlayed;  // why vistel does not play it; empty when it does
 };
 
-SoundReport reportOf(const std::string& name, AFfilehandle& file);
+// Fills in what an open file tells.
+void describe(AFfilehandle& file, SoundReport& report);
 
 void printText(const SoundReport& report);
 void printJson(const std::vector<SoundReport>& reports);

@@ -95,6 +95,7 @@ struct WaveFaults {
     bool playsAtOnce = true;  // else only playWaves plays
     int blocksToTake = -1;    // from then on it has gone; less than none: always there
     int blocksToLose = 0;     // that are done without having been heard
+    int64_t bytesInHardware = 0;
     bool noRing = true;
     bool ringLost = false;    // to be restored
 };

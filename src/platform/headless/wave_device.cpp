@@ -98,6 +98,11 @@ void takeWaveBlockBack(WaveDevice&, WaveBlock&) {
     ++recorded.takenBack;
 }
 
+int64_t waveBytesInHardware(WaveDevice&) {
+    const std::lock_guard guard(lock);
+    return faults.bytesInHardware;
+}
+
 void resetWaveDevice(WaveDevice& which) {
     const std::lock_guard guard(lock);
     for (WaveBlock* block : which.queue) which.done(which.user, *block);

@@ -74,7 +74,7 @@ TEST_F(AudioOutputTest, CountsWhatWasNotPlayedYet) {
     headless::resetWaves({.playsAtOnce = false});
     const auto output = openFor(waveOf(2, 16, 44100));
     const std::vector<uint8_t> frames(400);
-    ASSERT_TRUE(output->write(frames.data(), 100));
+    ASSERT_TRUE(output->write(frames.data(), 100));  // a block holds up to 441 frames
     ASSERT_TRUE(output->write(frames.data(), 50));
     EXPECT_EQ(output->pendingSamples(), 300);
     EXPECT_EQ(output->freeFrames(), (13230 - 300) / 2);
@@ -84,6 +84,16 @@ TEST_F(AudioOutputTest, CountsWhatWasNotPlayedYet) {
     EXPECT_EQ(output->pendingSamples(), 100);
     headless::playWaves(10000);
     EXPECT_EQ(output->pendingSamples(), 0);
+}
+
+TEST_F(AudioOutputTest, WhatTheHardwareHasLeavesRoomButWasNotHeard) {
+    headless::resetWaves({.playsAtOnce = false, .bytesInHardware = 100});
+    const auto output = openFor(waveOf(2, 16, 44100));
+    EXPECT_EQ(output->freeFrames(), 13230 / 2);
+    const std::vector<uint8_t> frames(400);
+    ASSERT_TRUE(output->write(frames.data(), 100));
+    EXPECT_EQ(output->pendingSamples(), 200);
+    EXPECT_EQ(output->freeFrames(), (13230 - 150) / 2);
 }
 
 TEST_F(AudioOutputTest, UsesBlocksAgain) {

@@ -30,12 +30,13 @@ TEST_F(SoundTest, TheDeviceIsGivenNoMoreThanItHolds) {
     Sound sound;
     ASSERT_TRUE(sound.load(file.name()));
     sound.start();
-    EXPECT_EQ(headless::recordedWaves().blocks, 1);  // 0.1 of 0.15 seconds
+    EXPECT_EQ(headless::recordedWaves().blocks, 10);  // 0.1 of 0.15 seconds
+    headless::playWaves(4 * 882);
     std::this_thread::sleep_for(milliseconds(20));
-    EXPECT_EQ(headless::recordedWaves().blocks, 1);
-    headless::playWaves(8820);
-    EXPECT_TRUE(becomes([] { return headless::recordedWaves().blocks == 2; }));
-    EXPECT_DOUBLE_EQ(sound.timePlayed(), 0.1);
+    EXPECT_EQ(headless::recordedWaves().blocks, 10);
+    headless::playWaves(882);  // 0.05 seconds are left: there is room for a chunk
+    EXPECT_TRUE(becomes([] { return headless::recordedWaves().blocks == 20; }));
+    EXPECT_DOUBLE_EQ(sound.timePlayed(), 0.05);
     EXPECT_TRUE(sound.isPlaying());
     sound.stop();
     EXPECT_FALSE(sound.isPlaying());
@@ -56,7 +57,7 @@ TEST_F(SoundTest, StopsSoonOnADeviceThatNeverPlays) {
 }
 
 TEST_F(SoundTest, GoesOnAfterBlocksThatCameLateOrWereLost) {
-    headless::resetWaves({.playsAtOnce = false, .blocksToLose = 1});
+    headless::resetWaves({.playsAtOnce = false, .blocksToLose = 3});
     const Bytes bytes = counted(44100);
     const TemporaryFile file(bytes);
     Sound sound;
@@ -68,8 +69,9 @@ TEST_F(SoundTest, GoesOnAfterBlocksThatCameLateOrWereLost) {
     }
     headless::playWaves(SIZE_MAX);
     const auto whole = soundOf(bytes);
-    EXPECT_EQ(headless::recordedWaves().heard,
-              std::vector<uint8_t>(whole.begin() + 8820, whole.end()));  // without the lost chunk
+    EXPECT_EQ(
+        headless::recordedWaves().heard,
+        std::vector<uint8_t>(whole.begin() + 3 * 882, whole.end()));  // without the lost blocks
 }
 
 TEST_F(SoundTest, ADeviceThatVanishesEndsTheSoundAndTheNextLoadFindsItAgain) {
@@ -152,7 +154,7 @@ TEST_F(SoundTest, SeeksWhileItPlays) {
     sound.play(file.name(), 1);
     sound.seek(96, 24);  // four seconds on
     headless::playWaves(8820);
-    ASSERT_TRUE(becomes([] { return headless::recordedWaves().blocks == 2; }));
+    ASSERT_TRUE(becomes([] { return headless::recordedWaves().blocks == 20; }));
     headless::playWaves(8820);
     const auto heard = headless::recordedWaves().heard;
     const auto whole = soundOf(bytes);
