@@ -54,6 +54,10 @@ class Commands {
     bool full();
     // Takes a command that was hung up.
     void linger(Command& command, Leaving leaving);
+    void end() {
+        const std::lock_guard lock(mutex_);
+        endAbandoned();
+    }
     void tidy() {
         const std::lock_guard lock(mutex_);
         collectEnded();
@@ -182,6 +186,11 @@ void releasePipe(FILE* pipe, const GoOn& goOn) {
 }
 
 void collectEndedCommands() { commands().tidy(); }
+
+void endCommands() try {
+    commands().end();
+} catch (const std::bad_alloc&) {  // without memory nobody can be told
+}
 
 void abandonPipe(FILE* pipe) {
     std::optional<Command> command = commands().take(pipe);
