@@ -54,10 +54,15 @@ class Commands {
     bool full();
     // Takes a command that was hung up.
     void linger(Command& command, Leaving leaving);
+    // Ends one that is being read or written; its stream stays.
     void end(FILE* stream) {
         const std::lock_guard lock(mutex_);
         const auto entry = byStream_.find(stream);
         if (entry != byStream_.end()) endFamily(entry->second, true);
+    }
+    void endAll() {
+        const std::lock_guard lock(mutex_);
+        endAbandoned();
     }
     void tidy() {
         const std::lock_guard lock(mutex_);
@@ -189,6 +194,11 @@ void releasePipe(FILE* pipe, const GoOn& goOn) {
 void endCommand(FILE* pipe) { commands().end(pipe); }
 
 void collectEndedCommands() { commands().tidy(); }
+
+void endCommands() try {
+    commands().endAll();
+} catch (const std::bad_alloc&) {  // without memory nobody can be told
+}
 
 void abandonPipe(FILE* pipe) {
     std::optional<Command> command = commands().take(pipe);

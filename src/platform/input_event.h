@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 
 namespace vistel {
 
@@ -52,6 +53,10 @@ enum KeyCode : int32_t {
     keyLeftAlt = 164,
     keyRightAlt = 165,
 };
+
+// The characters that are keys of their own, wherever a keyboard's layout has them: where one needs
+// Shift or AltGr, the key that types it with them is that key.
+constexpr std::string_view keyCharacters = ",.[]-=;'/\\";
 
 // The code of a layout-dependent character key.
 constexpr int32_t characterKey(char character) {

@@ -43,6 +43,9 @@ void endCommand(FILE* pipe);
 // none stays behind while the program does nothing else. To be called now and then.
 void collectEndedCommands();
 
+// What the end of the program does to its commands, for an end that runs no destructors.
+void endCommands();
+
 // The command that runs one program with one argument (and further words as they are) through the
 // interpreter of this system, each name quoted so that blanks and the interpreter's own signs in it
 // are taken literally.
@@ -63,8 +66,8 @@ std::optional<std::string> environmentVariable(const std::string& name);
 // Sets NAME=value for this process and its children.
 void setEnvironmentVariable(const std::string& name, const std::string& value);
 
-// Makes an interrupt from the console (Ctrl+C, SIGTERM) set a flag instead of ending the process at
-// once; a second interrupt ends it. interruptRequested tells whether the flag is set.
+// Makes an interrupt from the console (Ctrl+C, SIGTERM, a hang-up) set a flag instead of ending the
+// process at once; a second interrupt ends it. interruptRequested tells whether the flag is set.
 void catchInterrupts();
 bool interruptRequested();
 

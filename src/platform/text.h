@@ -17,6 +17,15 @@ struct FontRequest {
     bool italic = false;
 };
 
+// How much larger texts are than their requests say, and with them all that is measured by them: 1
+// on a screen of usual density. linux follows the density that is set for the screen; elsewhere 1.
+float textScale();
+
+// Pixels of a length in pixels at usual density.
+inline int scaledForText(int pixels) {
+    return static_cast<int>(float(pixels) * textScale() + 0.5f);
+}
+
 struct FontHandle;  // owned by the platform for the life of the process
 
 // The best fit; never null.

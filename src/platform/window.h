@@ -85,7 +85,8 @@ void clientScreenPosition(const Window* window, int& x, int& y);
 // Cross-hair over the client area, or the arrow.
 void setCursor(Window* window, bool cross);
 
-// Posts EV_TIMER every `milliseconds` until the window is destroyed.
+// Posts EV_TIMER every `milliseconds` until the window is destroyed, and whenever the window gets
+// the keyboard: what keys did while another one had it was not seen.
 void startTimer(Window* window, unsigned milliseconds);
 
 // --- of the calling thread: all its windows at once ---------------------------------------------
@@ -97,6 +98,10 @@ void pumpMessages();
 // Blocks until a message is there; it is handled here or by the next pump. Does not block when a
 // window was closed since the last pump.
 void waitMessage();
+
+// What is done when the display is lost (its server has ended): the process ends with status 1
+// after it, wherever it was, and its commands with it. Only linux can lose its display alone.
+void onDisplayLost(void (*action)());
 
 // --- of the screen, the keyboard and the mouse --------------------------------------------------
 

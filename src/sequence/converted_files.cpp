@@ -27,6 +27,19 @@ const ConvertedFiles::Conversion* ConvertedFiles::find(const Tstring& path,
     return entry != conversions_.end() && entry->second.stamp == stamp ? &entry->second : nullptr;
 }
 
+void ConvertedFiles::setWrong(const Tstring& path, bool wrong) {
+    const std::lock_guard lock(mutex_);
+    if (wrong)
+        wrong_.insert(path);
+    else
+        wrong_.erase(path);
+}
+
+bool ConvertedFiles::isWrong(const Tstring& path) const {
+    const std::lock_guard lock(mutex_);
+    return wrong_.contains(path);
+}
+
 bool ConvertedFiles::contains(const Tstring& path, const platform::FileStamp& stamp) const {
     const std::lock_guard lock(mutex_);
     return find(path, stamp) != nullptr;

@@ -7,6 +7,7 @@
 #include <map>
 #include <mutex>
 #include <optional>
+#include <set>
 
 #include "host/tstring.h"
 #include "platform/files.h"
@@ -30,6 +31,11 @@ class ConvertedFiles {
     void remember(const Tstring& path, const platform::FileStamp& stamp,
                   std::optional<FailedReading> failure);
 
+    // The converter has said what is wrong with the file, which need not be said again while it
+    // stays wrong, however the file changes; `wrong` is false when it was read well.
+    void setWrong(const Tstring& path, bool wrong);
+    bool isWrong(const Tstring& path) const;
+
     // Whether the file, as it is now, has been converted; and that it has failed.
     bool contains(const Tstring& path, const platform::FileStamp& stamp) const;
     std::optional<FailedReading> failure(const Tstring& path,
@@ -44,6 +50,7 @@ class ConvertedFiles {
 
     mutable std::mutex mutex_;
     std::map<Tstring, Conversion, std::less<>> conversions_;
+    std::set<Tstring, std::less<>> wrong_;  // not forgotten with the source
 };
 
 }  // namespace vistel

@@ -8,17 +8,12 @@
 #include "host/messages.h"
 #include "iff/result_codes.h"
 #include "iff/with_memory.h"
-#include "platform/clock.h"
 #include "sequence/form_reader.h"
 #include "sequence/source_choice.h"
 
 namespace vistel {
 
 namespace {
-
-// A command that has closed its output has as good as ended: milliseconds that its status is waited
-// for.
-constexpr uint32_t lastMoments = 2000;
 
 // One reading on its way: the parts that it works on, and what it comes to.
 struct FrameReading {
@@ -57,14 +52,13 @@ int FrameReading::readOpened(OpenedSource& source, int form, bool& found) {
     if (code != iffAborted) keepOneFileStream(state, source);
     if (code == iffAborted) {
         source.stream.abandon();
+    } else if (partly) {
+        result.told = converterHasTold(source, terms.goOn);
+        source.stream.release(terms.goOn);
     } else if (found || code != iffBrokenPipe) {
         source.stream.release(terms.goOn);
     } else {
-        const uint32_t begin = platform::tickMilliseconds();
-        exitStatus = source.stream.close([&] {
-            return platform::tickMilliseconds() - begin < lastMoments &&
-                   platform::mayGoOn(terms.goOn);
-        });
+        exitStatus = lastStatus(source.stream, terms.goOn);
     }
     if (!found && code == iffBrokenPipe && exitStatus != 0) return noSuchForm();
     if (code != iffOk) return failed(code, errorText(code));
@@ -83,6 +77,8 @@ int FrameReading::readStream(OpenedSource& source, int form) {
     if (!source.stream) return nothingOpened(source);
     bool found = false;
     const int code = readOpened(source, form, found);
+    if (source.convertedAs && code != iffAborted)
+        state.converted->setWrong(source.located, code != iffOk);
     const bool final = !found && code != iffAborted && code != iffNoMemory;
     if (final && source.convertedAs && !source.oneFile)
         state.converted->remember(source.located, *source.convertedAs,
@@ -146,7 +142,7 @@ FrameRead readFrame(SequenceState& state, int number, const ReadTerms& terms, Fr
 }
 
 void tellBadFrame(SequenceState& state, int number, const FrameRead& read) {
-    if (state.told.add(read.name, read.reason))
+    if (!read.told && state.told.add(read.name, read.reason))
         printError(formatMessage(Message::rVTFrameUnreadable, {read.name, read.reason, number}));
 }
 

@@ -26,9 +26,10 @@ struct ReadTerms {
 
 // What a reading came to.
 struct FrameRead {
-    int code = 0;    // iffOk, or why there is no whole frame (iffNotIff: no such frame)
-    Tstring name;    // of the file, as it was built
-    Tstring reason;  // what to tell the user; empty for iffOk
+    int code = 0;       // iffOk, or why there is no whole frame (iffNotIff: no such frame)
+    Tstring name;       // of the file, as it was built
+    Tstring reason;     // what to tell the user; empty for iffOk
+    bool told = false;  // by the converter, which has shown its own reason
 };
 
 // Reads a frame of the source state.openedName, without reports on success. After a failure `frame`

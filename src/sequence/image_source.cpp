@@ -85,10 +85,10 @@ int reportNoImage(const Tstring& name) {
     return iffNotIff;
 }
 
-void reportEnd(SequenceState& state, const Tstring& name, int code) {
+void reportEnd(SequenceState& state, const Tstring& name, int code, bool told) {
     if (state.verbose) std::printf("\n");
     std::fflush(stdout);
-    if (code == iffOk || code == iffAborted) return;
+    if (code == iffOk || code == iffAborted || told) return;
     const Tstring reason = errorText(code);
     if (state.told.add(name, reason)) printError(name + ": " + reason);
 }
@@ -110,16 +110,19 @@ int openSource(SequenceState& state, const Tstring& name, const ReadTerms& terms
                         awaitCommand(source.stream.file(), shownName, terms.goOn, windowOpen);
     FirstPass pass{terms.goOn, frame};
     const int code = waited ? readFirst(state, source, terms.fit, pass) : int{iffAborted};
-    if (code != iffOk && frame.hasPicture() && stamp)
-        state.incomplete.note(state.currentFrame, source.located, *stamp);
+    const bool partly = code != iffOk && code != iffAborted && frame.hasPicture();
+    if (partly && stamp) state.incomplete.note(state.currentFrame, source.located, *stamp);
+    if (source.convertedAs && code != iffAborted)
+        state.converted->setWrong(source.located, code != iffOk);
     if (code != iffAborted) keepOneFileStream(state, source);
     // A command that the user stopped waiting for is ended; one that wrote its picture may go on.
+    const bool told = partly && converterHasTold(source, terms.goOn);
     code == iffAborted ? source.stream.abandon() : source.stream.release(terms.goOn);
     // The early end of what is no file says no more than that no image came: a command that failed
     // writes nothing.
     const bool empty = code == iffOk || (code == iffBrokenPipe && !regular);
     if (pass.forms == 0 && empty) return reportNoImage(shownName);
-    reportEnd(state, source.name, code);
+    reportEnd(state, source.name, code, told);
     return code;
 }
 

@@ -3,6 +3,7 @@
 #include <cerrno>
 
 #include "host/messages.h"
+#include "platform/clock.h"
 #include "sequence/frame_sequence.h"
 
 namespace vistel {
@@ -11,7 +12,8 @@ void OpenedSource::connect(ConvertedFiles& converted) {
     if (reader == SourceReader::direct || !stream) return;
     convertedAs = platform::fileStamp(stream.file());
     const bool told = convertedAs && converted.contains(located, *convertedAs);
-    const auto errors = told ? platform::CommandErrors::dropped : platform::CommandErrors::shown;
+    const bool quiet = told || converted.isWrong(located);
+    const auto errors = quiet ? platform::CommandErrors::dropped : platform::CommandErrors::shown;
     OpenedSource output = openCommand(converterCommand(reader, program, located), errors);
     if (output.stream && convertedAs && !told)
         converted.remember(located, *convertedAs, std::nullopt);
@@ -53,6 +55,21 @@ OpenedSource openFrameFile(FramePlaces& places, const Tstring& name, bool waitFo
     return opened;
 }
 
+int lastStatus(SourceStream& stream, const platform::GoOn& goOn) {
+    constexpr uint32_t lastMoments = 2000;  // milliseconds
+    const uint32_t begin = platform::tickMilliseconds();
+    return stream.close([&] {
+        return platform::tickMilliseconds() - begin < lastMoments && platform::mayGoOn(goOn);
+    });
+}
+
+bool converterHasTold(OpenedSource& source, const platform::GoOn& goOn) {
+    constexpr int leastOfSignals = 128;  // who was ended may have said nothing
+    if (!source.convertedAs) return false;
+    const int status = lastStatus(source.stream, goOn);
+    return status > 0 && status < leastOfSignals;
+}
+
 OpenedSource openCommand(const std::string& command, platform::CommandErrors errors) {
     OpenedSource opened;
     opened.stream = SourceStream(platform::openPipe(command, "r", errors), true);
@@ -72,8 +89,8 @@ OpenedSource openTestOutput() {
     if (const auto program = converterProgram(SourceReader::imageConverter))
         return openCommand(platform::quotedCommand(*program));
     OpenedSource opened;
-    opened.complaint = formatMessage(Message::rVTConverterMissing,
-                                     {converterName(SourceReader::imageConverter)});
+    opened.complaint =
+        formatMessage(Message::rVTConverterMissing, {converterName(SourceReader::imageConverter)});
     return opened;
 }
 

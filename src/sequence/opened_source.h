@@ -43,6 +43,14 @@ struct OpenedSource {
 // once: it is not told apart but read as it is.
 OpenedSource openFrameFile(FramePlaces& places, const Tstring& name, bool waitForWriter);
 
+// The exit status of a command that has closed its output, which is as good as ended: waited for a
+// moment at most. -1 when it did not end normally.
+int lastStatus(SourceStream& stream, const platform::GoOn& goOn);
+
+// After a part of a damaged picture was read: whether it is the output of a converter that says
+// that it failed, and so has told the user why. Closes that.
+bool converterHasTold(OpenedSource& source, const platform::GoOn& goOn);
+
 // Of the located file, before it is connected to what reads it.
 inline std::optional<platform::FileStamp> locatedStamp(const OpenedSource& source) {
     if (!source.stream || source.located.empty()) return std::nullopt;

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "host/messages.h"
+#include "platform/window.h"
 #include "viewer/commands/menu_commands.h"
 #include "viewer/commands/queued_input.h"
 #include "viewer/picture/display_setup.h"
@@ -22,18 +24,24 @@ namespace vistel {
 // The window's calls carry no owner: each thread has one window and one viewer.
 static Viewer* joined = nullptr;
 
+// Before an end of the program that comes back to nobody.
+static void keepSettings() {
+    joined->savedFrameRate = joined->frameRate;
+    writeSettings(*joined);
+}
+
 void installViewer(Viewer& viewer) {
     joined = &viewer;
     viewer.goOn = [&viewer] { return keepReading(viewer); };
     windowContext().calls = {
         .opened = [] { prepareMenu(*joined); },
-        .refused =
-            [] {
-                joined->savedFrameRate = joined->frameRate;
-                writeSettings(*joined);
-            },
+        .refused = keepSettings,
         .command = [](int id) { runMenuCommand(*joined, id); },
     };
+    platform::onDisplayLost([] {
+        printError(messageText(Message::rVTDisplayLost));
+        keepSettings();
+    });
 }
 
 void showSource(Viewer& viewer, FrameStore&& firstFrame) {

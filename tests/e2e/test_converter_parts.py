@@ -192,8 +192,25 @@ def test_the_viewer_shows_the_part_and_says_why(system, start, folder):
     part = framereader.read(done.output).colour
     program = start("cut.png")
     program.find(part)
-    assert "cut.png: the file ends early" in program.stderr()
-    program.close()
+    assert program.close() == 0
+    lines = program.stderr().splitlines()
+    assert len(lines) == 1 and "cut.png: the file ends early" in lines[0], lines
+
+
+def test_a_cut_frame_of_an_animation_is_told_on_one_line(start, folder):
+    shown = {n: framefile.noise(WIDTH, HEIGHT, seed=n) for n in (1, 2, 3)}
+    for number, picture in shown.items():
+        whole = pictures.png(Pixels(picture))
+        length = len(whole) // 2 if number == 2 else len(whole)
+        (folder / f"shot.{number}.png").write_bytes(whole[:length])
+    program = start("-n", "1", "3", "1", "-r", "8", "shot.@.png")
+    program.find_part(shown[1])
+    program.wait_until_loaded()
+    program.find_part(shown[3])
+    program.find_part(shown[1])
+    assert program.close() == 0
+    lines = program.stderr().splitlines()
+    assert len(lines) == 1 and "shot.2.png: the file ends early" in lines[0], lines
 
 
 # --- standard input -------------------------------------------------------------------------------

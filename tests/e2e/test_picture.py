@@ -4,6 +4,7 @@ import numpy as np
 import pytest
 
 import view
+from desktop import wait_until
 from framefile import Picture, Style, noise, on_screen, shrunk, stored_pixels, write
 
 
@@ -74,6 +75,23 @@ def test_the_title_names_the_file(start, folder):
     program = start("a picture.iff")
     program.find(on_screen(picture))
     assert program.title() == "VisTel: a picture.iff"
+
+
+def test_the_title_tells_what_the_picture_alone_does_not(start, folder):
+    picture = make(folder, 100, 60)
+    program = start("-m", "2", "one", "one")
+    program.find(view.magnified(on_screen(picture), 2))
+    titled = lambda end: wait_until(
+        lambda: program.title() == f"VisTel: one{end} (file 1 of 2)",
+        what=lambda: f"{end} in the title {program.title()}",
+    )
+    titled(" x2")
+    program.key("g")
+    titled(" x2, Green")
+    program.key("x", "KP_Decimal")
+    titled(" x3, Green, corrected colours")
+    program.key("x", "c", "KP_0")
+    titled(" x2")
 
 
 def test_a_name_outside_ascii_is_shown_and_opened(start, folder):

@@ -19,6 +19,8 @@ void reset();
 // is on each of its sides.
 void setWorkArea(const PixelRect& work);
 void setFrame(const PixelRect& thickness);
+// Texts keep their size; what is measured by them does not.
+void setTextScale(float scale);
 
 // The window that the user sits at and that the questions below are about: the one opened last, or
 // the one chosen since. Null when there was none, or when it was released.

@@ -10,6 +10,7 @@
 #include "platform/input_event.h"
 #include "platform/menu.h"
 #include "platform/surface.h"
+#include "platform/text.h"
 #include "platform/web_browser.h"
 #include "resources/command_ids.h"
 
@@ -32,6 +33,7 @@ struct Desktop {
     int mouseX = 0, mouseY = 0;
     PixelRect work{0, 0, 1280, 1024};
     PixelRect frame;  // thickness on each side
+    float textScale = 1;
 };
 Desktop desktop;
 
@@ -109,6 +111,9 @@ void clientScreenPosition(const Window* window, int& x, int& y) {
     x = windowExists(window) ? window->client.left : 0;
     y = windowExists(window) ? window->client.top : 0;
 }
+
+float textScale() { return desktop.textScale; }
+void onDisplayLost(void (*)()) {}
 
 ScreenSize screenSize() { return {1280, 1024}; }
 PixelRect workArea(const Window*) { return desktop.work; }
@@ -256,6 +261,7 @@ const std::vector<std::string>& pagesShown() { return desktop.pages; }
 bool menuChecked(int command) { return lastWindow().checked.count(command) != 0; }
 bool menuEnabled(int command) { return lastWindow().disabled.count(command) == 0; }
 void setWorkArea(const PixelRect& work) { desktop.work = work; }
+void setTextScale(float scale) { desktop.textScale = scale; }
 void setFrame(const PixelRect& thickness) { desktop.frame = thickness; }
 void refuseWindow() { desktop.refuse = true; }
 void removeBrowser() { desktop.noBrowser = true; }

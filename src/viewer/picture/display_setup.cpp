@@ -6,6 +6,7 @@
 
 #include "host/messages.h"
 #include "platform/surface.h"
+#include "platform/text.h"
 #include "platform/window.h"
 #include "viewer/picture/picture_view.h"
 #include "viewer/picture/title.h"
@@ -18,7 +19,7 @@ namespace vistel {
 
 namespace {
 
-constexpr int smallestMargin = 20;         // of an animation, all round
+constexpr int smallestMargin = 20;         // of an animation, all round, at usual density
 constexpr int leastAnimationHeight = 240;  // window pixels
 constexpr int leastImageHeight = 144;
 constexpr int halfHeightLines =
@@ -30,7 +31,7 @@ constexpr int titleRows = 29;          // of the screen, taken by the window's t
 int screenMargin(int screen, int picture) { return std::max(0, (screen - picture) / 2); }
 
 int smallestWindowMargin(const Picture& picture) {
-    return picture.animation && !picture.noWinBorder ? smallestMargin : 0;
+    return picture.animation && !picture.noWinBorder ? platform::scaledForText(smallestMargin) : 0;
 }
 
 int windowMargin(int least, int picture) { return picture < least ? least / 2 - picture / 2 : 0; }

@@ -6,6 +6,7 @@
 
 #include "analysis/relief.h"
 #include "platform/surface.h"
+#include "platform/text.h"
 #include "viewer/picture/display_setup.h"
 #include "viewer/picture/picture_view.h"
 #include "viewer/picture/status_line.h"
@@ -102,32 +103,41 @@ void drawPicture(Picture& picture, int width, int height) {
     platform::setScissor(windowContext().window, 0, 0, width, height);
 }
 
-void drawCentred(std::string_view text, int width, int y) {
-    setColourIndex(1);
-    drawText((width - textWidth(text)) / 2, y, text);
-}
+// Rows of the window, from the foot.
+struct Rows {
+    int first, last;
+};
 
-void drawBand(int width, int firstRow, int lastRow) {
+// Red text in the middle of the window, its baseline at row y. The band behind it is as wide as the
+// window in a margin; over the picture it has as many columns as the text needs to be read on any
+// colour.
+void drawBandWithText(const Picture& picture, std::string_view text, int width, Rows rows, int y) {
+    const int space = platform::scaledForText(4);  // on either side of the text
+    const int textColumns = textWidth(text), left = (width - textColumns) / 2;
+    const bool whole = picture.layout.marginY != 0;
     setColourPacked(bandColour);
-    fillRectangle(0, firstRow, width - 1, lastRow);
+    fillRectangle(whole ? 0 : left - space, rows.first,
+                  whole ? width - 1 : left + textColumns + space - 1, rows.last);
+    setColourIndex(1);
+    drawText(left, y, text);
 }
 
 void drawLabel(const Picture& picture, int width, int height) {
     const std::string_view label = channelLabel(picture);
-    if (label.empty() || !picture.layout.marginY) return;
-    if (picture.animation) {
-        drawBand(width, 0, 15);
-        return drawCentred(label, width, 5);
-    }
-    drawBand(width, height - 17, height - 1);
-    drawCentred(label, width, height - (windowContext().controlBarShown ? 40 : 15));
+    if (label.empty()) return;
+    const auto scaled = platform::scaledForText;
+    if (picture.animation)
+        return drawBandWithText(picture, label, width, {0, scaled(16) - 1}, scaled(5));
+    drawBandWithText(picture, label, width, {height - scaled(17), height - 1},
+                     height - scaled(windowContext().controlBarShown ? 40 : 15));
 }
 
 void drawStatusLine(const Picture& picture, int width, int height) {
     if (!picture.animation) return;
     const bool bar = windowContext().controlBarShown;
-    if (picture.layout.marginY) drawBand(width, height - (bar ? 39 : 17), height - 1);
-    drawCentred(statusLine(picture.status), width, height - (bar ? 37 : 15));
+    const auto scaled = platform::scaledForText;
+    drawBandWithText(picture, statusLine(picture.status), width,
+                     {height - scaled(bar ? 39 : 17), height - 1}, height - scaled(bar ? 37 : 15));
 }
 
 }  // namespace

@@ -1,6 +1,9 @@
 #include "viewer/window/front_image.h"
 
+#include <algorithm>
+
 #include "platform/surface.h"
+#include "platform/text.h"
 #include "viewer/window/drawing.h"
 #include "viewer/window/window_context.h"
 #include "viewer/window/window_geometry.h"
@@ -9,9 +12,9 @@ namespace vistel {
 
 namespace {
 
+// At usual density.
 constexpr int bandRows = 20;
-constexpr int bandTextX = 6;  // from the band's left edge
-constexpr int bandTextY = 6;
+constexpr int bandTextPlace = 6;  // from the band's left edge and from its foot
 
 void drawFrontImage(const FrontImage& front) {
     platform::setScissorTest(windowContext().window, false);
@@ -60,11 +63,17 @@ void showMessageBand(const std::string& text) {
 }
 
 void showMessageBand(const std::string& text, int left, int columns) {
+    int width, height;
+    clientSize(width, height);
+    const int textPlace = platform::scaledForText(bandTextPlace);
+    const int needed = textWidth(text) + 2 * textPlace;
+    const int wide = std::min(std::max(columns, needed), width);
+    const int first = std::clamp(left - (wide - columns) / 2, 0, width - wide);
     showOverlay([&] {
         setColourIndex(2);
-        fillRectangle(left, 0, left + columns - 1, bandRows - 1);
+        fillRectangle(first, 0, first + wide - 1, platform::scaledForText(bandRows) - 1);
         setColourIndex(3);
-        drawText(left + bandTextX, bandTextY, text);
+        drawText(first + textPlace, textPlace, text);
     });
 }
 

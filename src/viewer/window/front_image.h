@@ -15,7 +15,8 @@ void restoreFrontImage();
 // Shows what `draw` draws over the kept picture, until it is restored.
 void showOverlay(const std::function<void()>& draw);
 // Shows a black band of 20 rows with white text at the foot of the kept picture: as wide as the
-// window, or so many columns from `left` on.
+// window, or so many columns from `left` on; more on both sides where the text needs more and the
+// window has them.
 void showMessageBand(const std::string& text);
 void showMessageBand(const std::string& text, int left, int columns);
 

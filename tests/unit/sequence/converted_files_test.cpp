@@ -52,6 +52,18 @@ TEST_F(Converted, AFileThatWasWrittenJustNowIsNotRemembered) {
     EXPECT_FALSE(files_.failure("a", stamp));
 }
 
+TEST(ConvertedFiles, WhatIsWrongStaysSoUntilItWasReadWell) {
+    ConvertedFiles files;
+    EXPECT_FALSE(files.isWrong("a"));
+    files.setWrong("a", true);
+    files.forget();
+    files.forget("a");
+    EXPECT_TRUE(files.isWrong("a"));
+    EXPECT_FALSE(files.isWrong("b"));
+    files.setWrong("a", false);
+    EXPECT_FALSE(files.isWrong("a"));
+}
+
 TEST_F(Converted, OneFileOrAllAreForgotten) {
     const platform::FileStamp stamp = stampOf("a");
     for (const char* name : {"a", "b", "c"}) files_.remember(name, stamp, std::nullopt);

@@ -3,11 +3,21 @@
 #include <unistd.h>
 
 #include <QApplication>
+#include <QFont>
+#include <QScreen>
+#include <algorithm>
 #include <array>
 #include <clocale>
+#include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <optional>
 #include <string>
+#include <utility>
+
+#include "platform/process.h"
+#include "platform/text.h"
+#include "platform/window.h"
 
 // After Qt: the X headers define macros with everyday names.
 #include <X11/XKBlib.h>
@@ -40,28 +50,61 @@ class WithoutVariables {
     std::array<std::optional<QByteArray>, names.size()> values;
 };
 
-// The terminal belongs to the viewer's own reports.
+void (*displayLost)() = nullptr;
+
+// Nothing that belongs to the display can be taken down any more.
+[[noreturn]] void endWithoutDisplay() {
+    if (displayLost) std::exchange(displayLost, nullptr)();
+    endCommands();
+    std::_Exit(1);
+}
+
+int xConnectionBroke(Display*) { endWithoutDisplay(); }
+
+// The terminal belongs to the viewer's own reports. Whoever reads from the X server first finds
+// that it has gone: the toolkit says so here, and would end the process.
 void showOnlyFatalMessages(QtMsgType type, const QMessageLogContext&, const QString& text) {
+    if (text.startsWith(QLatin1String("The X11 connection broke"))) endWithoutDisplay();
     if (type == QtFatalMsg) std::fprintf(stderr, "%s\n", text.toUtf8().constData());
 }
 
 bool onFirstThread() { return getpid() == gettid(); }
 
+// The factor that the user has set for the toolkit's programs.
+double factorOfUser() {
+    bool number = false;
+    const double factor = qgetenv("QT_SCALE_FACTOR").toDouble(&number);
+    return number && factor > 0 ? std::clamp(factor, 0.5, 8.0) : 1;
+}
+
+// Menus and boxes grow with their font, which follows the screen's density by itself.
+void scaleFont(double factor) {
+    QFont font = QApplication::font();
+    if (font.pointSizeF() > 0)
+        font.setPointSizeF(font.pointSizeF() * factor);
+    else
+        font.setPixelSize(static_cast<int>(std::lround(font.pixelSize() * factor)));
+    QApplication::setFont(font);
+}
+
 void createApplication() {
-    // One image pixel is one pixel of the screen, so scaling is off whatever the screen's density;
-    // fonts follow the density by themselves. Only X11 has window positions and a global cursor.
+    // One image pixel is one pixel of the screen, so the toolkit's scaling is off whatever the
+    // screen's density; texts are scaled by us. Only X11 has window positions and a global cursor.
     static std::array<std::string, 3> words = {"vistel", "-platform", "xcb"};
     static std::array<char*, 4> arguments = {words[0].data(), words[1].data(), words[2].data(),
                                              nullptr};
     static int count = 3;
+    const double factor = factorOfUser();
     const WithoutVariables unscaled;
     qputenv("QT_ENABLE_HIGHDPI_SCALING", "0");
     qInstallMessageHandler(showOnlyFatalMessages);
+    XSetIOErrorHandler(xConnectionBroke);
     // Every place of the mouse counts: painted lines go through them all.
     QApplication::setAttribute(Qt::AA_CompressHighFrequencyEvents, false);
     // Lives until the process ends: it must outlast everything that is destroyed at exit.
     new QApplication(count, arguments.data());
     qunsetenv("QT_ENABLE_HIGHDPI_SCALING");
+    if (factor != 1) scaleFont(factor);
     QApplication::setQuitOnLastWindowClosed(false);
     // The application has set the user's locale; numbers keep the decimal point.
     std::setlocale(LC_NUMERIC, "C");
@@ -81,6 +124,18 @@ bool startApplication() {
     XCloseDisplay(probe);
     return true;
 }
+
+// In quarters: a screen that says 97 dots per inch has texts of the usual size.
+float textScale() {
+    if (!startApplication()) return 1;
+    static const float scale = [] {
+        const double density = QGuiApplication::primaryScreen()->logicalDotsPerInch() / 96;
+        return static_cast<float>(std::max(std::round(density * factorOfUser() * 4) / 4, 1.0));
+    }();
+    return scale;
+}
+
+void onDisplayLost(void (*action)()) { displayLost = action; }
 
 bool applicationRuns() { return qApp && onFirstThread(); }
 

@@ -7,6 +7,7 @@
 #include <QWindow>
 #include <cstdint>
 #include <utility>
+#include <vector>
 
 #include "platform/input_event.h"
 #include "platform/linux/desktop/keyboard.h"
@@ -90,10 +91,26 @@ bool GlArea::handledBySystem(int code, bool alt) {
     return alt && (code == keyTab || code == keySpace);
 }
 
+// The modifiers that typed a character are not held for what it does.
+void GlArea::postTyped(int code) {
+    std::vector<int> typing;
+    for (const auto& [key, down] : held) {
+        const bool types = down == keyLeftShift || down == keyRightShift || down == keyRightAlt;
+        if (types) typing.push_back(down);
+    }
+    for (const int modifier : typing) post(modifier, 0);
+    post(code, 1);
+    for (const int modifier : typing) post(modifier, 1);
+}
+
 void GlArea::keyPressed(const QKeyEvent& event) {
     const unsigned key = event.nativeScanCode();
     const auto present = held.find(key);
     const int layout = static_cast<int>(event.nativeModifiers() >> 13 & 3);
+    if (const int typed = typedKeyCode(event.nativeVirtualKey(), layout)) {
+        held[key] = typed;
+        return postTyped(typed);
+    }
     const int code = present != held.end() ? present->second : keyCodeOf(key, layout);
     const bool alt = (event.modifiers() & Qt::AltModifier) != 0 &&
                      (event.modifiers() & Qt::ControlModifier) == 0;
@@ -118,6 +135,9 @@ void GlArea::releaseHeldKeys() {
 }
 
 void GlArea::focusOutEvent(QFocusEvent*) { releaseHeldKeys(); }
+
+// What became of the modifiers meanwhile is looked up with every tick: now at once.
+void GlArea::focusInEvent(QFocusEvent*) { post(EV_TIMER, 1); }
 
 // --- mouse
 // ----------------------------------------------------------------------------------------

@@ -33,6 +33,7 @@ class GlArea : public QWidget {
     bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
     void timerEvent(QTimerEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
@@ -44,6 +45,7 @@ class GlArea : public QWidget {
     void post(int code, unsigned value);
     void keyPressed(const QKeyEvent& event);
     void keyReleased(const QKeyEvent& event);
+    void postTyped(int code);
     void releaseHeldKeys();
     bool handledBySystem(int code, bool alt);
 

@@ -147,6 +147,22 @@ int keyCodeOf(unsigned xKeycode, int layout) {
     return codeByPlace(xKeycode);
 }
 
+int typedKeyCode(unsigned long symbol, int layout) {
+    if (!xDisplay() || symbol > 126) return 0;
+    const auto character = static_cast<char>(symbol);
+    if (keyCharacters.find(character) == std::string_view::npos) return 0;
+    constexpr int firstKey = 8, keys = 248;
+    int columns = 0;
+    KeySym* mapping = XGetKeyboardMapping(xDisplay(), firstKey, keys, &columns);
+    if (!mapping) return 0;
+    const int plain = layout == 1 && columns > 2 ? 2 : 0;
+    bool typedPlainly = false;
+    for (int key = 0; key < keys && columns > 0; ++key)
+        typedPlainly |= mapping[key * columns + plain] == symbol;
+    XFree(mapping);
+    return typedPlainly ? 0 : characterKey(character);
+}
+
 bool keyHeld(int code) {
     Display* display = xDisplay();
     if (!display) return false;

@@ -11,6 +11,10 @@ namespace vistel::platform {
 // the first layout).
 int keyCodeOf(unsigned xKeycode, int layout);
 
+// The code of a key character that is typed with Shift or AltGr, by its X symbol, where no key of
+// the layout types it without; 0 for every other symbol.
+int typedKeyCode(unsigned long symbol, int layout);
+
 // Whether a key with this code is held now, whichever window has the keyboard.
 bool keyHeld(int code);
 

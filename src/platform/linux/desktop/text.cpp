@@ -25,7 +25,7 @@ static void findFont(FontHandle& handle) {
     // Fonts without this family: any of the same kind.
     font.setStyleHint(QFont::Helvetica,
                       QFont::StyleStrategy(QFont::PreferAntialias | QFont::NoSubpixelAntialias));
-    font.setPixelSize(std::max(std::abs(handle.request.height), 1));
+    font.setPixelSize(std::max(scaledForText(std::abs(handle.request.height)), 1));
     font.setWeight(static_cast<QFont::Weight>(std::clamp(handle.request.weight, 1, 1000)));
     font.setItalic(handle.request.italic);
     handle.font = font;

@@ -34,7 +34,7 @@ void catchInterrupts() {
     struct sigaction action {};
     action.sa_handler = noteInterrupt;
     action.sa_flags = SA_RESTART;
-    for (const int number : {SIGINT, SIGTERM}) {
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
         struct sigaction present {};
         sigaction(number, nullptr, &present);
         // Started with the signal ignored (in the background): it stays ignored.

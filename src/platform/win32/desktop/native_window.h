@@ -19,6 +19,8 @@ struct Window {
     bool creating = false;     // the system is creating the window
     WindowSink sink{};
     KeyTranslator keys;
+    std::map<WPARAM, int>
+        typed;  // codes of the pressed keys that type a character with Shift or AltGr
     DrawingState drawing;
 };
 

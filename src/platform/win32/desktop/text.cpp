@@ -74,6 +74,8 @@ class DrawingImage {
 
 }  // namespace
 
+float textScale() { return 1; }
+
 FontHandle* createFont(const FontRequest& request) {
     const LOGFONTW description = logicalFont(request);
     // Lives as long as the process.

@@ -164,6 +164,8 @@ void waitMessage() {
     if (openWindows > 0 && !closedSincePump) WaitMessage();
 }
 
+void onDisplayLost(void (*)()) {}
+
 ScreenSize screenSize() { return {GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN)}; }
 
 PixelRect workArea(const Window* window) {

@@ -1,4 +1,6 @@
 // The messages of the viewer window and what becomes of them.
+#include <vector>
+
 #include "platform/input_event.h"
 #include "platform/surface.h"
 #include "platform/win32/desktop/native_window.h"
@@ -45,7 +47,58 @@ bool isRightKey(WPARAM virtualKey, LPARAM flags) {
     return flags >> 24 & 1;
 }
 
+constexpr int shiftState = 1, altGrState = 2 | 4;  // as VkKeyScan gives them
+
+bool held(int virtualKey) { return GetKeyState(virtualKey) < 0; }
+
+// A character that the layout types on this key with the modifiers that are held, and only so.
+struct TypedKey {
+    int code = 0;  // 0: none
+    int state = 0;
+};
+TypedKey typedKey(WPARAM virtualKey) {
+    const bool altGr = held(VK_RMENU) || (held(VK_CONTROL) && held(VK_MENU));
+    const int state = (held(VK_SHIFT) ? shiftState : 0) | (altGr ? altGrState : 0);
+    if (state == 0) return {};
+    for (const char character : keyCharacters) {
+        const SHORT place = VkKeyScanW(static_cast<WCHAR>(character));
+        if (place == -1 || (place & 0xFF) != static_cast<int>(virtualKey)) continue;
+        if ((place >> 8 & (shiftState | altGrState)) == state)
+            return {characterKey(character), state};
+    }
+    return {};
+}
+
+// The modifiers that typed a character are not held for what it does.
+void postTyped(Window& window, const TypedKey& key) {
+    std::vector<int> typing;
+    for (int code = keyLeftShift; code <= keyRightAlt; ++code) {
+        const bool ofShift = code <= keyRightShift;
+        if (held(code) && key.state & (ofShift ? shiftState : altGrState)) typing.push_back(code);
+    }
+    for (const int code : typing) post(window, code, 0);
+    post(window, key.code, 1);
+    for (const int code : typing) post(window, code, 1);
+}
+
+// Whether the key typed a character with Shift or AltGr, which is dealt with then.
+bool handleTypedKey(Window& window, WPARAM virtualKey, bool down) {
+    if (down) {
+        const TypedKey key = typedKey(virtualKey);
+        if (key.code == 0) return false;
+        window.typed[virtualKey] = key.code;
+        postTyped(window, key);
+        return true;
+    }
+    const auto pressed = window.typed.find(virtualKey);
+    if (pressed == window.typed.end()) return false;
+    post(window, pressed->second, 0);
+    window.typed.erase(pressed);
+    return true;
+}
+
 void postKey(Window& window, WPARAM virtualKey, LPARAM flags, bool down) {
+    if (handleTypedKey(window, virtualKey, down)) return;
     KeyTranslator& keys = window.keys;
     const int code =
         keys.translate(static_cast<int>(virtualKey), isRightKey(virtualKey, flags), down);
@@ -225,6 +278,12 @@ LRESULT timerFired(const Message& m) {
     return 0;
 }
 
+// What became of the modifiers meanwhile is looked up with every tick: now at once.
+LRESULT keyboardCame(const Message& m) {
+    post(m.window, EV_TIMER, 1);
+    return m.systemsWay();
+}
+
 LRESULT cursorMoved(const Message& m) {
     mouseMoved(m.window, m.lengthy);
     return m.systemsWay();
@@ -251,6 +310,7 @@ constexpr struct {
     {WM_SYSCHAR, character},
     {WM_COMMAND, commandChosen},
     {WM_TIMER, timerFired},
+    {WM_SETFOCUS, keyboardCame},
     {WM_MOUSEMOVE, cursorMoved},
     {WM_LBUTTONDOWN, buttonPressed<EV_LEFTMOUSE>},
     {WM_RBUTTONDOWN, buttonPressed<EV_RIGHTMOUSE>},

@@ -1,5 +1,8 @@
 #include "viewer/commands/key_table.h"
 
+#include <algorithm>
+#include <string>
+
 #include "golden.h"
 #include "viewer/viewer_fixture.h"
 
@@ -9,7 +12,8 @@ class KeyTableTest : public ViewerTest {};
 
 TEST_F(KeyTableTest, TheManualListsTheKeysAsTheyAre) {
     std::string page =
-        "# Keys\n\nGenerated from the program's own table (`src/viewer/commands/key_table.cpp`).\n\n"
+        "# Keys\n\nGenerated from the program's own table "
+        "(`src/viewer/commands/key_table.cpp`).\n\n"
         "| Key | Action |\n|---|---|\n";
     for (const KeyBinding& binding : keyBindings()) {
         page += std::string("| ") + binding.keys;
@@ -155,6 +159,17 @@ TEST_F(KeyTableTest, PlayKeysGoOnFromWherePlayingIs) {
     EXPECT_EQ(viewerState.currentFrame, 5);
     EXPECT_EQ(viewerState.paused, 0);
     EXPECT_EQ(viewerState.clock.framesDue(), 0);
+}
+
+TEST_F(KeyTableTest, TheCharactersThatAreKeysAreThoseOfTheTable) {
+    std::string characters;
+    for (int character = 32; character < 127; ++character) {
+        if (findBinding({.code = characterKey(char(character)), .modifiers = {}}))
+            characters += char(character);
+    }
+    std::string known(keyCharacters);
+    std::sort(known.begin(), known.end());
+    EXPECT_EQ(characters, known);
 }
 
 }  // namespace vistel

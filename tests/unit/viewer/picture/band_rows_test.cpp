@@ -99,13 +99,61 @@ TEST_F(BandRowsTest, TheLabelOfAnAnimationCoversSixteenRowsAtTheFoot) {
     }
 }
 
-TEST_F(BandRowsTest, WithoutAMarginThereIsNoBandBehindTheStatusLineAndNoLabel) {
+// Four columns of band on either side of the text.
+TEST_F(BandRowsTest, WithoutAMarginTheTextsHaveBandsOfTheirOwnWidth) {
+    const auto expectBandRound = [](const headless::DrawnText& shown, int first, int last) {
+        const headless::Image& image = headless::visibleImage();
+        const int left = shown.x - 4, right = shown.x + int(shown.text.size()) * 6 + 3;
+        EXPECT_EQ((left + right + 1) / 2, image.width / 2);
+        for (int y = first; y <= last; ++y) {
+            EXPECT_EQ(image.at(left, y), band) << y;
+            EXPECT_EQ(image.at(right, y), band) << y;
+            EXPECT_NE(image.at(left - 1, y), band) << y;
+            EXPECT_NE(image.at(right + 1, y), band) << y;
+        }
+        if (first > 0) {
+            EXPECT_NE(image.at(left, first - 1), band);
+        }
+        EXPECT_EQ(image.at(shown.x, shown.y), 0xFF0000FFu);  // red
+    };
     showWide(240, true);
     key('R');
     redraw();
     for (const int y : {0, 15, 223, 239}) expectPictureRow(y);
+    ASSERT_EQ(headless::visibleTexts().size(), 2u);
+    EXPECT_EQ(text(0).text, "Red");
+    EXPECT_EQ(text(0).y, 5);
+    expectBandRound(text(0), 0, 15);
+    EXPECT_EQ(text(1).y, 240 - 15);
+    expectBandRound(text(1), 223, 239);
+    SetUp();
+    showImage(testFrame(1, 400, 200));
+    key('G');
+    redraw();
     ASSERT_EQ(headless::visibleTexts().size(), 1u);
-    EXPECT_EQ(text(0).y, 240 - 15);
+    EXPECT_EQ(text(0).text, "Green");
+    expectBandRound(text(0), 183, 199);
+}
+
+TEST_F(BandRowsTest, OnADenseScreenTheBandsGrowWithTheTexts) {
+    headless::setTextScale(2);
+    showWide(300, false);
+    key('R');
+    redraw();
+    ASSERT_EQ(viewerState.layout.marginY, 40);
+    EXPECT_EQ(clientHeight(), 380);  // the picture has the pixels that it has
+    EXPECT_EQ(text(0).y, 10);
+    EXPECT_EQ(text(1).y, 380 - 30);
+    expectBand(0, 39);
+    expectBand(340, 379);
+    expectPictureRow(40);
+    expectPictureRow(339);
+    showImage(planesFrame(1, 400, 200, imageColour));
+    key('A');
+    EXPECT_EQ(text(0).x, 12);
+    EXPECT_EQ(text(0).y, 12);
+    EXPECT_EQ(headless::visibleImage().at(399, 39), black);
+    EXPECT_NE(headless::visibleImage().at(399, 40), black);
 }
 
 // --- status line ---------------------------------------------------------------------------------
@@ -133,14 +181,14 @@ TEST_F(BandRowsTest, TheStatusLineHasSeventeenRowsAndUnderTheControlBarThirtyNin
 
 // --- messages ------------------------------------------------------------------------------------
 
-TEST_F(BandRowsTest, TheMessageOfAMissingPlaneIsAsWideAsThePicture) {
+TEST_F(BandRowsTest, TheMessageOfAMissingPlaneIsAsWideAsThePictureOrItsText) {
     struct Row {
         const char* name;
         int width, height, zoom, left, columns;
     };
     const Row rows[] = {{"filling the window", 400, 200, 1, 0, 400},
                         {"margins", 200, 100, 1, 60, 200},
-                        {"narrow", 40, 100, 1, 140, 40},
+                        {"narrow", 40, 100, 1, 85, 150},  // 23 characters and 12 columns
                         {"magnified", 100, 50, 2, 60, 200}};
     for (const Row& row : rows) {
         SetUp();
