@@ -7,11 +7,13 @@ namespace vistel {
 void ConvertedFiles::forget() {
     const std::lock_guard lock(mutex_);
     conversions_.clear();
+    wrong_.clear();
 }
 
 void ConvertedFiles::forget(const Tstring& path) {
     const std::lock_guard lock(mutex_);
     conversions_.erase(path);
+    wrong_.erase(path);
 }
 
 void ConvertedFiles::remember(const Tstring& path, const platform::FileStamp& stamp,

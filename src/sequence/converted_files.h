@@ -50,7 +50,7 @@ class ConvertedFiles {
 
     mutable std::mutex mutex_;
     std::map<Tstring, Conversion, std::less<>> conversions_;
-    std::set<Tstring, std::less<>> wrong_;  // not forgotten with the source
+    std::set<Tstring, std::less<>> wrong_;
 };
 
 }  // namespace vistel

@@ -109,7 +109,7 @@ class Scene:
         if not ((red == green) & (green == blue)).all():
             return None
         left = self.place.left
-        begins = any((rows[:, x : x + 5] == 0).all() for x in (0, left))  # before the text
+        begins = any((rows[:, x : x + 5] == 0).all() for x in range(left + 1))  # before the text
         above_text = rows[0, left : left + self.width]
         ink = rows > 0x808080
         if not begins or above_text.any() or not ink.any():

@@ -56,8 +56,6 @@ TEST(ConvertedFiles, WhatIsWrongStaysSoUntilItWasReadWell) {
     ConvertedFiles files;
     EXPECT_FALSE(files.isWrong("a"));
     files.setWrong("a", true);
-    files.forget();
-    files.forget("a");
     EXPECT_TRUE(files.isWrong("a"));
     EXPECT_FALSE(files.isWrong("b"));
     files.setWrong("a", false);
