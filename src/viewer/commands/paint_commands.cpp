@@ -89,7 +89,11 @@ bool paint(Viewer& viewer, const Press& press) {
     const ImagePoint point = pointUnderCursor(viewer);
     FrameStore& frame = *viewer.shown;
     const ImagePoint from = painting.lines ? lastPoint(painting, frame) : point;
-    Stroke stroke{from.column, from.row, point.column, point.row};
+    Stroke stroke;
+    stroke.fromColumn = from.column;
+    stroke.fromRow = from.row;
+    stroke.toColumn = point.column;
+    stroke.toRow = point.row;
     choosePaint(viewer, press, stroke);
     stroke.depth = chooseDepth(viewer, press);
     paintStroke(stroke, frame, 1);
