@@ -69,13 +69,6 @@ const Tstring* takeInlineRange(const Tstring& opener, WordReader& words) {
     return name;
 }
 
-// The name with its trailing dot removed when the dot stood for a sequence that exists.
-Tstring discoverSequence(Tstring name, const StartUpServices& services) {
-    if (namesCommand(name)) return name;
-    if (name.ends_with('.') && services.discover && services.discover(name) != 0) name.pop_back();
-    return name;
-}
-
 // Sets the file name and makes its folder the current one. A relative folder counts from where the
 // program was started, so that an earlier file's folder does not matter. A command runs where the
 // program was started.
@@ -111,7 +104,7 @@ void refuseEmptyName(FileCounts& counts) {
 void showArgument(const Tstring& argument, const StartUpServices& services, FileCounts& counts) {
     const bool standardInput = argument.equalsIgnoringCase("stdin");
     if (standardInput) refuseAnimationFromInput();
-    const Tstring name = discoverSequence(argument, services);
+    const Tstring name = standardInput ? argument : discoverSequence(argument, services);
     takeFileName(name);
     normaliseRange(services);
     if (viewerState.verbose) print(stdout, formatMessage(Message::rVTFileName, {argument}));
@@ -124,6 +117,7 @@ bool showNextFile(WordReader& words, CommandLine& line, const StartUpServices& s
                   FileCounts& counts) {
     viewerState.animation = 0;  // an earlier file's range and padding are its own
     viewerState.padWidth = 0;
+    viewerState.nameParts.reset();
     if (line.rangeGiven) takeRange(viewerState, line.range);
     const PerFileValues values;
     beginSource(services);

@@ -10,13 +10,14 @@
 #include "platform/clock.h"
 #include "platform/files.h"
 #include "sequence/frame_name.h"
+#include "sequence/frame_suggestion.h"
 #include "sequence/source_choice.h"
 
 namespace vistel {
 
 namespace {
 
-int reportNothingOpened(const OpenedSource& source) {
+int reportNothingOpened(const FramePlaces& places, const OpenedSource& source) {
     if (source.notFoundTold) return iffNotIff;
     if (!source.complaint.empty()) {
         const Tstring file = source.located.empty() ? Tstring() : source.located + ": ";
@@ -27,6 +28,8 @@ int reportNothingOpened(const OpenedSource& source) {
     const Tstring prefix = base.empty() ? source.name : base;  // "folder/" has no base name
     errno = source.systemError;
     std::perror(prefix.c_str());
+    if (source.systemError == EISDIR) suggestFrames(places, source.name + (base.empty() ? "" : "/"));
+    if (source.systemError == ENOENT) suggestFrames(places, source.name);
     return iffNotIff;
 }
 
@@ -97,9 +100,9 @@ int openSource(SequenceState& state, const Tstring& name, const ReadTerms& terms
                FrameStore& frame) {
     state.openedName = name;
     state.converted->forget();
-    OpenedSource source = chooseSource(state, name, state.currentFrame, Reading::first, terms.goOn);
+    OpenedSource source = chooseSource(state, name, state.currentFrame, Reading::first);
     source.connect(*state.converted);
-    if (!source.stream) return reportNothingOpened(source);
+    if (!source.stream) return reportNothingOpened(state, source);
     state.sourceOpened = 1;
     // A command is named as the user wrote it.
     const Tstring shownName = namesCommand(name) ? name : source.name;

@@ -9,6 +9,7 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <optional>
 
 #include "host/tstring.h"
 #include "sequence/converted_files.h"
@@ -18,6 +19,11 @@ namespace vistel {
 
 struct FrameRange {
     int32_t start = 0, end = 0, step = 0;
+};
+
+// What stands around the number in the names of an animation's frames.
+struct NameParts {
+    Tstring before, after;
 };
 
 struct LoadOptions {
@@ -53,6 +59,7 @@ struct FramePosition {
     int32_t currentFrame = 0;             // number of the frame being opened or shown
     int32_t playFirst = 1, playLast = 1;  // bounds of playback
     int32_t padWidth = 0;                 // digits of the number in names; 0 unknown, 1 unpadded
+    std::optional<NameParts> nameParts;   // as the listing of the files told; none: the name tells
     int32_t animationShown = 0;           // an animation (not a single image) is being shown
 };
 

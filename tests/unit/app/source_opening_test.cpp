@@ -33,8 +33,8 @@ int openReally(const Tstring& name, FrameStore& frame) {
     return openImageSource(viewerState, name, {}, false, frame);
 }
 
-int discoverReally(const Tstring& stem) {
-    return discoverNumberedFiles(viewerState, stem, viewerState);
+int discoverReally(const Tstring& name) {
+    return discoverFrames(viewerState, name, viewerState);
 }
 
 void note(FrameStore&& frame) {
