@@ -5,12 +5,13 @@
 #include <string>
 #include <utility>
 
+#include "app/option_table.h"
 #include "app/source_opening.h"
 #include "host/messages.h"
 #include "platform/files.h"
+#include "sequence/frame_listing.h"
 #include "sequence/frame_name.h"
 #include "sequence/frame_range.h"
-#include "sequence/frame_sequence.h"
 
 namespace vistel {
 
@@ -63,9 +64,10 @@ const Tstring* takeInlineRange(const Tstring& opener, WordReader& words) {
     const Tstring* step = words.take();
     const Tstring* name = words.take();
     if (!name) return nullptr;
-    viewerState.firstFrame = viewerState.currentFrame = start->asInt32();
-    viewerState.lastFrame = end->asInt32();
-    viewerState.frameStep = step->asInt32();
+    const Tstring option = opener.substr(0, 2);
+    viewerState.firstFrame = viewerState.currentFrame = wholeNumber(option, *start);
+    viewerState.lastFrame = wholeNumber(option, *end);
+    viewerState.frameStep = wholeNumber(option, *step);
     return name;
 }
 

@@ -107,6 +107,20 @@ bool Tstring::isInt32() const {
     return readMagnitude(data() + (sign ? 1 : 0), data() + size(), limit + 1) <= limit;
 }
 
+bool Tstring::isUInt32() const {
+    if (empty() || find_first_not_of("0123456789") != npos) return false;
+    return readMagnitude(data(), data() + size(), 0x100000000u) <= 0xffffffffu;
+}
+
+bool Tstring::isReal() const {
+    const char* const first = data() + (starts_with('-') || starts_with('+') ? 1 : 0);
+    const char* const end = data() + size();
+    if (first == end || (!isDigit(*first) && *first != '.')) return false;
+    double value = 0;
+    const std::from_chars_result result = std::from_chars(first, end, value);
+    return result.ec != std::errc::invalid_argument && result.ptr == end;
+}
+
 bool Tstring::equalsIgnoringCase(std::string_view other) const {
     if (size() != other.size()) return false;
     for (size_t i = 0; i < size(); ++i)

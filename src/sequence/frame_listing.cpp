@@ -4,7 +4,6 @@
 
 #include "host/messages.h"
 #include "platform/files.h"
-#include "sequence/frame_sequence.h"
 
 namespace vistel {
 
@@ -21,6 +20,17 @@ bool startsWithIgnoringCase(const Tstring& text, const Tstring& start) {
 Tstring firstPart(const Tstring& after) { return after.substr(0, after.find_first_of("/\\")); }
 
 }  // namespace
+
+Tstring fromStartDirectory(const Tstring& startDirectory, const Tstring& name) {
+    if (startDirectory.empty() || platform::isAbsolutePath(name)) return name;
+    return startDirectory + "/" + name;
+}
+
+Tstring frameFilePath(const Tstring& startDirectory, const Tstring& searchDirectory,
+                      const Tstring& name) {
+    return fromStartDirectory(startDirectory,
+                              Tstring(searchDirectory + name).replacingAll('\\', '/'));
+}
 
 std::vector<std::string> listFolderOf(const Tstring& startDirectory, const Tstring& searchDirectory,
                                       const Tstring& name) {

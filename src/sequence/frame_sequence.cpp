@@ -174,11 +174,6 @@ int moreTelling(int error, int later) {
 
 }  // namespace
 
-Tstring fromStartDirectory(const Tstring& startDirectory, const Tstring& name) {
-    if (startDirectory.empty() || platform::isAbsolutePath(name)) return name;
-    return startDirectory + "/" + name;
-}
-
 int discoverNumberedFiles(const FramePlaces& places, const Tstring& stem, FramePosition& position) {
     position.padWidth = 0;  // that of the sequence before tells nothing of this one
     position.nameParts.reset();
@@ -234,12 +229,6 @@ void takePadWidthFromAtSigns(const Tstring& name, int32_t& padWidth) {
     const Tstring base = name.substr(baseNameStart(name));
     const int width = base.find('#') == Tstring::npos ? atSignWidth(base) : 0;
     if (width > 0 && padWidth < 1) padWidth = width;
-}
-
-Tstring frameFilePath(const Tstring& startDirectory, const Tstring& searchDirectory,
-                      const Tstring& name) {
-    return fromStartDirectory(startDirectory,
-                              Tstring(searchDirectory + name).replacingAll('\\', '/'));
 }
 
 FILE* locateFrameFile(FramePlaces& places, const Tstring& name, Tstring& located) {

@@ -35,15 +35,6 @@ Tstring frameName(const Tstring& pattern, const FrameRange& range, int k, int pa
 // say nothing of the number, and a "#" in the base name goes before them.
 void takePadWidthFromAtSigns(const Tstring& name, int32_t& padWidth);
 
-// A relative name as one that counts from the folder in which the file argument was given: the
-// current folder follows the files that are opened. Absolute names, and all names without such a
-// folder, stay as they are.
-Tstring fromStartDirectory(const Tstring& startDirectory, const Tstring& name);
-
-// Path of a frame file's name in one search directory.
-Tstring frameFilePath(const Tstring& startDirectory, const Tstring& searchDirectory,
-                      const Tstring& name);
-
 // Opens the name in the first search directory that has it, and moves that directory to the front.
 // `located` receives the path that was opened. Null when no directory has it; errno then tells why.
 [[nodiscard]] FILE* locateFrameFile(FramePlaces& places, const Tstring& name, Tstring& located);

@@ -28,7 +28,8 @@ int reportNothingOpened(const FramePlaces& places, const OpenedSource& source) {
     const Tstring prefix = base.empty() ? source.name : base;  // "folder/" has no base name
     errno = source.systemError;
     std::perror(prefix.c_str());
-    if (source.systemError == EISDIR) suggestFrames(places, source.name + (base.empty() ? "" : "/"));
+    if (source.systemError == EISDIR)
+        suggestFrames(places, source.name + (base.empty() ? "" : "/"));
     if (source.systemError == ENOENT) suggestFrames(places, source.name);
     return iffNotIff;
 }

@@ -72,8 +72,8 @@ OpenedSource openTestOutput() {
     if (const auto program = converterProgram(SourceReader::imageConverter))
         return openCommand(platform::quotedCommand(*program));
     OpenedSource opened;
-    opened.complaint = formatMessage(Message::rVTConverterMissing,
-                                     {converterName(SourceReader::imageConverter)});
+    opened.complaint =
+        formatMessage(Message::rVTConverterMissing, {converterName(SourceReader::imageConverter)});
     return opened;
 }
 

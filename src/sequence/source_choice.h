@@ -16,7 +16,8 @@ enum class Reading { first, again };
 
 // Opens the frame `number` of the source. Sets sourceIsPipe, padWidth and the order of the search
 // directories; outside an animation sourceName and, for a file, the current directory and
-// sourceFolder. The first reading of an animation may move currentFrame on (findFirst). A one-file animation's stream is handed over from the state, at its start.
+// sourceFolder. The first reading of an animation may move currentFrame on (findFirst). A one-file
+// animation's stream is handed over from the state, at its start.
 OpenedSource chooseSource(SequenceState& state, const Tstring& name, int number, Reading reading);
 
 // Gives the stream of a one-file animation back to the state, for the next frame.

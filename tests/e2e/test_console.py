@@ -30,8 +30,22 @@ def test_usage_goes_to_standard_error_with_status_1(start, arguments):
     assert status == 1
     banner, usage = err.split("8.5", 1)
     assert "vistel" in usage.lower()
+    last = usage.splitlines()[-1]
+    assert last.startswith(("Unknown option: ", "An argument is missing: ")), last
     assert len(usage.splitlines()) > 5
     assert "8.5" not in out
+
+
+def test_the_version_goes_to_standard_output_with_status_0(start):
+    assert run(start, "--version") == (0, "VisTel version 8.5, image viewer and flipbook player\n", "")
+
+
+def test_words_that_are_not_what_their_options_need_are_told_one_by_one(start):
+    words = ["-m", "x", "-r", "23.976", "-n", "1", "x", "1", "-u", "none.wav", "absent"]
+    status, out, err = run(start, *words)
+    told = err.splitlines()
+    assert (status, len(told)) == (0, 5)
+    assert all(word in line for word, line in zip(('"x"', '"x"', "none.wav", "23 is", "absent"), told))
 
 
 @pytest.mark.parametrize("option", ["-h", "--help"])

@@ -138,5 +138,16 @@ TEST(FormatPrintf, FormatsTextOfAnyLength) {
     EXPECT_EQ(formatPrintf("%s!", longText.c_str()), longText + "!");
 }
 
+TEST(TstringTest, WholeTextsAreToldFromThoseThatBeginWithANumber) {
+    for (const char* text : {"0", "007", "4294967295"})
+        EXPECT_TRUE(Tstring(text).isUInt32()) << text;
+    for (const char* text : {"", "-1", "+1", "1x", " 1", "4294967296", "99999999999999999999"})
+        EXPECT_FALSE(Tstring(text).isUInt32()) << text;
+    for (const char* text : {"0", "-1", "+2.5", ".5", "3.", "1e3", "1e999"})
+        EXPECT_TRUE(Tstring(text).isReal()) << text;
+    for (const char* text : {"", "-", "x", "1x", "2,2", " 1", "inf", "nan", "+-1", "1e3e"})
+        EXPECT_FALSE(Tstring(text).isReal()) << text;
+}
+
 }  // namespace
 }  // namespace vistel

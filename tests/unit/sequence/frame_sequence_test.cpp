@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "host/messages.h"
+#include "sequence/frame_listing.h"
 #include "sequence_fixture.h"
 
 namespace vistel {
