@@ -104,12 +104,13 @@ void refuseEmptyName(FileCounts& counts) {
 
 // Opens the file that an argument names, after its range is known.
 void showArgument(const Tstring& argument, const StartUpServices& services, FileCounts& counts) {
-    const bool standardInput = argument.equalsIgnoringCase("stdin");
+    const bool standardInput = argument == "-" || argument.equalsIgnoringCase("stdin");
     if (standardInput) refuseAnimationFromInput();
     const Tstring name = standardInput ? argument : discoverSequence(argument, services);
     takeFileName(name);
     normaliseRange(services);
-    if (viewerState.verbose) print(stdout, formatMessage(Message::rVTFileName, {argument}));
+    if (viewerState.verbose)
+        print(stdout, formatMessage(Message::rVTFileName, {printable(argument)}));
     open(standardInput ? Tstring() : name, services, counts);
 }
 
@@ -120,6 +121,7 @@ bool showNextFile(WordReader& words, CommandLine& line, const StartUpServices& s
     viewerState.animation = 0;  // an earlier file's range and padding are its own
     viewerState.padWidth = 0;
     viewerState.nameParts.reset();
+    if (!viewerState.sequenceMode) viewerState.failuresTold.clear();
     if (line.rangeGiven) takeRange(viewerState, line.range);
     const PerFileValues values;
     beginSource(services);

@@ -120,7 +120,7 @@ void setSound(OptionUse& use) {
     }
     if (viewerState.audioFile.empty()) return;
     const platform::FilePtr sound(platform::openFile(viewerState.audioFile, "r"));
-    if (!sound) std::perror(viewerState.audioFile.c_str());
+    if (!sound) std::perror(printable(viewerState.audioFile).c_str());
     viewerState.soundOn = 1;
     callIfSet(use.services.openSoundTrack);
 }

@@ -60,6 +60,7 @@ int reopenSource(const Tstring& givenName, const FrameRange& range,
                  const StartUpServices& services) {
     viewerState.animation = 0;
     viewerState.nameParts.reset();
+    viewerState.failuresTold.clear();
     if (range.step != 0) takeRange(viewerState, range);
     viewerState.magnify = std::max(viewerState.pendingZoom, 1);
     viewerState.rfact = std::max(viewerState.pendingShrink, 1);

@@ -78,6 +78,23 @@ Real readReal(const std::string& text) {
 
 }  // namespace
 
+Tstring printable(std::string_view text) {
+    Tstring shown;
+    for (size_t i = 0; i < text.size(); ++i) {
+        const auto byte = static_cast<uint8_t>(text[i]);
+        const auto next = static_cast<uint8_t>(i + 1 < text.size() ? text[i + 1] : 0);
+        if (byte < 0x20 || byte == 0x7F) {
+            shown += formatPrintf("\\x%02x", byte);
+        } else if (byte == 0xC2 && next >= 0x80 && next < 0xA0) {
+            shown += formatPrintf("\\x%02x", next);
+            ++i;
+        } else {
+            shown += text[i];
+        }
+    }
+    return shown;
+}
+
 char lowerCase(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
 int32_t Tstring::asInt32() const {

@@ -33,6 +33,10 @@ class Tstring : public std::string {
     Tstring replacingAll(char from, char to) const;
 };
 
+// The text with "\x1b" in the place of each control character (UTF-8's C1 ones, too): names and texts
+// of files must not command a terminal.
+Tstring printable(std::string_view text);
+
 // Of the letters A to Z; every other byte stays.
 char lowerCase(char c);
 

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <set>
 
 #include "host/tstring.h"
 #include "sequence/converted_files.h"
@@ -69,6 +70,7 @@ struct CurrentSource {
     Tstring sourceName;          // name under which the source is shown
     Tstring openedName;          // as openImageSource was given it; empty: standard input
     Tstring sourceFolder;        // the folder that was entered with a file; empty: none
+    std::set<Tstring> failuresTold;  // of sources of which nothing could be opened: "name: reason"
     int32_t sourceIsPipe = 0;    // frames come out of a command
     int32_t sourceOpened = 0;    // a stream was opened for the current file argument
     SourceStream oneFileStream;  // open stream of a one-file animation

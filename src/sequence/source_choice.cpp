@@ -83,8 +83,9 @@ OpenedSource openFirstThatExists(SequenceState& state, const Tstring& pattern,
 // Names the pattern, the file that was looked for, and the system's reason, and what would work.
 void tellAnimationNotFound(const SequenceState& state, const Tstring& pattern,
                            const OpenedSource& source) {
-    printError(formatMessage(Message::rVTAnimationNotFound,
-                             {pattern, source.name, std::strerror(source.systemError)}));
+    const Tstring reason = std::strerror(source.systemError);
+    if (state.failuresTold.contains(source.name + ": " + reason)) return;
+    printError(formatMessage(Message::rVTAnimationNotFound, {pattern, source.name, reason}));
     if (state.oneFile) return;
     if (nextUnpaddedFrame(state, pattern)) printError(messageText(Message::rVTFindFirstHint));
     suggestFrames(state, pattern);
@@ -150,13 +151,19 @@ OpenedSource startCommand(SequenceState& state, const Tstring& name, int number)
     return source;
 }
 
+bool rewindStandardInput() {
+    const SourceStream input(platform::duplicateStandardStream(0, "r+"), false);
+    return input && platform::seekStream(input.file(), 0, SEEK_SET);
+}
+
 OpenedSource takeStandardInput(SequenceState& state, Reading reading) {
+    // What was read once is there a second time only when it comes from a file.
+    const bool there = reading == Reading::first || rewindStandardInput();
+    const int error = errno;
     OpenedSource source = openStandardInput();
     source.name = state.sourceName = messageText(Message::rVTStdin);
-    if (reading == Reading::first || !source.stream) return source;
-    // What was read once is there a second time only when it comes from a file.
-    if (platform::seekStream(source.stream.file(), 0, SEEK_SET)) return source;
-    source.systemError = errno;
+    if (there || !source.stream) return source;
+    source.systemError = error;
     source.stream.release();
     return source;
 }

@@ -3,6 +3,7 @@
 import pytest
 
 from desktop import wait_until
+from framefile import Animation, Picture, Style, image_form, noise, on_screen, write
 
 
 def run(start, *arguments):
@@ -83,4 +84,39 @@ def test_without_files_an_empty_window_waits_for_the_user(start):
     program.window()
     assert program.title() == "VisTel"
     wait_until(program.steady, what="an empty window at rest")
+    assert program.close() == 0
+
+
+def test_control_characters_of_texts_in_files_are_shown_as_escapes(start, folder):
+    picture = Picture(colour=noise(64, 48, seed=3))
+    write(folder / "one", picture, Style(after_header=[("ANNO", b"red \x1b[31m\x07")]))
+    program = start("-v", "one")
+    program.find(on_screen(picture))
+    wait_until(lambda: r"red \x1b[31m\x07" in program.stdout(), what="the report in the file")
+    assert "\x1b" not in program.stdout()
+    assert program.close() == 0
+
+
+def test_control_characters_of_names_are_shown_as_escapes(system, start):
+    if system.name == "wine":
+        pytest.skip("there no name holds them")
+    status, out, err = run(start, "-v", "no\x1b[31mne")
+    assert r"no\x1b[31mne" in out and r"no\x1b[31mne" in err
+    assert "\x1b" not in out + err
+
+
+def test_a_list_shown_again_and_again_tells_once_what_is_missing(start, folder):
+    picture = Picture(colour=noise(64, 48, seed=3))
+    write(folder / "one", picture)
+    program = start("-v", "-S", "absent", "one")
+    wait_until(lambda: program.stdout().count("File: absent") >= 4, what="four rounds")
+    assert program.stderr().count("absent") == 1
+    program.close()
+
+
+def test_the_report_is_there_while_the_frames_are_shown(start, folder):
+    Animation(1, 3).write(folder)
+    program = start("-v", "shot.")
+    program.window()
+    wait_until(lambda: "VISTEL_MEMORY" in program.stdout(), what="the report in the file")
     assert program.close() == 0

@@ -7,6 +7,7 @@ import threading
 import time
 
 import pytest
+from PIL import Image
 
 from desktop import wait_until
 from framefile import Animation, Picture, Style, image_form, noise, on_screen, wrap, write
@@ -219,7 +220,7 @@ def test_an_image_under_the_name_that_was_typed(start, folder, name):
 # --- standard input -------------------------------------------------------------------------------
 
 
-@pytest.mark.parametrize("arguments", [[], ["stdin"], ["STDIN"]])
+@pytest.mark.parametrize("arguments", [[], ["stdin"], ["STDIN"], ["-"]])
 def test_standard_input_from_a_file(start, folder, arguments):
     write(folder / "one", PICTURE)
     with open(folder / "one", "rb") as source:
@@ -248,17 +249,52 @@ def test_standard_input_from_a_pipe(start, folder, arguments, style):
         assert program.close() == 0
 
 
+def feed_slowly(descriptor, data):
+    with os.fdopen(descriptor, "wb", buffering=0) as pipe:
+        for at in range(0, len(data), len(data) // 10 + 1):
+            pipe.write(data[at : at + len(data) // 10 + 1])
+            time.sleep(0.05)
+
+
+FOREIGN = {"ppm": "PPM", "png": "PNG"}
+
+
+@pytest.mark.parametrize("kind", FOREIGN.values(), ids=FOREIGN.keys())
+@pytest.mark.parametrize("way", ["a file", "a pipe", "a slow pipe"])
+def test_a_foreign_picture_on_standard_input(start, folder, kind, way):
+    Image.fromarray(PICTURE.colour[::-1]).save(folder / "one", kind)
+    data = (folder / "one").read_bytes()
+    if way == "a file":
+        with open(folder / "one", "rb") as source:
+            program = start("-", stdin=source)
+    else:
+        read_end, write_end = os.pipe()
+        with os.fdopen(read_end, "rb") as source:
+            program = start("-", stdin=source)
+        if way == "a pipe":
+            data += bytes(300_000)
+            threading.Thread(target=lambda: os.fdopen(write_end, "wb").write(data)).start()
+        else:
+            threading.Thread(target=feed_slowly, args=(write_end, data)).start()
+    program.find(SHOWN)
+    program.key("u")  # reads it once more
+    program.find(SHOWN)
+    assert program.stderr() == ""
+    assert program.close() == 0
+
+
+def test_standard_input_that_is_no_picture_is_told(start, folder):
+    (folder / "words").write_bytes(b"These are words.\n" * 1000)
+    with subprocess.Popen(["cat", str(folder / "words")], stdout=subprocess.PIPE) as source:
+        program = start("-", stdin=source.stdout)
+        source.stdout.close()
+    assert program.wait_for_exit() == 0
+    assert "standard input" in program.stderr()
+
+
 def test_a_pipe_that_delivers_slowly(start):
-    data = image_form(PICTURE)
     read_end, write_end = os.pipe()
-
-    def feed():
-        with os.fdopen(write_end, "wb", buffering=0) as pipe:
-            for at in range(0, len(data), len(data) // 10 + 1):
-                pipe.write(data[at : at + len(data) // 10 + 1])
-                time.sleep(0.05)
-
-    feeder = threading.Thread(target=feed)
+    feeder = threading.Thread(target=feed_slowly, args=(write_end, image_form(PICTURE)))
     with os.fdopen(read_end, "rb") as source:
         program = start(stdin=source)
     feeder.start()

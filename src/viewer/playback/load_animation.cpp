@@ -116,6 +116,7 @@ void loadRemainingFrames(Player& player) {
     if (!room)
         printError(formatMessage(Message::rVTMemoryUsedUp, {static_cast<int>(frame), limit}));
     player.loading = {};
+    std::fflush(stdout);  // what is told of the frames is there while they are shown
 }
 
 }  // namespace vistel

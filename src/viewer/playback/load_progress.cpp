@@ -30,7 +30,7 @@ void LoadProgress::refresh() {
     shownAt_ = now;
     const Tstring text = formatMessage(Message::rVTLoading, {source_, frame_, frames_});
     setViewerTitle(text);
-    if (console_) std::fprintf(stderr, "\r%s", text.c_str());
+    if (console_) std::fprintf(stderr, "\r%s", printable(text).c_str());
 }
 
 }  // namespace vistel

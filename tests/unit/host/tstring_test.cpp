@@ -149,5 +149,14 @@ TEST(TstringTest, WholeTextsAreToldFromThoseThatBeginWithANumber) {
         EXPECT_FALSE(Tstring(text).isReal()) << text;
 }
 
+TEST(TstringTest, ControlCharactersArePrintedAsEscapes) {
+    EXPECT_EQ(printable("a\x1b[2Jb\r\n\t\x7f"), "a\\x1b[2Jb\\x0d\\x0a\\x09\\x7f");
+    EXPECT_EQ(printable("\xc2\x9b"
+                        "31m \xc2\xa0 \xc3\x9b C:\\x"),
+              "\\x9b31m \xc2\xa0 \xc3\x9b C:\\x");
+    EXPECT_EQ(printable(std::string_view("\0", 1)), "\\x00");
+    EXPECT_EQ(printable(""), "");
+}
+
 }  // namespace
 }  // namespace vistel
