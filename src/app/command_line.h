@@ -10,7 +10,7 @@
 namespace vistel {
 
 // How start-up goes on after the options.
-enum class StartUpOutcome { goOn, helpWanted, usageWanted };
+enum class StartUpOutcome { goOn, helpWanted, versionWanted, usageWanted };
 
 struct CommandLine {
     std::vector<Tstring> words;  // all words, the program's name first
@@ -21,7 +21,7 @@ struct CommandLine {
     bool rangeGiven = false;
 
     StartUpOutcome outcome = StartUpOutcome::goOn;
-    Tstring complaint;  // why the usage is shown, one line
+    Tstring complaint;  // what the usage ends with, one line
 };
 
 }  // namespace vistel

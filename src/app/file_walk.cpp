@@ -5,12 +5,13 @@
 #include <string>
 #include <utility>
 
+#include "app/option_table.h"
 #include "app/source_opening.h"
 #include "host/messages.h"
 #include "platform/files.h"
+#include "sequence/frame_listing.h"
 #include "sequence/frame_name.h"
 #include "sequence/frame_range.h"
-#include "sequence/frame_sequence.h"
 
 namespace vistel {
 
@@ -75,16 +76,10 @@ const Tstring* takeInlineRange(const Tstring& opener, WordReader& words) {
     const Tstring* step = words.take();
     const Tstring* name = words.take();
     if (!name) return nullptr;
-    viewerState.firstFrame = viewerState.currentFrame = start->asInt32();
-    viewerState.lastFrame = end->asInt32();
-    viewerState.frameStep = step->asInt32();
-    return name;
-}
-
-// The name with its trailing dot removed when the dot stood for a sequence that exists.
-Tstring discoverSequence(Tstring name, const StartUpServices& services) {
-    if (namesCommand(name)) return name;
-    if (name.ends_with('.') && services.discover && services.discover(name) != 0) name.pop_back();
+    const Tstring option = opener.substr(0, 2);
+    viewerState.firstFrame = viewerState.currentFrame = wholeNumber(option, *start);
+    viewerState.lastFrame = wholeNumber(option, *end);
+    viewerState.frameStep = wholeNumber(option, *step);
     return name;
 }
 
@@ -121,12 +116,13 @@ void refuseEmptyName(FileCounts& counts) {
 
 // Opens the file that an argument names, after its range is known.
 void showArgument(const Tstring& argument, const StartUpServices& services, FileCounts& counts) {
-    const bool standardInput = argument.equalsIgnoringCase("stdin");
+    const bool standardInput = argument == "-" || argument.equalsIgnoringCase("stdin");
     if (standardInput) refuseAnimationFromInput();
-    const Tstring name = discoverSequence(argument, services);
+    const Tstring name = standardInput ? argument : discoverSequence(argument, services);
     takeFileName(name);
     normaliseRange(services);
-    if (viewerState.verbose) print(stdout, formatMessage(Message::rVTFileName, {argument}));
+    if (viewerState.verbose)
+        print(stdout, formatMessage(Message::rVTFileName, {printable(argument)}));
     open(standardInput ? Tstring() : name, services, counts);
 }
 
@@ -136,6 +132,8 @@ bool showNextFile(WordReader& words, CommandLine& line, const StartUpServices& s
                   FileCounts& counts) {
     viewerState.animation = 0;  // an earlier file's range and padding are its own
     viewerState.padWidth = 0;
+    viewerState.nameParts.reset();
+    if (!viewerState.sequenceMode) viewerState.failuresTold.clear();
     if (line.rangeGiven) takeRange(viewerState, line.range);
     const PerFileValues values;
     beginSource(services);

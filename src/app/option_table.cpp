@@ -1,10 +1,13 @@
 #include "app/option_table.h"
 
 #include <algorithm>
+#include <cstdio>
+#include <string_view>
 #include <utility>
 
 #include "host/application.h"
 #include "host/messages.h"
+#include "platform/files.h"
 #include "platform/process.h"
 #include "resources/command_ids.h"
 #include "viewer/viewer_state.h"
@@ -19,10 +22,13 @@ void set(OptionUse&) {
     viewerState.*field = value;
 }
 
-// -s, -m: one integer argument.
-template <auto field>
-void setInt(OptionUse& use) {
-    viewerState.*field = use.argument(0).asInt32();
+// -s, -m: a whole number between these.
+template <auto field, int32_t least, int32_t most, Message needed>
+void setFactor(OptionUse& use) {
+    const Tstring word = use.argument(0);
+    viewerState.*field = std::clamp(word.asInt32(), least, most);
+    if (!word.isInt32() || viewerState.*field != word.asInt32())
+        tellOddWord(use.option(), word, needed, std::to_string(viewerState.*field));
 }
 
 template <auto field>
@@ -43,6 +49,7 @@ void tavoPutEnv(const Tstring& assignment) {
 }
 
 void setPluginGamma(OptionUse& use) {
+    (void)use.real(0);  // told when it is none
     tavoPutEnv(formatMessage(Message::rVTRlaGamma, {use.argument(0).asDouble()}));
 }
 
@@ -71,15 +78,20 @@ void keepPlayFormat(OptionUse& use) { use.line.playFormat = use.argument(0); }
 
 void wantHelp(OptionUse& use) { use.line.outcome = StartUpOutcome::helpWanted; }
 
-void setGamma(OptionUse& use) { viewerState.defGamma = use.argument(0).asFloat(); }
+void setGamma(OptionUse& use) { viewerState.defGamma = use.real(0); }
 
-void setMemoryFactor(OptionUse& use) { viewerState.kmem = use.argument(0).asFloat() * 0.9f; }
+void setMemoryFactor(OptionUse& use) { viewerState.kmem = use.real(0) * 0.9f; }
 
-void setMaxLevel(OptionUse& use) { viewerState.maxLevel = use.argument(0).asUInt32(); }
+void setMaxLevel(OptionUse& use) {
+    const Tstring word = use.argument(0);
+    viewerState.maxLevel = word.asUInt32();
+    if (!word.isUInt32())
+        tellOddWord(use.option(), word, Message::rVTWholeNumber,
+                    std::to_string(viewerState.maxLevel));
+}
 
 void setRange(OptionUse& use) {
-    use.line.range = {use.argument(0).asInt32(), use.argument(1).asInt32(),
-                      use.argument(2).asInt32()};
+    use.line.range = {use.wholeNumber(0), use.wholeNumber(1), use.wholeNumber(2)};
     use.line.rangeGiven = true;
     viewerState.firstFrame = viewerState.currentFrame = use.line.range.start;
     viewerState.lastFrame = use.line.range.end;
@@ -107,11 +119,16 @@ void setSound(OptionUse& use) {
             giveBackFileWord(use.line);
     }
     if (viewerState.audioFile.empty()) return;
+    const platform::FilePtr sound(platform::openFile(viewerState.audioFile, "r"));
+    if (!sound) std::perror(printable(viewerState.audioFile).c_str());
     viewerState.soundOn = 1;
     callIfSet(use.services.openSoundTrack);
 }
 
 using S = ViewerState;
+
+constexpr auto setShrink = setFactor<&S::rfact, 1, INT32_MAX, Message::rVTNumberFrom1>;
+constexpr auto setZoom = setFactor<&S::magnify, 1, 8, Message::rVTNumberFrom1To8>;
 
 // clang-format off
 constexpr OptionRow rows[] = {
@@ -139,8 +156,8 @@ constexpr OptionRow rows[] = {
     {'w', "synchro",     "",                "",                        set<&S::synchro>,        Message::rVTOptSynchro},
     {'g', "defgamma",    "string",          "<gamma>",                 setGamma,                Message::rVTOptDefGamma},
     {'k', "kmem",        "string",          "<factor>",                setMemoryFactor,         Message::rVTOptKmem},
-    {'s', "rfact",       "int",             "<factor>",                setInt<&S::rfact>,       Message::rVTOptRfact},
-    {'m', "magnify",     "int",             "<factor>",                setInt<&S::magnify>,     Message::rVTOptMagnify},
+    {'s', "rfact",       "int",             "<factor>",                setShrink,               Message::rVTOptRfact},
+    {'m', "magnify",     "int",             "<factor>",                setZoom,                 Message::rVTOptMagnify},
     {'l', "maxlevel",    "int",             "<level>",                 setMaxLevel,             Message::rVTOptMaxLevel},
     {'W', "work",        "string",          "<folder>",                setName<&S::workDir>,    Message::rVTOptWork},
     {'P', "project",     "string",          "<name>",                  setName<&S::projectName>, Message::rVTOptProject},
@@ -151,6 +168,9 @@ constexpr OptionRow rows[] = {
 };
 // clang-format on
 static_assert(std::size(rows) == 32);
+
+// It has no row: it ends the program as the help does, and sets nothing.
+constexpr std::string_view versionOption = "--version";
 
 // Of a group of flags the letter that is meant, with the group.
 Tstring nameOfOption(const qdOS::GetOpt::Result& result) {
@@ -170,6 +190,25 @@ Tstring complaintAbout(const qdOS::GetOpt::Result& result) {
 
 }  // namespace
 
+void tellOddWord(const Tstring& option, const Tstring& word, Message needed, const Tstring& used) {
+    printError(formatMessage(Message::rVTOptionWord, {option, word, messageText(needed), used}));
+}
+
+int32_t wholeNumber(const Tstring& option, const Tstring& word) {
+    const int32_t number = word.asInt32();
+    if (!word.isInt32()) tellOddWord(option, word, Message::rVTWholeNumber, std::to_string(number));
+    return number;
+}
+
+float OptionUse::real(int n) const {
+    const Tstring word = argument(n);
+    if (!word.isReal()) {
+        const FormatArgument used(word.asDouble());
+        tellOddWord(option(), word, Message::rVTNumber, used.text());
+    }
+    return word.asFloat();
+}
+
 std::span<const OptionRow> optionTable() { return rows; }
 
 void parseOptions(CommandLine& line, const StartUpServices& services) {
@@ -186,13 +225,17 @@ void parseOptions(CommandLine& line, const StartUpServices& services) {
     line.firstFile = line.words.size() - parser.remaining().size();
     while (auto result = parser.getOpt()) {
         const int index = qdOS::GetOpt::getResultIndex(*result);
+        if (index == qdOS::GetOpt::noOption && result->word == versionOption) {
+            line.outcome = StartUpOutcome::versionWanted;
+            return;
+        }
         if (index == qdOS::GetOpt::noOption) {
             line.outcome = StartUpOutcome::usageWanted;
             line.complaint = complaintAbout(*result);
             return;
         }
         line.firstFile = line.words.size() - parser.remaining().size();
-        OptionUse use{std::move(*result), line, services};
+        OptionUse use{rows[index].shortName, std::move(*result), line, services};
         rows[index].apply(use);
         if (line.outcome != StartUpOutcome::goOn) return;
     }

@@ -12,14 +12,27 @@
 
 namespace vistel {
 
+// Tells of a word that is not what the option needs, and what is used in its place.
+void tellOddWord(const Tstring& option, const Tstring& word, Message needed, const Tstring& used);
+
+// The word as a number, as far as it is one; a word that is none is told.
+int32_t wholeNumber(const Tstring& option, const Tstring& word);
+
 // One option as it was found.
 struct OptionUse {
+    char shortName;
     qdOS::GetOpt::Result result;
     CommandLine& line;
     const StartUpServices& services;
 
     // Argument n, empty when it is absent.
     Tstring argument(int n) const { return qdOS::GetOpt::getResultArg(result, n); }
+
+    Tstring option() const { return Tstring("-") + shortName; }
+
+    // Argument n as a number; a word that is none is told, with the number that is read of it.
+    int32_t wholeNumber(int n) const { return vistel::wholeNumber(option(), argument(n)); }
+    float real(int n) const;
 };
 
 struct OptionRow {

@@ -39,8 +39,8 @@ StartUpServices joinedServices() {
     services.sourceBegins = forgetClosedWindow;
     services.clearImageState = [] { clearViewerSession(viewerState); };
     services.showSource = [](FrameStore&& frame) { showSource(viewerState, std::move(frame)); };
-    services.discover = [](const Tstring& stem) {
-        return discoverNumberedFiles(viewerState, stem, viewerState);
+    services.discover = [](const Tstring& name) {
+        return discoverFrames(viewerState, name, viewerState);
     };
     services.buildDisplayTable = [] { startDisplayLut(viewerState); };
     services.joinViewer = [] { installViewer(viewerState); };

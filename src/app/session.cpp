@@ -36,6 +36,10 @@ int runSession(int argc, const char* const* argv, const StartUpServices& service
         printHelp();
         return statusDone;
     }
+    if (line.outcome == StartUpOutcome::versionWanted) {
+        printVersion();
+        return statusDone;
+    }
     if (line.outcome == StartUpOutcome::usageWanted) return endWithUsage(line);
 
     const FileCounts counts = walkFiles(line, services);

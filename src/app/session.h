@@ -6,7 +6,7 @@
 
 namespace vistel {
 
-// Exit status: 0 normal end and after the help, 1 after the usage.
+// Exit status: 0 normal end and after the help and the version, 1 after the usage.
 int runSession(int argc, const char* const* argv, const StartUpServices& services);
 
 }  // namespace vistel

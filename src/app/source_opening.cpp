@@ -22,6 +22,11 @@ void beginSource(const StartUpServices& services) {
     callIfSet(services.sourceBegins);
 }
 
+Tstring discoverSequence(const Tstring& name, const StartUpServices& services) {
+    const bool found = !namesCommand(name) && services.discover && services.discover(name) != 0;
+    return found && name.ends_with('.') ? Tstring(name.substr(0, name.size() - 1)) : name;
+}
+
 void normaliseRange(const StartUpServices& services) {
     if (viewerState.animation) {
         orderRange(viewerState);
@@ -53,15 +58,15 @@ int openAndShow(const Tstring& name, const StartUpServices& services) {
 
 int reopenSource(const Tstring& givenName, const FrameRange& range,
                  const StartUpServices& services) {
-    Tstring name = givenName;  // it may lie in the field that is emptied
     viewerState.animation = 0;
+    viewerState.nameParts.reset();
+    viewerState.failuresTold.clear();
     if (range.step != 0) takeRange(viewerState, range);
     viewerState.magnify = std::max(viewerState.pendingZoom, 1);
     viewerState.rfact = std::max(viewerState.pendingShrink, 1);
     const PerFileValues values;
     beginSource(services);
-    const bool stem = name.ends_with('.') && !namesCommand(name);
-    if (stem && services.discover && services.discover(name)) name.pop_back();
+    const Tstring name = discoverSequence(givenName, services);
     viewerState.fileName = name;
     viewerState.nativeFileName = name.replacingAll('/', '\\');
     viewerState.pendingOpen.clear();

@@ -10,6 +10,10 @@ namespace vistel {
 // A new source, from which nothing was read yet and which nobody has left.
 void beginSource(const StartUpServices& services);
 
+// Looks for the frames that the name stands for, unless it is a command. The name, with its
+// trailing dot removed when that stood for a sequence that exists.
+[[nodiscard]] Tstring discoverSequence(const Tstring& name, const StartUpServices& services);
+
 // Puts the range of an animation in order and switches its depth planes off unless they are forced;
 // for a single image sets every frame field to 1. Outside sequence mode the source gets a new
 // window, and a single image its own `kmem`; how the image before it was looked at is forgotten.

@@ -50,10 +50,14 @@ struct NamedRate {
 constexpr NamedRate namedRates[] = {{"film", 24}, {"pal", 25}, {"ntsc", 30}};
 
 int32_t chooseFrameRate(const Tstring& playFormat) {
+    if (playFormat.empty()) return viewerState.savedFrameRate;
     for (const NamedRate& row : namedRates)
         if (playFormat == row.name) return row.rate;
-    const int32_t rate = playFormat.asInt32();
-    return rate >= 1 ? rate : viewerState.savedFrameRate;
+    const int32_t read = playFormat.asInt32();
+    const int32_t rate = read >= 1 ? read : viewerState.savedFrameRate;
+    if (read < 1 || !playFormat.isInt32())
+        tellOddWord("-r", playFormat, Message::rVTFrameRateWord, std::to_string(rate));
+    return rate;
 }
 
 // The field as the options left it, else the variable, else the default.
@@ -94,8 +98,6 @@ void prepareProcess(const StartUpServices& services) {
 void completeState(const CommandLine& line, const StartUpServices& services) {
     if (viewerState.defGamma != 1.0f) viewerState.lutActive = 1;
     viewerState.frameRate = viewerState.startFrameRate = chooseFrameRate(line.playFormat);
-    viewerState.magnify = std::clamp(viewerState.magnify, 1, 8);
-    viewerState.rfact = std::max(viewerState.rfact, 1);
     completeName(viewerState.workDir, "GRAPH", "/usr/users/graph");
     completeName(viewerState.projectName, "PROJ", ".");
     setSearchDirectories();

@@ -11,7 +11,7 @@ namespace vistel {
 // defaults. The state starts anew.
 void prepareProcess(const StartUpServices& services);
 
-// Fields that depend on options and environment together: frame rates, zoom limits, search
+// Fields that depend on options and environment together: frame rates, search
 // directories, display look-up table.
 void completeState(const CommandLine& line, const StartUpServices& services);
 

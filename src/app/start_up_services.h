@@ -14,9 +14,9 @@ struct StartUpServices {
     // --- sources ---
     // Opens a source and reads its first picture; the empty name is standard input. 0 or a failure.
     int (*openSource)(const Tstring& name, FrameStore& frame) = nullptr;
-    // Looks for the numbered files of a stem ending with a dot; non-zero when there are some, and
-    // the frame range of the state is then filled.
-    int (*discover)(const Tstring& stem) = nullptr;
+    // Looks for the frames that a name stands for; non-zero when there are some, and the frame
+    // range of the state is then filled.
+    int (*discover)(const Tstring& name) = nullptr;
 
     // --- viewer ---
     // A source begins: what the window of the one before has left behind is over.

@@ -54,12 +54,15 @@ Tstring optionList() {
     return list;
 }
 
-Tstring usageText(const Tstring& programName) {
-    const Tstring name = baseName(programName);
+Tstring bannerText() {
     const Tstring version = messageText(Message::rVTVistelVersionForWin) + applicationVersion();
     const Tstring description = messageText(Message::rVTVistelDescWin);
-    return formatMessage(Message::rVTVistelUsage, {version, description}) + "\n" +
-           formatMessage(Message::rVTUsage, {name, optionList()}) +
+    return formatMessage(Message::rVTVistelUsage, {version, description}) + "\n";
+}
+
+Tstring usageText(const Tstring& programName) {
+    const Tstring name = baseName(programName);
+    return bannerText() + formatMessage(Message::rVTUsage, {name, optionList()}) +
            formatMessage(Message::rVTUsageCont, {name}) + "\n";
 }
 
@@ -70,9 +73,14 @@ Tstring helpText() {
 }
 
 void printUsage(const Tstring& programName, const Tstring& complaint) {
-    if (!complaint.empty()) write(complaint + "\n", stderr);
     write(usageText(programName), stderr);
+    if (!complaint.empty()) write("\n" + complaint + "\n", stderr);
     std::fflush(stderr);
+}
+
+void printVersion() {
+    write(bannerText(), stdout);
+    std::fflush(stdout);
 }
 
 void printHelp() {

@@ -8,14 +8,20 @@ namespace vistel {
 // One aligned line per option.
 Tstring optionList();
 
+// The program's name, version and purpose, one line.
+Tstring bannerText();
+
 // Banner, usage and its continuation, as they are written.
 Tstring usageText(const Tstring& programName);
 
 // All six help texts, one behind the other.
 Tstring helpText();
 
-// Writes the complaint (when there is one) and the usage to standard error.
+// Writes the usage to standard error, with the complaint (when there is one) as the last line.
 void printUsage(const Tstring& programName, const Tstring& complaint);
+
+// Writes the banner to standard output.
+void printVersion();
 
 // Shows the help through the pager, or writes it to standard output where there is none.
 void printHelp();

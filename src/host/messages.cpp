@@ -33,6 +33,6 @@ Tstring formatMessage(Message message, std::initializer_list<FormatArgument> arg
     return formatPositional(messageText(message), arguments);
 }
 
-void printError(const Tstring& line) { std::fprintf(stderr, "%s\n", line.c_str()); }
+void printError(const Tstring& line) { std::fprintf(stderr, "%s\n", printable(line).c_str()); }
 
 }  // namespace vistel

@@ -34,7 +34,7 @@ Tstring messageText(Message message);
 // The text with its "^1s" placeholders filled.
 Tstring formatMessage(Message message, std::initializer_list<FormatArgument> arguments);
 
-// Prints a line on standard error.
+// Prints a line on standard error, control characters as escapes.
 void printError(const Tstring& line);
 
 }  // namespace vistel

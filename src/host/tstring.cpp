@@ -78,6 +78,23 @@ Real readReal(const std::string& text) {
 
 }  // namespace
 
+Tstring printable(std::string_view text) {
+    Tstring shown;
+    for (size_t i = 0; i < text.size(); ++i) {
+        const auto byte = static_cast<uint8_t>(text[i]);
+        const auto next = static_cast<uint8_t>(i + 1 < text.size() ? text[i + 1] : 0);
+        if (byte < 0x20 || byte == 0x7F) {
+            shown += formatPrintf("\\x%02x", byte);
+        } else if (byte == 0xC2 && next >= 0x80 && next < 0xA0) {
+            shown += formatPrintf("\\x%02x", next);
+            ++i;
+        } else {
+            shown += text[i];
+        }
+    }
+    return shown;
+}
+
 char lowerCase(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
 int32_t Tstring::asInt32() const {
@@ -105,6 +122,20 @@ bool Tstring::isInt32() const {
         if (!isDigit((*this)[i])) return false;
     const uint64_t limit = front() == '-' ? 0x80000000u : 0x7fffffffu;
     return readMagnitude(data() + (sign ? 1 : 0), data() + size(), limit + 1) <= limit;
+}
+
+bool Tstring::isUInt32() const {
+    if (empty() || find_first_not_of("0123456789") != npos) return false;
+    return readMagnitude(data(), data() + size(), 0x100000000u) <= 0xffffffffu;
+}
+
+bool Tstring::isReal() const {
+    const char* const first = data() + (starts_with('-') || starts_with('+') ? 1 : 0);
+    const char* const end = data() + size();
+    if (first == end || (!isDigit(*first) && *first != '.')) return false;
+    double value = 0;
+    const std::from_chars_result result = std::from_chars(first, end, value);
+    return result.ec != std::errc::invalid_argument && result.ptr == end;
 }
 
 bool Tstring::equalsIgnoringCase(std::string_view other) const {

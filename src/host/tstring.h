@@ -25,10 +25,17 @@ class Tstring : public std::string {
     float asFloat() const;
     // True when the whole text is one decimal integer that fits 32 bits (sign allowed).
     bool isInt32() const;
+    // The same for 32 bits without sign, and for a real (no blanks before it, no word such as inf).
+    bool isUInt32() const;
+    bool isReal() const;
 
     bool equalsIgnoringCase(std::string_view other) const;
     Tstring replacingAll(char from, char to) const;
 };
+
+// The text with "\x1b" in the place of each control character (UTF-8's C1 ones, too): names and texts
+// of files must not command a terminal.
+Tstring printable(std::string_view text);
 
 // Of the letters A to Z; every other byte stays.
 char lowerCase(char c);

@@ -176,8 +176,9 @@ constexpr ChunkRow chunkTable[] = {
 int handleChunk(IffReader& chunk, ImageParse& parse) {
     const bool listing = parse.listing();
     if (listing)
-        std::fputs(listingLine(chunk.depth(), chunk.chunkId(), chunk.chunkSize(), 0).c_str(),
-                   stdout);
+        std::fputs(
+            printable(listingLine(chunk.depth(), chunk.chunkId(), chunk.chunkSize(), 0)).c_str(),
+            stdout);
     std::string content;
     int code = iffOk;
     for (const ChunkRow& row : chunkTable) {

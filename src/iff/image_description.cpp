@@ -66,7 +66,7 @@ std::string listingLine(uint32_t depth, int32_t id, uint32_t size, int32_t group
 }
 
 std::string contentLine(const std::string& text) {
-    return text.empty() ? "\n" : "    " + text.substr(0, 255) + "\n";
+    return text.empty() ? "\n" : "    " + printable(text.substr(0, 255)) + "\n";
 }
 
 SoundFormat decodeSoundFormat(const uint8_t* body, size_t size) {

@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <utility>
 
+#include "host/tstring.h"
 #include "iff/image_description.h"
 #include "iff/image_parse.h"
 #include "iff/with_memory.h"
@@ -18,7 +19,7 @@ static void listGroup(const IffReader& group, const ImageParse& parse) {
     if (!parse.listing()) return;
     const std::string line =
         listingLine(group.depth(), group.chunkId(), group.chunkSize(), group.groupType());
-    std::fputs((line + "\n").c_str(), stdout);
+    std::fputs((printable(line) + "\n").c_str(), stdout);
 }
 
 static int walkGroup(IffReader& group, ImageParse& parse) {

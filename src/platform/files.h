@@ -37,6 +37,14 @@ using FilePtr = std::unique_ptr<FILE, FileCloser>;
 // errno set on failure: EBADF when it was closed as the program started (keepStandardStreams).
 [[nodiscard]] FILE* duplicateStandardStream(int descriptor, const char* mode);
 
+// From now on standard input, that of this process and of the commands that it starts, is this
+// file, from its start. It stays when the stream is closed. False with errno set on failure.
+[[nodiscard]] bool replaceStandardInput(FILE* file);
+
+// Puts the place in the open file, which whoever shares it sees, where the stream stands that reads
+// it: what was read ahead is read again. False with errno set where that is not possible.
+[[nodiscard]] bool giveBackReadAhead(FILE* stream);
+
 // A further stream on the same open file, at the place that both share (what `stream` holds back is
 // written first). For who hands a stream to be closed and keeps the file. Null on failure.
 [[nodiscard]] FILE* duplicateStream(FILE* stream);

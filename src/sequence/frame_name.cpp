@@ -27,12 +27,6 @@ std::optional<int> wholeNumber(const Tstring& digits) {
     return number;
 }
 
-// Replaces what lies between the first and the last mark at or behind `from`.
-Tstring marksReplaced(const Tstring& name, char mark, size_t from, const Tstring& number) {
-    const size_t first = name.find(mark, from), last = name.rfind(mark);
-    return name.substr(0, first) + number + name.substr(last + 1);
-}
-
 bool holds(const Tstring& name, char mark, size_t from) {
     return name.find(mark, from) != Tstring::npos;
 }
@@ -43,20 +37,32 @@ int markWidth(const Tstring& name, char mark, size_t from) {
         std::min<size_t>(name.rfind(mark) - name.find(mark, from) + 1, widestNumber));
 }
 
-// The rule of numberedName for the marks at or behind `from`.
-Tstring nameWithMarksFrom(const Tstring& pattern, size_t from, int number,
-                          const NumberStyle& style) {
+int stemWidth(const NumberStyle& style) {
+    return style.padded && !style.padWidth ? usualPadWidth : style.padWidth;
+}
+
+// The rules of numberedName for the marks at or behind `from`.
+int widthFrom(const Tstring& pattern, size_t from, const NumberStyle& style) {
     const int known = style.padWidth;
-    if (holds(pattern, '#', from)) {
-        return marksReplaced(pattern, '#', from,
-                             paddedNumber(number, known ? known : usualPadWidth));
-    }
-    if (holds(pattern, '@', from)) {
-        const int width = known < 1 ? markWidth(pattern, '@', from) : known;
-        return marksReplaced(pattern, '@', from, paddedNumber(number, width));
-    }
-    const int width = style.padded && !known ? usualPadWidth : known;
-    return pattern + "." + paddedNumber(number, width);
+    if (holds(pattern, '#', from)) return known ? known : usualPadWidth;
+    if (holds(pattern, '@', from)) return known < 1 ? markWidth(pattern, '@', from) : known;
+    return stemWidth(style);
+}
+
+NameParts partsFrom(const Tstring& pattern, size_t from) {
+    for (const char mark : {'#', '@'})
+        if (holds(pattern, mark, from))
+            return {pattern.substr(0, pattern.find(mark, from)),
+                    pattern.substr(pattern.rfind(mark) + 1)};
+    return {pattern + ".", {}};
+}
+
+Tstring joined(const NameParts& parts, int number, int width) {
+    return parts.before + paddedNumber(number, width) + parts.after;
+}
+
+bool marksInFolder(const Tstring& pattern) {
+    return pattern.find_first_of("#@") < baseNameStart(pattern);
 }
 
 }  // namespace
@@ -72,14 +78,24 @@ Tstring paddedNumber(int number, int width) {
 int atSignWidth(const Tstring& name) { return markWidth(name, '@', 0); }
 
 Tstring numberedName(const Tstring& pattern, int number, const NumberStyle& style) {
-    return nameWithMarksFrom(pattern, 0, number, style);
+    return joined(partsFrom(pattern, 0), number, widthFrom(pattern, 0, style));
 }
 
 std::optional<Tstring> numberedNameInFolder(const Tstring& pattern, int number,
                                             const NumberStyle& style) {
+    if (!marksInFolder(pattern)) return std::nullopt;
     const size_t base = baseNameStart(pattern);
-    if (pattern.find_first_of("#@") >= base) return std::nullopt;
-    return nameWithMarksFrom(pattern, base, number, style);
+    return joined(partsFrom(pattern, base), number, widthFrom(pattern, base, style));
+}
+
+Tstring nameOfParts(const NameParts& parts, int number, const NumberStyle& style) {
+    return joined(parts, number, stemWidth(style));
+}
+
+std::vector<NameParts> partsOfPattern(const Tstring& pattern) {
+    std::vector<NameParts> parts = {partsFrom(pattern, 0)};
+    if (marksInFolder(pattern)) parts.push_back(partsFrom(pattern, baseNameStart(pattern)));
+    return parts;
 }
 
 Tstring unpaddedName(const Tstring& stem, int number) {
@@ -143,11 +159,15 @@ StemParts splitStem(const Tstring& stem) {
 
 std::optional<NumberedFile> readNumberedFile(const Tstring& fileName, const Tstring& base) {
     if (!fileName.starts_with(base)) return std::nullopt;
-    NumberedFile file{Tstring(fileName.substr(base.size())).asInt32(), 0};
-    const size_t digits = digitsFrom(fileName, base.size());
-    if (digits > 0 && fileName[base.size()] == '0') {
-        file.zeroWidth = static_cast<int>(std::min<size_t>(digits, widestNumber));
+    const Tstring rest = fileName.substr(base.size());
+    NumberedFile file{rest.asInt32(), 0, {}, rest};
+    const size_t sign = rest.starts_with('-') ? 1 : 0, digits = digitsFrom(rest, sign);
+    if (digits > 0) {
+        file.written = rest.substr(0, sign + digits);
+        file.after = rest.substr(sign + digits);
     }
+    if (rest.starts_with('0'))
+        file.zeroWidth = static_cast<int>(std::min<size_t>(digits, widestNumber));
     return file;
 }
 

@@ -8,6 +8,7 @@
 
 #include <optional>
 #include <string_view>
+#include <vector>
 
 #include "host/tstring.h"
 #include "sequence/sequence_state.h"
@@ -36,6 +37,12 @@ Tstring numberedName(const Tstring& pattern, int number, const NumberStyle& styl
 // then.
 std::optional<Tstring> numberedNameInFolder(const Tstring& pattern, int number,
                                             const NumberStyle& style);
+
+// The name between these parts. The number is padded as that of a stem.
+Tstring nameOfParts(const NameParts& parts, int number, const NumberStyle& style);
+
+// What stands around the number in the names that numberedName and numberedNameInFolder build.
+std::vector<NameParts> partsOfPattern(const Tstring& pattern);
 
 // "stem.7": the name that is tried for frames whose first one is missing.
 Tstring unpaddedName(const Tstring& stem, int number);
@@ -71,11 +78,12 @@ struct StemParts {
 StemParts splitStem(const Tstring& stem);
 
 // A file that belongs to a stem: its name begins with the base part. The number is what follows,
-// read as atoi reads; none for other files. zeroWidth: count of digits there when the first is 0,
-// else 0.
+// read as atoi reads; none for other files.
 struct NumberedFile {
     int number = 0;
-    int zeroWidth = 0;
+    int zeroWidth = 0;  // count of digits there when the first is 0, else 0
+    Tstring written;    // the number as it stands there; empty: none does, and 0 is read
+    Tstring after;      // what follows it
 };
 std::optional<NumberedFile> readNumberedFile(const Tstring& fileName, const Tstring& base);
 

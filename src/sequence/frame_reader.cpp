@@ -100,7 +100,7 @@ int FrameReading::readFrameFile(OpenedSource& source) {
 }
 
 int FrameReading::read(int number) {
-    OpenedSource source = chooseSource(state, state.openedName, number, Reading::again, terms.goOn);
+    OpenedSource source = chooseSource(state, state.openedName, number, Reading::again);
     if (terms.retry == Retry::asked) state.converted->forget(source.located);
     result.name = source.name;
     if (!source.stream) return nothingOpened(source);

@@ -10,15 +10,17 @@
 namespace vistel {
 
 // Finds the numbered files of a stem that ends with a dot. 1 and position.firstFrame, lastFrame,
-// frameStep, animation = 1 when at least one exists; else 0 and animation = 0. A base part of dots
-// only (".", "..") names a folder and has none.
+// frameStep, animation = 1 when at least one exists; else 0 and animation = 0. When all of them
+// have the same suffix behind the number, so have the names of the frames (position.nameParts). A
+// base part of dots only (".", "..") names a folder and has none.
 int discoverNumberedFiles(const FramePlaces& places, const Tstring& stem, FramePosition& position);
 
-// Numbers of the files in searchDirectory whose names begin with the stem's base part, at most
-// 4095 (the user is told when there are more); sets padWidth when it is 0 and a number begins with
-// 0. Returns the count.
-int listNumberedFiles(const Tstring& startDirectory, const Tstring& searchDirectory,
-                      const Tstring& stem, std::vector<int>& numbers, int32_t& padWidth);
+// What a name stands for. A stem that ends with a dot: its numbered files, as above. Without a
+// range (position.animation is 0) a pattern (see frame_pattern.h) that is no file's own name: the
+// files that fit it become the range. With a range "%04d" is a pattern when only that finds a
+// frame. 1 when the name stands for frames in one of these ways; what else it could have meant is
+// told on standard error.
+int discoverFrames(const FramePlaces& places, const Tstring& name, FramePosition& position);
 
 // For the dialog that opens an animation by one of its frames: turns the frame's name into a "#"
 // pattern, in place, and fills the range (its end stays when it is not 0) and the padding.
@@ -32,15 +34,6 @@ Tstring frameName(const Tstring& pattern, const FrameRange& range, int k, int pa
 // Sets padWidth from the run of "@" in the base name when it is not known yet. At signs of folders
 // say nothing of the number, and a "#" in the base name goes before them.
 void takePadWidthFromAtSigns(const Tstring& name, int32_t& padWidth);
-
-// A relative name as one that counts from the folder in which the file argument was given: the
-// current folder follows the files that are opened. Absolute names, and all names without such a
-// folder, stay as they are.
-Tstring fromStartDirectory(const Tstring& startDirectory, const Tstring& name);
-
-// Path of a frame file's name in one search directory.
-Tstring frameFilePath(const Tstring& startDirectory, const Tstring& searchDirectory,
-                      const Tstring& name);
 
 // Opens the name in the first search directory that has it, and moves that directory to the front.
 // `located` receives the path that was opened. Null when no directory has it; errno then tells why.

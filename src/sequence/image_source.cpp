@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <utility>
 
 #include "host/messages.h"
@@ -9,15 +10,20 @@
 #include "iff/with_memory.h"
 #include "platform/clock.h"
 #include "platform/files.h"
+#include "sequence/foreign_input.h"
 #include "sequence/frame_name.h"
+#include "sequence/frame_suggestion.h"
 #include "sequence/source_choice.h"
 
 namespace vistel {
 
 namespace {
 
-int reportNothingOpened(const OpenedSource& source) {
-    if (source.notFoundTold) return iffNotIff;
+int reportNothingOpened(SequenceState& state, const OpenedSource& source) {
+    const Tstring reason =
+        source.complaint.empty() ? Tstring(std::strerror(source.systemError)) : source.complaint;
+    if (!state.failuresTold.insert(source.name + ": " + reason).second || source.notFoundTold)
+        return iffNotIff;
     if (!source.complaint.empty()) {
         const Tstring file = source.located.empty() ? Tstring() : source.located + ": ";
         printError(file + source.complaint);
@@ -26,7 +32,9 @@ int reportNothingOpened(const OpenedSource& source) {
     const Tstring base = source.name.substr(baseNameStart(source.name));
     const Tstring prefix = base.empty() ? source.name : base;  // "folder/" has no base name
     errno = source.systemError;
-    std::perror(prefix.c_str());
+    std::perror(printable(prefix).c_str());
+    if (source.systemError == EISDIR) suggestFrames(state, source.name + (base.empty() ? "" : "/"));
+    if (source.systemError == ENOENT) suggestFrames(state, source.name);
     return iffNotIff;
 }
 
@@ -80,6 +88,16 @@ bool isRegularFile(const OpenedSource& source, const Tstring& name) {
     return platform::streamStatus(source.stream.file()).kind == platform::StreamKind::regular;
 }
 
+bool isInputPipe(const SequenceState& state, const OpenedSource& source, const Tstring& name) {
+    return name.empty() && !state.testMode && source.stream &&
+           platform::streamStatus(source.stream.file()).kind == platform::StreamKind::fifo;
+}
+
+int reportInputNotKept() {
+    std::perror(messageText(Message::rVTStdin).c_str());
+    return iffNotIff;
+}
+
 int reportNoImage(const Tstring& name) {
     printError(name + ": " + messageText(Message::rVTNoImage));
     return iffNotIff;
@@ -98,10 +116,17 @@ int openSource(SequenceState& state, const Tstring& name, const ReadTerms& terms
     state.openedName = name;
     state.converted->forget();
     state.incomplete.forget();
-    OpenedSource source = chooseSource(state, name, state.currentFrame, Reading::first, terms.goOn);
+    OpenedSource source = chooseSource(state, name, state.currentFrame, Reading::first);
+    if (isInputPipe(state, source, name)) {
+        const InputTaken taken = takeForeignInput(source.stream.file(), terms.goOn);
+        if (taken == InputTaken::notWanted) return iffAborted;
+        if (taken == InputTaken::failed) return reportInputNotKept();
+        if (taken == InputTaken::intoFile)
+            source = chooseSource(state, name, state.currentFrame, Reading::first);
+    }
     const auto stamp = locatedStamp(source);
     source.connect(*state.converted);
-    if (!source.stream) return reportNothingOpened(source);
+    if (!source.stream) return reportNothingOpened(state, source);
     state.sourceOpened = 1;
     // A command is named as the user wrote it.
     const Tstring shownName = namesCommand(name) ? name : source.name;
@@ -137,7 +162,7 @@ int openImageSource(SequenceState& state, const Tstring& name, const ReadTerms& 
         return result;
     });
     if (!returned) {
-        std::fprintf(stderr, "%s: ", name.c_str());
+        std::fprintf(stderr, "%s: ", printable(name).c_str());
         reportError(code);
     }
     return code;

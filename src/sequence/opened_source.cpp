@@ -4,6 +4,7 @@
 
 #include "host/messages.h"
 #include "platform/clock.h"
+#include "sequence/foreign_input.h"
 #include "sequence/frame_sequence.h"
 
 namespace vistel {
@@ -14,7 +15,8 @@ void OpenedSource::connect(ConvertedFiles& converted) {
     const bool told = convertedAs && converted.contains(located, *convertedAs);
     const bool quiet = told || converted.isWrong(located);
     const auto errors = quiet ? platform::CommandErrors::dropped : platform::CommandErrors::shown;
-    OpenedSource output = openCommand(converterCommand(reader, program, located), errors);
+    const Tstring file = located.empty() ? Tstring("-") : located;
+    OpenedSource output = openCommand(converterCommand(reader, program, file), errors);
     if (output.stream && convertedAs && !told)
         converted.remember(located, *convertedAs, std::nullopt);
     stream = std::move(output.stream);
@@ -97,7 +99,17 @@ OpenedSource openTestOutput() {
 OpenedSource openStandardInput() {
     OpenedSource opened;
     opened.stream = SourceStream(platform::duplicateStandardStream(0, "r+"), false);
-    if (opened.stream) return opened;
+    if (opened.stream) {
+        FILE* const file = opened.stream.file();
+        if (platform::streamStatus(file).kind != platform::StreamKind::regular) return opened;
+        // The converter shares the place in the file.
+        const bool foreign = beginsForeign(file);
+        if (foreign && platform::giveBackReadAhead(file)) {
+            opened.reader = SourceReader::imageConverter;
+            findConverter(opened);
+        }
+        return opened;
+    }
     opened.systemError = errno;
     if (errno == EBADF) opened.complaint = messageText(Message::rVTStdinClosed);
     return opened;

@@ -32,7 +32,8 @@ struct OpenedSource {
     bool missing() const { return !stream && complaint.empty(); }
     // Whether what connect leaves behind is the output of a command.
     bool throughPipe() const { return stream.isPipe() || reader != SourceReader::direct; }
-    // Starts the converter when one is needed: the stream becomes its output, or ends
+    // Starts the converter when one is needed (it reads the located file, else standard input): the
+    // stream becomes its output, or ends
     // (systemError). What it complains of is shown once for each file (`converted`). To be called
     // before anything is read.
     void connect(ConvertedFiles& converted);
@@ -68,7 +69,8 @@ OpenedSource openFrameCommand(const std::string& command, int frame);
 // called without a word.
 OpenedSource openTestOutput();
 
-// A stream on a duplicate of standard input; a complaint when that was closed by who started us.
+// A stream on a duplicate of standard input; a complaint when that was closed by who started us. A
+// file there that is no frame stream is the image converter's.
 OpenedSource openStandardInput();
 
 }  // namespace vistel

@@ -56,7 +56,7 @@ Tstring outputName(const Saving& saving, const SequenceState& state) {
     return state.searchDirs.front() + stem + "." + paddedNumber(frame, state.padNum ? 4 : 0);
 }
 
-OutputTarget outputTarget(const Saving& saving, SequenceState& state, const platform::GoOn& goOn) {
+OutputTarget outputTarget(const Saving& saving, SequenceState& state) {
     OutputTarget target;
     target.path = outputName(saving, state);
     if (saving.saveNameSet && !saving.saveFormatKey.empty())
@@ -66,8 +66,7 @@ OutputTarget outputTarget(const Saving& saving, SequenceState& state, const plat
         target.refusal = messageText(Message::rVTSourceIsNoFile);
         return target;
     }
-    OpenedSource source =
-        chooseSource(state, state.openedName, state.currentFrame, Reading::again, goOn);
+    OpenedSource source = chooseSource(state, state.openedName, state.currentFrame, Reading::again);
     const bool oneFile = source.oneFile;
     keepOneFileStream(state, source);
     if (oneFile) target.refusal = messageText(Message::rVTOneFileNotWritten);

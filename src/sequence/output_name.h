@@ -4,7 +4,6 @@
 #include <optional>
 
 #include "host/tstring.h"
-#include "platform/go_on.h"
 #include "sequence/sequence_state.h"
 
 namespace vistel {
@@ -34,6 +33,6 @@ struct OutputTarget {
 // The target of the frame state.currentFrame. In overwrite mode that is the file which the frame is
 // read from, whatever its name, and keeps its type; one that the converter cannot write is refused,
 // and so is a source that is no file or holds all frames in one.
-OutputTarget outputTarget(const Saving& saving, SequenceState& state, const platform::GoOn& goOn);
+OutputTarget outputTarget(const Saving& saving, SequenceState& state);
 
 }  // namespace vistel

@@ -9,6 +9,8 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <optional>
+#include <set>
 
 #include "host/tstring.h"
 #include "sequence/converted_files.h"
@@ -20,6 +22,11 @@ namespace vistel {
 
 struct FrameRange {
     int32_t start = 0, end = 0, step = 0;
+};
+
+// What stands around the number in the names of an animation's frames.
+struct NameParts {
+    Tstring before, after;
 };
 
 struct LoadOptions {
@@ -55,6 +62,7 @@ struct FramePosition {
     int32_t currentFrame = 0;             // number of the frame being opened or shown
     int32_t playFirst = 1, playLast = 1;  // bounds of playback
     int32_t padWidth = 0;                 // digits of the number in names; 0 unknown, 1 unpadded
+    std::optional<NameParts> nameParts;   // as the listing of the files told; none: the name tells
     int32_t animationShown = 0;           // an animation (not a single image) is being shown
 };
 
@@ -66,6 +74,7 @@ struct CurrentSource {
     Tstring sourceFolder;        // the folder that was entered with a file; empty: none
     int32_t fileNumber = 0;      // its place among the file arguments, from 1
     int32_t fileCount = 0;       // file arguments; 0: the source is none of them
+    std::set<Tstring> failuresTold;  // of sources of which nothing could be opened: "name: reason"
     int32_t sourceIsPipe = 0;    // frames come out of a command
     int32_t sourceOpened = 0;    // a stream was opened for the current file argument
     SourceStream oneFileStream;  // open stream of a one-file animation

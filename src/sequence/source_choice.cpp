@@ -5,17 +5,16 @@
 #include <cstring>
 
 #include "host/messages.h"
-#include "platform/clock.h"
 #include "platform/files.h"
 #include "platform/process.h"
+#include "sequence/frame_listing.h"
 #include "sequence/frame_name.h"
 #include "sequence/frame_sequence.h"
+#include "sequence/frame_suggestion.h"
 
 namespace vistel {
 
 namespace {
-
-constexpr int namesBetweenChecks = 1000;
 
 OpenedSource openFile(SequenceState& state, const Tstring& name) {
     return openFrameFile(state, name, state.synchro != 0);
@@ -33,6 +32,8 @@ Tstring folderOf(const Tstring& name) {
 // The numbered name; when no such file exists, the name in which marks of folders do not count. The
 // source is named by the second when the folder is really called so.
 OpenedSource openNumberedFile(SequenceState& state, const Tstring& pattern, int number) {
+    if (state.nameParts)
+        return openFile(state, nameOfParts(*state.nameParts, number, numberStyle(state)));
     takePadWidthFromAtSigns(pattern, state.padWidth);
     OpenedSource opened = openFile(state, numberedName(pattern, number, numberStyle(state)));
     if (opened.stream && state.padWidth < 1 && pattern.find('#') == Tstring::npos)
@@ -47,57 +48,47 @@ OpenedSource openNumberedFile(SequenceState& state, const Tstring& pattern, int 
                                                              : std::move(second);
 }
 
-// A long search is told of on the console: there is no window yet.
-class SearchProgress {
- public:
-    explicit SearchProgress(const Tstring& pattern) : pattern_(pattern) {}
-    ~SearchProgress() {
-        if (told_) std::fprintf(stderr, "\n");
+// The first of these numbers at which the steps of the range from a frame on arrive, the one past
+// its end included.
+std::optional<int> nextStep(const FramePosition& position, const std::vector<int>& numbers,
+                            int64_t from) {
+    const int64_t step = std::max(position.frameStep, 1);
+    for (const int64_t number : numbers) {
+        if (number - step > position.lastFrame) break;
+        if (number > from && (number - from) % step == 0) return static_cast<int>(number);
     }
-    SearchProgress(const SearchProgress&) = delete;
-    SearchProgress& operator=(const SearchProgress&) = delete;
+    return std::nullopt;
+}
 
-    void tell(int frame) {
-        const uint32_t now = platform::tickMilliseconds();
-        if (now - last_ < interval || !platform::isTerminal(2)) return;
-        last_ = now;
-        told_ = true;
-        const Tstring text = formatMessage(Message::rVTSearching, {pattern_, frame});
-        std::fprintf(stderr, "\r%s", text.c_str());
-    }
+// The next frame behind the current one that exists under its unpadded name.
+std::optional<int> nextUnpaddedFrame(const SequenceState& state, const Tstring& pattern) {
+    std::vector<int> numbers = numbersBetween(state, {pattern + ".", {}});
+    std::erase_if(
+        numbers, [&](int number) { return !existsInPlaces(state, unpaddedName(pattern, number)); });
+    return nextStep(state, numbers, state.currentFrame);
+}
 
- private:
-    static constexpr uint32_t interval = 1000;  // milliseconds
-    const Tstring& pattern_;
-    uint32_t last_ = platform::tickMilliseconds();
-    bool told_ = false;
-};
-
-// Steps currentFrame on to the first frame that exists, under its unpadded name. The bound is
-// tested before the step, so one name past the last frame is tried.
+// Moves currentFrame on to the first frame that exists under its unpadded name; the one past the
+// last counts, too.
 OpenedSource openFirstThatExists(SequenceState& state, const Tstring& pattern,
-                                 const platform::GoOn& goOn, OpenedSource missing) {
-    const int64_t step = std::max(state.frameStep, 1);
-    SearchProgress progress(pattern);
-    for (int64_t tried = 0; state.currentFrame <= state.lastFrame; ++tried) {
-        if (platform::interruptRequested()) break;
-        if (tried % namesBetweenChecks == 0 && !platform::mayGoOn(goOn)) break;
-        const int64_t next = state.currentFrame + step;
-        if (next > INT32_MAX) break;
-        state.currentFrame = static_cast<int32_t>(next);
-        if (tried % namesBetweenChecks == 0) progress.tell(state.currentFrame);
-        OpenedSource opened = openFile(state, unpaddedName(pattern, state.currentFrame));
-        if (!opened.missing()) return opened;
-    }
+                                 OpenedSource missing) {
     missing.name = pattern;
+    if (const std::optional<int> found = nextUnpaddedFrame(state, pattern)) {
+        state.currentFrame = *found;
+        return openFile(state, unpaddedName(pattern, *found));
+    }
     return missing;
 }
 
-// Names the pattern, the file that was looked for, and the system's reason.
-void tellAnimationNotFound(const Tstring& pattern, const OpenedSource& source, bool oneFile) {
-    printError(formatMessage(Message::rVTAnimationNotFound,
-                             {pattern, source.name, std::strerror(source.systemError)}));
-    if (!oneFile) printError(messageText(Message::rVTFindFirstHint));
+// Names the pattern, the file that was looked for, and the system's reason, and what would work.
+void tellAnimationNotFound(const SequenceState& state, const Tstring& pattern,
+                           const OpenedSource& source) {
+    const Tstring reason = std::strerror(source.systemError);
+    if (state.failuresTold.contains(source.name + ": " + reason)) return;
+    printError(formatMessage(Message::rVTAnimationNotFound, {pattern, source.name, reason}));
+    if (state.oneFile) return;
+    if (nextUnpaddedFrame(state, pattern)) printError(messageText(Message::rVTFindFirstHint));
+    suggestFrames(state, pattern);
 }
 
 // A file that is open already is read from its start again. A pipe cannot be: it is opened once
@@ -116,7 +107,7 @@ OpenedSource openOneFile(SequenceState& state, const Tstring& name) {
 }
 
 OpenedSource openAnimationFrame(SequenceState& state, const Tstring& pattern, int number,
-                                Reading reading, const platform::GoOn& goOn) {
+                                Reading reading) {
     OpenedSource source =
         state.oneFile ? openOneFile(state, pattern) : openNumberedFile(state, pattern, number);
     const bool search = state.findFirst && !state.oneFile;
@@ -124,8 +115,8 @@ OpenedSource openAnimationFrame(SequenceState& state, const Tstring& pattern, in
     if (reading == Reading::again)  // what was found by its unpadded name is read again by it
         return search ? openFile(state, unpaddedName(pattern, number)) : std::move(source);
     if (state.sourceOpened) return source;
-    if (search) return openFirstThatExists(state, pattern, goOn, std::move(source));
-    tellAnimationNotFound(pattern, source, state.oneFile);
+    if (search) return openFirstThatExists(state, pattern, std::move(source));
+    tellAnimationNotFound(state, pattern, source);
     source.notFoundTold = true;
     return source;
 }
@@ -160,13 +151,19 @@ OpenedSource startCommand(SequenceState& state, const Tstring& name, int number)
     return source;
 }
 
+bool rewindStandardInput() {
+    const SourceStream input(platform::duplicateStandardStream(0, "r+"), false);
+    return input && platform::seekStream(input.file(), 0, SEEK_SET);
+}
+
 OpenedSource takeStandardInput(SequenceState& state, Reading reading) {
+    // What was read once is there a second time only when it comes from a file.
+    const bool there = reading == Reading::first || rewindStandardInput();
+    const int error = errno;
     OpenedSource source = openStandardInput();
     source.name = state.sourceName = messageText(Message::rVTStdin);
-    if (reading == Reading::first || !source.stream) return source;
-    // What was read once is there a second time only when it comes from a file.
-    if (platform::seekStream(source.stream.file(), 0, SEEK_SET)) return source;
-    source.systemError = errno;
+    if (there || !source.stream) return source;
+    source.systemError = error;
     source.stream.release();
     return source;
 }
@@ -192,11 +189,10 @@ bool namesFrames(const SequenceState& state, const Tstring& name) {
 
 }  // namespace
 
-OpenedSource chooseSource(SequenceState& state, const Tstring& name, int number, Reading reading,
-                          const platform::GoOn& goOn) {
+OpenedSource chooseSource(SequenceState& state, const Tstring& name, int number, Reading reading) {
     const bool frames = namesFrames(state, name);
     if (reading == Reading::first) state.sourceIsPipe = 0;
-    OpenedSource source = frames ? openAnimationFrame(state, name, number, reading, goOn)
+    OpenedSource source = frames ? openAnimationFrame(state, name, number, reading)
                                  : openSingleStream(state, name, number, reading);
     if (source.stream || !frames) state.sourceIsPipe = source.stream && source.throughPipe();
     return source;
@@ -206,10 +202,27 @@ void keepOneFileStream(SequenceState& state, OpenedSource& source) {
     if (source.oneFile && !source.throughPipe()) state.oneFileStream = std::move(source.stream);
 }
 
-Tstring likelyFramePath(const SequenceState& state, int frame) {
+Tstring likelyFrameName(const SequenceState& state, int frame) {
     if (!namesFrames(state, state.openedName) || state.oneFile || state.testMode) return {};
-    const Tstring name = numberedName(state.openedName, frame, numberStyle(state));
+    if (state.nameParts) return nameOfParts(*state.nameParts, frame, numberStyle(state));
+    return numberedName(state.openedName, frame, numberStyle(state));
+}
+
+Tstring likelyFramePath(const SequenceState& state, int frame) {
+    const Tstring name = likelyFrameName(state, frame);
+    if (name.empty()) return {};
     return frameFilePath(state.startDirectory, state.searchDirs.front(), name);
+}
+
+std::optional<int> nextListedFrame(const SequenceState& state, int after) {
+    std::vector<NameParts> names = partsOfPattern(state.openedName);
+    if (state.nameParts) names = {*state.nameParts};
+    if (state.findFirst) names.push_back({state.openedName + ".", {}});
+    std::vector<int> numbers;
+    for (const NameParts& parts : names)
+        std::ranges::copy(numbersBetween(state, parts), std::back_inserter(numbers));
+    std::ranges::sort(numbers);
+    return nextStep(state, numbers, after);
 }
 
 }  // namespace vistel

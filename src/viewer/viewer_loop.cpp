@@ -32,7 +32,7 @@ constexpr int restMilliseconds = 100;
 // shown at once, however fast they follow each other.
 bool waitUntilDue(const Player& player) {
     if (!playing(player)) return true;
-    while (static_cast<int>(player.clock.timeAhead(effectiveFrameRate(player))) > 1) {
+    while (player.clock.timeAhead(effectiveFrameRate(player)) >= 2) {
         if (peekEvent() != 0) return false;
         platform::sleepMilliseconds(1);
     }

@@ -7,6 +7,7 @@ import threading
 import time
 
 import pytest
+from PIL import Image
 
 from desktop import wait_until
 from framefile import Animation, Picture, Style, image_form, noise, on_screen, wrap, write
@@ -69,6 +70,22 @@ def rest_on_first(player, reading=0.3):
     player.rewind(reading)
 
 
+# The same without a range: the files that are there tell it.
+UNRANGED = {
+    "a hash": ("", "take.{:04d}.iff", 1, 3, ["take.#.iff"]),
+    "a hash for unpadded numbers": ("", "take.{}.iff", 9, 11, ["take.#.iff"]),
+    "at signs": ("a@b", "take.{:03d}.iff", 1, 3, ["a@b/take.@@@.iff"]),
+    "a printf mark": ("", "take.{:04d}.iff", 1, 3, ["take.%04d.iff"]),
+    "an unpadded printf mark": ("", "take.{}.iff", 9, 11, ["HERE/take.%d.iff"]),
+    "a printf mark and a range": ("", "take.{:02d}.iff", 1, 3, ["-n", "1", "3", "1", "take.%02d.iff"]),
+    "a range in the name": ("", "take.{:04d}.iff", 4, 6, ["take.0004-0006.iff"]),
+    "a stem of files with a suffix": ("my own", "shot.{:04d}.iff", 1, 3, ["my own/shot."]),
+    "a stem that holds marks": ("", "b c #d@.{}", 1, 3, ["b c #d@."]),
+    "a stem that holds marks, of files with a suffix": ("", "b #d.{:02d}.iff", 1, 3, ["b #d."]),
+}
+NAMED |= UNRANGED
+
+
 @pytest.mark.parametrize("case", NAMED.values(), ids=NAMED.keys())
 def test_a_sequence_under_the_name_that_was_typed(start, folder, case):
     drawer, pattern, first, last, arguments = case
@@ -84,6 +101,87 @@ def test_a_sequence_under_the_name_that_was_typed(start, folder, case):
         player.step("Right", expected)
     assert "shot" not in program.stderr()
     assert program.close() == 0
+
+
+def names_told(start, *arguments):
+    program = start(*arguments)
+    assert program.wait_for_exit() == 0
+    return program.stderr().splitlines()
+
+
+# What was typed where take.1.iff to take.3.iff lie, the name that is suggested.
+SUGGESTED = {
+    "no number": (["take"], "take.@.iff"),
+    "no suffix": (["take.#"], "take.@.iff"),
+    "another width": (["take.@@.iff"], "take.@.iff"),
+    "another number": (["take.4.iff"], "take.@.iff"),
+    "the folder": (["."], "./take.@.iff"),
+    "a folder with its separator": (["sub/"], "sub/take.@.iff"),
+    "a range without the suffix": (["-n", "1", "3", "1", "take"], "take.@.iff"),
+    "a range beside the files": (["-n", "5", "7", "1", "take.@.iff"], "take.@.iff"),
+}
+
+
+@pytest.mark.parametrize("arguments, name", SUGGESTED.values(), ids=SUGGESTED.keys())
+def test_a_name_that_finds_nothing_is_answered_by_one_that_works(start, folder, arguments, name):
+    (folder / "sub").mkdir()
+    animation = Animation(1, 3).write(folder, "take.{}.iff")
+    animation.write(folder / "sub", "take.{}.iff")
+    told = names_told(start, *arguments)
+    assert told[-1] == f'"{name}" shows the frames 1 to 3.'
+    assert not any("-f" in line for line in told), "it would not help here"
+    player = Player(start(name), animation)
+    player.playing()
+
+
+def test_the_option_that_finds_the_first_frame_is_named_where_it_helps(start, folder):
+    Animation(2, 3).write(folder)
+    told = names_told(start, "-n", "1", "3", "1", "shot")
+    assert told[1] == "With -f the animation begins with the first frame that exists."
+
+
+def test_a_file_without_a_number_that_counts_as_frame_0_is_told(start, folder):
+    Animation(12, 13).write(folder, "t.{}.iff")
+    (folder / "t.bak").write_bytes(b"x")
+    told = names_told(start, "t.")
+    assert told[0] == "t.bak has no number: it counts as frame 0 of t."
+    assert told[-1] == '"t.@.iff" shows the frames 12 to 13.'
+
+
+def test_a_file_whose_name_is_a_pattern_is_that_file(start, folder):
+    Animation(1, 3).write(folder, "take.{:04d}.iff")
+    write(folder / "take.#.iff", PICTURE)
+    program = start("take.#.iff")
+    program.find(SHOWN)
+    assert program.stderr() == (
+        'take.#.iff: the file of this name is shown; with "-n 1 3 1 take.#.iff" these frames are\n'
+    )
+    assert program.close() == 0
+
+
+def test_a_range_of_which_nearly_all_is_missing_is_loaded_at_once(start, folder):
+    animation = Animation(1, 3).write(folder, "s.{}")
+    player = Player(start("-n", "1", "2000000000", "1", "s"), animation)
+    player.pause()
+    err = player.program.stderr()
+    assert err.startswith("Frames 4 to 2000000000 are left out; the last: s.2000000000: "), err
+    assert player.program.close() == 0
+
+
+def test_the_first_frame_of_a_huge_range_is_found_at_once(start, folder):
+    animation = Animation(1_999_999_998, 2_000_000_000).write(folder, "s.{}")
+    player = Player(start("-f", "-n", "-2000000000", "2000000000", "1", "s"), animation)
+    assert player.playing(2) == animation.numbers
+    assert player.program.close() == 0
+
+
+def test_the_largest_step_shows_the_first_frame(start, folder):
+    animation = Animation(1, 3).write(folder)
+    player = Player(start("-n", "1", "40", "2147483647", "shot"), animation)
+    assert player.settled() == 1
+    player.program.key("space")
+    assert player.settled() == 1
+    assert player.program.close() == 0
 
 
 def mixed_widths(folder):
@@ -122,7 +220,7 @@ def test_an_image_under_the_name_that_was_typed(start, folder, name):
 # --- standard input -------------------------------------------------------------------------------
 
 
-@pytest.mark.parametrize("arguments", [[], ["stdin"], ["STDIN"]])
+@pytest.mark.parametrize("arguments", [[], ["stdin"], ["STDIN"], ["-"]])
 def test_standard_input_from_a_file(start, folder, arguments):
     write(folder / "one", PICTURE)
     with open(folder / "one", "rb") as source:
@@ -151,17 +249,52 @@ def test_standard_input_from_a_pipe(start, folder, arguments, style):
         assert program.close() == 0
 
 
+def feed_slowly(descriptor, data):
+    with os.fdopen(descriptor, "wb", buffering=0) as pipe:
+        for at in range(0, len(data), len(data) // 10 + 1):
+            pipe.write(data[at : at + len(data) // 10 + 1])
+            time.sleep(0.05)
+
+
+FOREIGN = {"ppm": "PPM", "png": "PNG"}
+
+
+@pytest.mark.parametrize("kind", FOREIGN.values(), ids=FOREIGN.keys())
+@pytest.mark.parametrize("way", ["a file", "a pipe", "a slow pipe"])
+def test_a_foreign_picture_on_standard_input(start, folder, kind, way):
+    Image.fromarray(PICTURE.colour[::-1]).save(folder / "one", kind)
+    data = (folder / "one").read_bytes()
+    if way == "a file":
+        with open(folder / "one", "rb") as source:
+            program = start("-", stdin=source)
+    else:
+        read_end, write_end = os.pipe()
+        with os.fdopen(read_end, "rb") as source:
+            program = start("-", stdin=source)
+        if way == "a pipe":
+            data += bytes(300_000)
+            threading.Thread(target=lambda: os.fdopen(write_end, "wb").write(data)).start()
+        else:
+            threading.Thread(target=feed_slowly, args=(write_end, data)).start()
+    program.find(SHOWN)
+    program.key("u")  # reads it once more
+    program.find(SHOWN)
+    assert program.stderr() == ""
+    assert program.close() == 0
+
+
+def test_standard_input_that_is_no_picture_is_told(start, folder):
+    (folder / "words").write_bytes(b"These are words.\n" * 1000)
+    with subprocess.Popen(["cat", str(folder / "words")], stdout=subprocess.PIPE) as source:
+        program = start("-", stdin=source.stdout)
+        source.stdout.close()
+    assert program.wait_for_exit() == 0
+    assert "standard input" in program.stderr()
+
+
 def test_a_pipe_that_delivers_slowly(start):
-    data = image_form(PICTURE)
     read_end, write_end = os.pipe()
-
-    def feed():
-        with os.fdopen(write_end, "wb", buffering=0) as pipe:
-            for at in range(0, len(data), len(data) // 10 + 1):
-                pipe.write(data[at : at + len(data) // 10 + 1])
-                time.sleep(0.05)
-
-    feeder = threading.Thread(target=feed)
+    feeder = threading.Thread(target=feed_slowly, args=(write_end, image_form(PICTURE)))
     with os.fdopen(read_end, "rb") as source:
         program = start(stdin=source)
     feeder.start()

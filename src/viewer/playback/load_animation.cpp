@@ -1,13 +1,16 @@
 #include "viewer/playback/load_animation.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <utility>
 #include <vector>
 
 #include "host/messages.h"
 #include "iff/result_codes.h"
 #include "sequence/frame_reader.h"
+#include "sequence/source_choice.h"
 #include "viewer/picture/title.h"
 #include "viewer/playback/frame_display.h"
 
@@ -35,11 +38,28 @@ class MissingFrames {
                                      {first_, lastFrame_, last_.name, last_.reason}));
         count_ = 0;
     }
+    // So many frames in a row that looking at the folder is worth its while.
+    bool longGap() const { return count_ > 0 && count_ % 1000 == 0; }
 
  private:
     int first_ = 0, lastFrame_ = 0, count_ = 0;
     FrameRead last_;
 };
+
+// The frame that is tried after this one. In a long gap those that the folders do not list are
+// passed over.
+int64_t frameAfter(const Player& player, int frame, MissingFrames& missing) {
+    const int64_t step = stepSize(player), next = frame + step;
+    if (!missing.longGap() || likelyFrameName(player, frame).empty()) return next;
+    const int64_t listed = nextListedFrame(player, frame).value_or(player.lastFrame + step);
+    const int64_t last = std::min<int64_t>(listed - 1, player.lastFrame);
+    if (last < next) return next;
+    for (const int64_t number : {next, frame + (last - frame) / step * step}) {
+        const int skipped = static_cast<int>(number);
+        missing.add(skipped, {iffNotIff, likelyFrameName(player, skipped), std::strerror(ENOENT)});
+    }
+    return listed;
+}
 
 // False when memory has no room for the frame.
 bool loadFrame(Player& player, int number, const ReadTerms& terms, MissingFrames& missing) {
@@ -77,9 +97,9 @@ void loadRemainingFrames(Player& player) {
     if (player.verbose)
         std::printf("%s\n", formatMessage(Message::rVTMemoryLimit, {limit}).c_str());
     const int64_t first = player.currentFrame, step = stepSize(player);
-    const int frames = static_cast<int>((player.lastFrame - first) / step + 1);
+    const auto count = [&](int64_t last) { return static_cast<int>((last - first) / step + 1); };
     player.loading.progress = std::make_unique<Progress>(
-        [frames, source = shownSourceName(player)](int frame) {
+        [frames = count(player.lastFrame), source = shownSourceName(player)](int frame) {
             return formatMessage(Message::rVTLoading, {source, frame, frames});
         });
     ReadAhead ahead(decodingThreads(), player.converted);
@@ -88,17 +108,18 @@ void loadRemainingFrames(Player& player) {
     MissingFrames missing;
     int64_t frame = first + step;
     bool room = true;
-    for (int count = 2; frame <= player.lastFrame && platform::mayGoOn(player.goOn); ++count) {
-        player.loading.progress->show(count);
+    while (frame <= player.lastFrame && platform::mayGoOn(player.goOn)) {
+        player.loading.progress->show(count(frame));
         wantFrames(player, followingFrames(player, frame, ahead.room()), terms.fit, ahead);
         room = loadFrame(player, static_cast<int>(frame), terms, missing);
         if (!room) break;
-        frame += step;
+        frame = frameAfter(player, static_cast<int>(frame), missing);
     }
     missing.report();
     if (!room)
         printError(formatMessage(Message::rVTMemoryUsedUp, {static_cast<int>(frame), limit}));
     player.loading = {};
+    std::fflush(stdout);  // what is told of the frames is there while they are shown
 }
 
 }  // namespace vistel

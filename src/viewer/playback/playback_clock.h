@@ -28,11 +28,11 @@ class PlaybackClock {
     // Later than this many milliseconds the player skips frames when skipping is on. None is
     // allowed: what is late is skipped.
     float allowedLag() const { return 0.0f; }
-    int framesDue() const { return framesDue_; }
+    int64_t framesDue() const { return framesDue_; }
 
  private:
     uint32_t start_ = 0;  // tick, milliseconds
-    int framesDue_ = 0;
+    int64_t framesDue_ = 0;
     float carried_ = 0;  // milliseconds that a wrap carried over; negative: late
 };
 

@@ -30,7 +30,7 @@ void Progress::refresh() {
     shownAt_ = now;
     const Tstring text = text_(frame_);
     setViewerTitle(text);
-    if (console_) std::fprintf(stderr, "\r%s", text.c_str());
+    if (console_) std::fprintf(stderr, "\r%s", printable(text).c_str());
 }
 
 }  // namespace vistel

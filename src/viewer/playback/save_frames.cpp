@@ -108,7 +108,7 @@ FrameWritten writeTo(Player& player, const OutputTarget& target) {
 
 // Writes the frame that is shown, with the lines that tell of it.
 FrameWritten writeShown(Player& player, OutputTarget& target) {
-    target = outputTarget(player, player, player.goOn);
+    target = outputTarget(player, player);
     tell(player, messageText(Message::rVTWritingImage));
     printError(formatMessage(Message::rVTWritingFile, {target.path}));
     const FrameWritten written = writeTo(player, target);

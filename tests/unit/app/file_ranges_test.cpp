@@ -110,8 +110,8 @@ TEST_F(FileRanges, AnIncompleteRangeAsksForTheUsage) {
 }
 
 TEST_F(FileRanges, ADotAtTheEndStandsForTheNumberedFilesWhenThereAreSome) {
-    recorder.discovering = [](const Tstring& stem) {
-        if (stem != "shot.") {
+    recorder.discovering = [](const Tstring& name) {
+        if (name != "shot." && name != "shot.#") {
             viewerState.animation = 0;
             return 0;
         }
@@ -131,8 +131,9 @@ TEST_F(FileRanges, ADotAtTheEndStandsForTheNumberedFilesWhenThereAreSome) {
     EXPECT_EQ(viewerState.fileName, "none.");
     EXPECT_EQ(range(seen_[0]), singleFrame);
 
-    walk({"picture.iff"});
-    EXPECT_EQ(recorder.calls.find("discover"), std::string::npos);
+    walk({"shot.#"});
+    EXPECT_EQ(opened(), "[shot.#]");
+    EXPECT_EQ(range(seen_[0]), "3..9 step 2 at 3, play 3..9");
 }
 
 TEST_F(FileRanges, AnimationsLoadNoDepthUnlessForcedTo) {

@@ -175,8 +175,8 @@ TEST_F(FileWalk, ACommandsTextIsNoFolderAndNoStem) {
 }
 
 TEST_F(FileWalk, StdinIsStandardInputInAnyCase) {
-    walk({"stdin", "STDIN", "Stdin", "./stdin"});
-    EXPECT_EQ(opened(), "[][][][./stdin]");
+    walk({"stdin", "STDIN", "Stdin", "./stdin", "-", "./-"});
+    EXPECT_EQ(opened(), "[][][][./stdin][][./-]");
 }
 
 TEST_F(FileWalk, VerboseNamesEachFileAsItWasGiven) {

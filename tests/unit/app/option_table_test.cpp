@@ -63,6 +63,46 @@ TEST_F(OptionEffect, FlagsSetTheirFields) {
         start);
 }
 
+TEST_F(OptionEffect, AWordThatIsNotWhatItsOptionNeedsIsTold) {
+    const struct {
+        Words words;
+        const char* told;
+    } rows[] = {
+        {{"-m", "x"}, "-m: \"x\" is no whole number from 1 to 8; 1 is used\n"},
+        {{"--magnify=9"}, "-m: \"9\" is no whole number from 1 to 8; 8 is used\n"},
+        {{"-s", "2.5"}, "-s: \"2.5\" is no whole number from 1 on; 2 is used\n"},
+        {{"-l", "-1"}, "-l: \"-1\" is no whole number; 0 is used\n"},
+        {{"-g", "2,2"}, "-g: \"2,2\" is no number; 2 is used\n"},
+        {{"-k", "all"}, "-k: \"all\" is no number; 0 is used\n"},
+        {{"-G", "1.8x"}, "-G: \"1.8x\" is no number; 1.8 is used\n"},
+        {{"-n", "1", "x", "1"}, "-n: \"x\" is no whole number; 0 is used\n"},
+        {{"-r", "23.976"},
+         "-r: \"23.976\" is no frame rate (film, pal, ntsc or a whole number of frames per "
+         "second); "
+         "23 is used\n"},
+        {{"-r", "banana"},
+         "-r: \"banana\" is no frame rate (film, pal, ntsc or a whole number of frames per "
+         "second); "
+         "24 is used\n"},
+        {{"-m", "3", "-s", "2", "-l", "4000000000", "-g", ".5", "-k", "-1e3", "-n", "-1", "5", "1",
+          "-r", "pal", "-G", "1"},
+         ""},
+        {{"-r", "12"}, ""},
+    };
+    for (const auto& row : rows) {
+        testing::internal::CaptureStderr();
+        start(row.words);
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), row.told);
+    }
+}
+
+TEST_F(OptionEffect, ASoundThatCannotBeReadIsTold) {
+    testing::internal::CaptureStderr();
+    start({"-u", "no such sound.wav"});
+    EXPECT_TRUE(testing::internal::GetCapturedStderr().starts_with("no such sound.wav: "));
+    EXPECT_EQ(viewerState.soundOn, 1);
+}
+
 TEST_F(OptionEffect, NumbersAndNamesAreTaken) {
     expectEffects(
         {

@@ -45,9 +45,8 @@ inline StartUpServices recordedServices() {
         if (recorder.hasPicture(code) && !frame.colour.allocate(1, 1)) note("no memory");
         return code;
     };
-    services.discover = [](const Tstring& stem) {
-        note("discover " + stem);
-        return recorder.discovering ? recorder.discovering(stem) : 0;
+    services.discover = [](const Tstring& name) {
+        return recorder.discovering ? recorder.discovering(name) : 0;
     };
     services.sourceBegins = [] { note("start source"); };
     services.clearImageState = [] { note("clear image state"); };

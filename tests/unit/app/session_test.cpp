@@ -87,15 +87,22 @@ TEST_F(Session, TheUsageGoesToStandardErrorWithStatusOneAndStoresNothing) {
     platform::writeSetting("FPS", "31");
     EXPECT_EQ(run({"-r", "50", "-Q"}), 1);
     EXPECT_EQ(errors,
-              formatMessage(Message::rVTUnknownOption, {"-Q"}) + "\n" + usageText("vistel"));
+              usageText("vistel") + "\n" + formatMessage(Message::rVTUnknownOption, {"-Q"}) + "\n");
     EXPECT_EQ(output, "");
     EXPECT_EQ(platform::readSetting("FPS"), "31");
 }
 
+TEST_F(Session, TheVersionIsOneLineOnStandardOutput) {
+    EXPECT_EQ(run({"-v", "--version", "-Q"}), 0);
+    EXPECT_EQ(output, "VisTel version 8.5, image viewer and flipbook player\n");
+    EXPECT_EQ(errors, "");
+    EXPECT_EQ(run({"--version=1"}), 1);
+}
+
 TEST_F(Session, AnIncompleteRangeAmongTheFilesIsAUsageError) {
     EXPECT_EQ(run({"-r", "50", "a", "-n5", "9"}), 1);
-    EXPECT_EQ(errors,
-              formatMessage(Message::rVTMissingArgument, {"-n5"}) + "\n" + usageText("vistel"));
+    EXPECT_EQ(errors, usageText("vistel") + "\n" +
+                          formatMessage(Message::rVTMissingArgument, {"-n5"}) + "\n");
     EXPECT_EQ(platform::readSetting("FPS"), "24");
 }
 

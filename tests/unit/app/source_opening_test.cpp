@@ -33,9 +33,7 @@ int openReally(const Tstring& name, FrameStore& frame) {
     return openImageSource(viewerState, name, {}, false, frame);
 }
 
-int discoverReally(const Tstring& stem) {
-    return discoverNumberedFiles(viewerState, stem, viewerState);
-}
+int discoverReally(const Tstring& name) { return discoverFrames(viewerState, name, viewerState); }
 
 void note(FrameStore&& frame) {
     shown.reds.push_back(redOf(frame));

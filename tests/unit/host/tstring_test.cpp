@@ -138,5 +138,25 @@ TEST(FormatPrintf, FormatsTextOfAnyLength) {
     EXPECT_EQ(formatPrintf("%s!", longText.c_str()), longText + "!");
 }
 
+TEST(TstringTest, WholeTextsAreToldFromThoseThatBeginWithANumber) {
+    for (const char* text : {"0", "007", "4294967295"})
+        EXPECT_TRUE(Tstring(text).isUInt32()) << text;
+    for (const char* text : {"", "-1", "+1", "1x", " 1", "4294967296", "99999999999999999999"})
+        EXPECT_FALSE(Tstring(text).isUInt32()) << text;
+    for (const char* text : {"0", "-1", "+2.5", ".5", "3.", "1e3", "1e999"})
+        EXPECT_TRUE(Tstring(text).isReal()) << text;
+    for (const char* text : {"", "-", "x", "1x", "2,2", " 1", "inf", "nan", "+-1", "1e3e"})
+        EXPECT_FALSE(Tstring(text).isReal()) << text;
+}
+
+TEST(TstringTest, ControlCharactersArePrintedAsEscapes) {
+    EXPECT_EQ(printable("a\x1b[2Jb\r\n\t\x7f"), "a\\x1b[2Jb\\x0d\\x0a\\x09\\x7f");
+    EXPECT_EQ(printable("\xc2\x9b"
+                        "31m \xc2\xa0 \xc3\x9b C:\\x"),
+              "\\x9b31m \xc2\xa0 \xc3\x9b C:\\x");
+    EXPECT_EQ(printable(std::string_view("\0", 1)), "\\x00");
+    EXPECT_EQ(printable(""), "");
+}
+
 }  // namespace
 }  // namespace vistel

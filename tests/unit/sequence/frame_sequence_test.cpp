@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "host/messages.h"
+#include "sequence/frame_listing.h"
 #include "sequence_fixture.h"
 
 namespace vistel {
@@ -119,37 +120,8 @@ TEST_F(Discovery, TakesAnUnreadableFolderForAnEmptyOne) {
     EXPECT_EQ(discover("nowhere/shot."), 0);
 }
 
-// --- the listing of one folder -------------------------------------------------------------------
-
-class Listing : public Discovery {
- protected:
-    int list(const Tstring& stem) {
-        return listNumberedFiles(state_.startDirectory, "", stem, numbers_, state_.padWidth);
-    }
-    std::vector<int> numbers_;
-};
-
-TEST_F(Listing, CountsEveryFileThatBeginsWithTheBasePart) {
-    touch({"shot.bak", "shot.0012.iff", "other.3"});
-    EXPECT_EQ(list("shot."), 2);
-    std::sort(numbers_.begin(), numbers_.end());
-    EXPECT_EQ(numbers_, (std::vector<int>{0, 12}));
-}
-
-TEST_F(Listing, KeepsAWidthThatIsKnown) {
-    touch({"shot.0012"});
-    state_.padWidth = 2;
-    EXPECT_EQ(list("shot."), 1);
-    EXPECT_EQ(state_.padWidth, 2);
-}
-
-TEST_F(Listing, StopsAt4095NumbersAndTellsWhenThereAreMore) {
-    for (int i = 1; i <= 4095; ++i) std::ofstream(folder_ / ("n." + std::to_string(i)));
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(list("n."), 4095);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-
-    touch({"n.4096"});
+TEST_F(Discovery, TellsOfMoreThan4095Files) {
+    for (int i = 1; i <= 4096; ++i) std::ofstream(folder_ / ("n." + std::to_string(i)));
     testing::internal::CaptureStderr();
     EXPECT_EQ(discover("n."), 1);
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
@@ -158,6 +130,132 @@ TEST_F(Listing, StopsAt4095NumbersAndTellsWhenThereAreMore) {
     EXPECT_LE(state_.lastFrame, 4096);
     EXPECT_GE(state_.lastFrame - state_.firstFrame, 4094);
     EXPECT_EQ(state_.animation, 1);
+}
+
+// --- names with a number in them -----------------------------------------------------------------
+
+class NameTaken : public Discovery {
+ protected:
+    // What is told of a name without a range; the frames are in state_.
+    std::string take(const Tstring& name) {
+        state_.animation = 0;
+        state_.nameParts.reset();
+        testing::internal::CaptureStderr();
+        found_ = discoverFrames(state_, name, state_);
+        return testing::internal::GetCapturedStderr();
+    }
+    // "before|after width"; empty: the name itself tells.
+    std::string parts() const {
+        if (!state_.nameParts) return {};
+        return state_.nameParts->before + "|" + state_.nameParts->after + " " +
+               std::to_string(state_.padWidth);
+    }
+    int found_ = -1;
+};
+
+TEST_F(NameTaken, TheSuffixThatAllFilesOfAStemShareBelongsToTheirNames) {
+    touch({"shot.0001.png", "shot.0002.png", "a b#.7"});
+    EXPECT_EQ(take("shot."), "");
+    EXPECT_EQ(parts(), "shot.|.png 4");
+    expectRange(1, 2, 1);
+    EXPECT_EQ(take("a b#."), "");
+    EXPECT_EQ(parts(), "a b#.| 0");
+}
+
+TEST_F(NameTaken, FilesWithoutASuffixComeFirstAndTheOthersAreTold) {
+    touch({"shot.1", "shot.2", "shot.2.png", "shot.4.png"});
+    EXPECT_EQ(take("shot."),
+              formatMessage(Message::rVTSuffixLeftOut, {"shot.", "shot.@.png"}) + "\n");
+    EXPECT_EQ(parts(), "shot.| 0");
+}
+
+TEST_F(NameTaken, DifferentSuffixesBelongToNoName) {
+    touch({"shot.1.png", "shot.2.iff"});
+    EXPECT_EQ(take("shot."), "");
+    EXPECT_EQ(parts(), "shot.| 0");
+}
+
+TEST_F(NameTaken, AFileWithoutANumberCountsAsFrameZeroAndIsTold) {
+    touch({"t.bak", "t.12.iff"});
+    EXPECT_EQ(take("t."), formatMessage(Message::rVTStrayFile, {"t.bak", "t."}) + "\n");
+    EXPECT_EQ(parts(), "t.| 0");
+    expectRange(0, 12, 12);
+    touch({"t.0"});
+    EXPECT_EQ(take("t.").find(formatMessage(Message::rVTStrayFile, {"t.bak", "t."})),
+              std::string::npos);
+}
+
+TEST_F(NameTaken, APatternStandsForTheFilesThatFitIt) {
+    touch({"h.0003.png", "h.0005.png", "h.0009.png", "h.0004.iff", "h.04.png", "u.8.png",
+           "u.10.png", "w@x/s.#/f.01.i"});
+    struct Row {
+        const char *name, *parts;
+        int first, last, step;
+    };
+    const Row rows[] = {
+        {"h.#.png", "h.|.png 4", 3, 9, 2},
+        {"h.####.png", "h.|.png 4", 3, 9, 2},
+        {"h.%04d.png", "h.|.png 4", 3, 9, 2},
+        {"h.@@.png", "h.|.png 2", 4, 4, 1},
+        {"h.0001-0005.png", "h.|.png 4", 3, 5, 2},
+        {"h.5-1.png", "h.|.png 4", 3, 5, 2},
+        {"u.#.png", "u.|.png 1", 8, 10, 2},
+        {"u.@.png", "u.|.png 1", 8, 10, 2},
+        {"u.%d.png", "u.|.png 0", 8, 10, 2},
+        {"u.8-10.png", "u.|.png 1", 8, 10, 2},
+        {"w@x/s.#/f.#.i", "w@x/s.#/f.|.i 2", 1, 1, 1},
+    };
+    for (const Row& row : rows) {
+        take(row.name);
+        EXPECT_EQ(found_, 1) << row.name;
+        EXPECT_EQ(parts(), row.parts) << row.name;
+        expectRange(row.first, row.last, row.step);
+    }
+}
+
+TEST_F(NameTaken, WhatNoFileFitsStandsForItself) {
+    touch({"h.0003.png", "plain.iff"});
+    for (const char* name : {"h.@.png", "h.%d.png", "h.%3d.png", "h.#.iff", "h.0004-0009.png",
+                             "h.0003.png", "plain.iff", "none.#", "h-.png", "pipe:a#"}) {
+        EXPECT_EQ(take(name), "") << name;
+        EXPECT_EQ(found_, 0) << name;
+        EXPECT_EQ(state_.animation, 0) << name;
+        EXPECT_EQ(parts(), "") << name;
+    }
+}
+
+TEST_F(NameTaken, AFileOfThatNameComesFirstAndTheFramesAreTold) {
+    touch({"h.#.png", "h.0003.png", "h.0005.png", "r.1-2.png", "r.1.png"});
+    EXPECT_EQ(take("h.#.png"),
+              formatMessage(Message::rVTFileTaken, {"h.#.png", 3, 5, 2, "h.#.png"}) + "\n");
+    EXPECT_EQ(found_, 0);
+    EXPECT_EQ(take("r.1-2.png"),
+              formatMessage(Message::rVTFileTaken, {"r.1-2.png", 1, 1, 1, "r.@.png"}) + "\n");
+    EXPECT_EQ(found_, 0);
+}
+
+TEST_F(NameTaken, ARangeOfWhichLessIsThereIsTold) {
+    touch({"h.0003.png", "h.0005.png"});
+    EXPECT_EQ(take("h.0001-0009.png"),
+              formatMessage(Message::rVTRangeFound, {"h.0001-0009.png", 3, 5}) + "\n");
+    EXPECT_EQ(take("h.0003-0005.png"), "");
+}
+
+TEST_F(NameTaken, WithARangePercentSignsAreAMarkWhereOnlyThatFindsAFrame) {
+    touch({"h.0003.png", "h.0003.%02d"});
+    const auto takeWithRange = [&](const Tstring& name) {
+        state_.nameParts.reset();
+        setRange(3, 5, 1);
+        return discoverFrames(state_, name, state_);
+    };
+    EXPECT_EQ(takeWithRange("h.%04d.png"), 1);
+    EXPECT_EQ(parts(), "h.|.png 4");
+    expectRange(3, 5, 1);
+    EXPECT_EQ(takeWithRange("h.#.png"), 0);
+    EXPECT_EQ(takeWithRange("h.%03d.png"), 0);
+    touch({"h.%04d.png.3"});
+    EXPECT_EQ(takeWithRange("h.%04d.png"), 0);
+    EXPECT_EQ(parts(), "");
 }
 
 // --- the frame picked in the dialog --------------------------------------------------------------

@@ -1,6 +1,6 @@
 #include "sequence/image_source.h"
 
-#include "sequence/frame_sequence.h"
+#include "sequence/frame_listing.h"
 #include "source_fixture.h"
 
 namespace vistel {

@@ -4,7 +4,7 @@
 #include <cstdlib>
 
 #include "host/messages.h"
-#include "sequence/frame_sequence.h"
+#include "sequence/frame_listing.h"
 #include "stream_contents.h"
 
 namespace vistel {

@@ -74,7 +74,7 @@ class OutputTargets : public OutputNames {
         loadAllPXFPlugins();
         saving_.overwriteMode = 1;
     }
-    OutputTarget target() { return outputTarget(saving_, state_, {}); }
+    OutputTarget target() { return outputTarget(saving_, state_); }
 };
 
 TEST_F(OutputTargets, AreTheFilesThatFramesAreReadFrom) {

@@ -122,9 +122,63 @@ TEST_F(Choice, AMissingFirstFrameIsAnAnimationNotFound) {
     write("shot.2", imageForm(12));
     setRange(1, 2, 1);
     EXPECT_EQ(open("shot"), iffNotIff);
-    EXPECT_EQ(errors_,
-              notFound("shot", "shot.1", ENOENT) + messageText(Message::rVTFindFirstHint) + "\n");
+    EXPECT_EQ(errors_, notFound("shot", "shot.1", ENOENT) + messageText(Message::rVTFindFirstHint) +
+                           "\n" + formatMessage(Message::rVTFrameHint, {"shot.@", 2}) + "\n");
     EXPECT_FALSE(frame_.hasPicture());
+}
+
+TEST_F(Choice, FindFirstIsNamedOnlyWhereItHelps) {
+    touch({"a.0002", "b.5", "c.4", "d.2.iff", "e.2"});
+    const struct {
+        const char* name;
+        bool helps;
+    } rows[] = {{"a", false}, {"b", false}, {"c", true}, {"d", false}, {"none", false}};
+    for (const auto& row : rows) {
+        setRange(1, 3, 3);  // tries 4 as well
+        EXPECT_EQ(open(row.name), iffNotIff);
+        EXPECT_EQ(errors_.find(messageText(Message::rVTFindFirstHint)) != std::string::npos,
+                  row.helps)
+            << row.name;
+    }
+}
+
+TEST_F(Choice, WhatWouldWorkIsNamed) {
+    touch({"shot.0001.png", "shot.0002.png"});
+    const Tstring hint = formatMessage(Message::rVTFramesHint, {"shot.#.png", 1, 2}) + "\n";
+    setRange(1, 2, 1);
+    EXPECT_EQ(open("shot"), iffNotIff);
+    EXPECT_EQ(errors_, notFound("shot", "shot.1", ENOENT) + hint);
+    state_.animation = 0;
+    EXPECT_EQ(open("shot"), iffNotIff);
+    EXPECT_TRUE(errors_.starts_with("shot: ") && errors_.ends_with("\n" + hint)) << errors_;
+    for (const char* folder : {".", "./"}) {
+        EXPECT_EQ(open(folder), iffNotIff);
+        EXPECT_TRUE(errors_.ends_with(
+            "\n" + formatMessage(Message::rVTFramesHint, {"./shot.#.png", 1, 2}) + "\n"))
+            << errors_;
+    }
+}
+
+TEST_F(Choice, FramesAreFoundBetweenThePartsThatTheListingTold) {
+    write("b c #d.07.iff", imageForm(7));
+    setRange(7, 7, 1);
+    state_.nameParts = NameParts{"b c #d.", ".iff"};
+    state_.padWidth = 2;
+    EXPECT_EQ(open("b c #d"), 0);
+    EXPECT_EQ(red(), 7);
+    EXPECT_EQ(readAgain({7}), (Results{{0, 7}}));
+    EXPECT_TRUE(likelyFramePath(state_, 8).ends_with("b c #d.08.iff"));
+}
+
+TEST_F(Choice, TheNextFrameThatTheFoldersList) {
+    touch({"shot.0004", "shot.9", "shot.12", "work/tex/shot.7", "shot.x"});
+    setRange(1, 10, 3);
+    state_.openedName = "shot";
+    EXPECT_EQ(nextListedFrame(state_, 1), 4);
+    EXPECT_EQ(nextListedFrame(state_, 4), 7);
+    EXPECT_EQ(nextListedFrame(state_, 7), std::nullopt);
+    state_.openedName = "none";
+    EXPECT_EQ(nextListedFrame(state_, 1), std::nullopt);
 }
 
 TEST_F(Choice, AnAnimationNotFoundTellsTheNameAndTheSystemsReason) {
@@ -174,19 +228,16 @@ TEST_F(Choice, FindFirstThatFindsNothingIsReportedByTheBaseName) {
     EXPECT_TRUE(errors_.starts_with("shot: ")) << errors_;
 }
 
-TEST_F(Choice, FindFirstOverAHugeRangeEndsWhenTheUserLeaves) {
-    setRange(1, INT32_MAX, 1);
+TEST_F(Choice, FindFirstPassesAHugeGapByTheListing) {
+    write("shot.2000000000", imageForm(10));
+    write("shot.0007", imageForm(11));  // not the name of frame 7
+    setRange(INT32_MIN, INT32_MAX, 1);
     state_.findFirst = 1;
-    terms_.goOn = [left = 3]() mutable { return --left > 0; };
-    EXPECT_EQ(open("shot"), iffNotIff);
-    EXPECT_EQ(state_.currentFrame, 2001);  // asked before the names 0, 1000 and 2000
-}
-
-TEST_F(Choice, FindFirstEndsAtTheLargestNumber) {
-    setRange(INT32_MAX - 1, INT32_MAX, 1);
-    state_.findFirst = 1;
-    EXPECT_EQ(open("shot"), iffNotIff);
-    EXPECT_EQ(state_.currentFrame, INT32_MAX);
+    EXPECT_EQ(open("shot"), 0);
+    EXPECT_EQ(state_.currentFrame, 2000000000);
+    setRange(2000000000, INT32_MAX, 1);
+    EXPECT_EQ(open("none"), iffNotIff);
+    EXPECT_TRUE(errors_.starts_with("none: ")) << errors_;
 }
 
 // --- one file with all frames --------------------------------------------------------------------
@@ -207,7 +258,7 @@ TEST_F(Choice, TheOpenOneFileIsHandedOverAtItsStart) {
     EXPECT_EQ(open("all.iff"), 0);
     FILE* const kept = state_.oneFileStream.file();
     ASSERT_NE(kept, nullptr);
-    OpenedSource source = chooseSource(state_, "all.iff", 2, Reading::again, {});
+    OpenedSource source = chooseSource(state_, "all.iff", 2, Reading::again);
     EXPECT_EQ(source.stream.file(), kept);
     EXPECT_EQ(platform::streamPosition(kept), 0);
     EXPECT_TRUE(source.oneFile);
@@ -222,8 +273,7 @@ TEST_F(Choice, TheLikelyPathOfAFrameIsThatOfItsName) {
     write("shot.3", imageForm(3));
     setRange(1, 4, 1);
     state_.openedName = "shot";
-    EXPECT_EQ(likelyFramePath(state_, 3),
-              chooseSource(state_, "shot", 3, Reading::again, {}).located);
+    EXPECT_EQ(likelyFramePath(state_, 3), chooseSource(state_, "shot", 3, Reading::again).located);
     EXPECT_TRUE(likelyFramePath(state_, 4).ends_with("shot.4"));
 }
 

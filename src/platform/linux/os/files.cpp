@@ -88,6 +88,12 @@ FILE* duplicateStandardStream(int descriptor, const char* mode) {
     return stream;
 }
 
+bool replaceStandardInput(FILE* file) {
+    return fseeko(file, 0, SEEK_SET) == 0 && std::fflush(file) == 0 && dup2(fileno(file), 0) == 0;
+}
+
+bool giveBackReadAhead(FILE* stream) { return std::fflush(stream) == 0; }
+
 FILE* duplicateStream(FILE* stream) {
     std::fflush(stream);
     const int copy = fcntl(fileno(stream), F_DUPFD_CLOEXEC, 3);

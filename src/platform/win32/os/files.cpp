@@ -138,6 +138,18 @@ FILE* duplicateStandardStream(int descriptor, const char* mode) {
     return stream;
 }
 
+bool replaceStandardInput(FILE* file) {
+    return _fseeki64(file, 0, SEEK_SET) == 0 && std::fflush(file) == 0 &&
+           _dup2(_fileno(file), 0) == 0;
+}
+
+// Here a seek throws away what was read ahead.
+bool giveBackReadAhead(FILE* stream) {
+    const int64_t place = _ftelli64(stream);
+    return place >= 0 && _fseeki64(stream, place, SEEK_SET) == 0 &&
+           _lseeki64(_fileno(stream), place, SEEK_SET) == place;
+}
+
 FILE* duplicateStream(FILE* stream) {
     std::fflush(stream);
     const int copy = duplicate(_fileno(stream));

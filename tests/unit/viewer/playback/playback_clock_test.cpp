@@ -53,6 +53,15 @@ TEST_F(PlaybackClockTest, AWrapKeepsTheMillisecondsThatTheNextFrameIsEarlyOrLate
     }
 }
 
+TEST_F(PlaybackClockTest, TheLargestStepsAreCounted) {
+    PlaybackClock clock;
+    clock.reset();
+    clock.step(INT32_MAX);
+    clock.step(INT32_MAX);
+    EXPECT_EQ(clock.framesDue(), 2 * int64_t{INT32_MAX});
+    EXPECT_FLOAT_EQ(clock.timeAhead(1000), 2.0f * float(INT32_MAX));
+}
+
 TEST_F(PlaybackClockTest, TheMeterShowsTheAverageOfEachTwentyPasses) {
     FpsMeter meter;
     meter.count();
