@@ -499,11 +499,14 @@ TEST_F(ViewCommandsTest, TheLabelOfAnAnimationIsAtTheFoot) {
     for (const int y : {0, 15}) EXPECT_EQ(image.at(1, y), 0xFF202020u);
 }
 
-TEST_F(ViewCommandsTest, APictureWithoutMarginsHasNoLabel) {
+TEST_F(ViewCommandsTest, APictureWithoutMarginsHasItsLabelToo) {
     showImage(planesFrame(1, 400, 200));
-    key('R');
     redraw();
     EXPECT_TRUE(headless::visibleTexts().empty());
+    key('R');
+    redraw();
+    ASSERT_EQ(headless::visibleTexts().size(), 1u);
+    EXPECT_EQ(shownText(), "Red");
 }
 
 }  // namespace vistel

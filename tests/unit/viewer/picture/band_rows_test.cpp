@@ -148,10 +148,13 @@ TEST_F(BandRowsTest, OnADenseScreenTheBandsGrowWithTheTexts) {
     expectBand(340, 379);
     expectPictureRow(40);
     expectPictureRow(339);
+    SetUp();
+    headless::setTextScale(2);
     showImage(planesFrame(1, 400, 200, imageColour));
     key('A');
-    EXPECT_EQ(text(0).x, 12);
-    EXPECT_EQ(text(0).y, 12);
+    const size_t message = headless::visibleTexts().size() - 1;
+    EXPECT_EQ(text(message).x, 12);
+    EXPECT_EQ(text(message).y, 12);
     EXPECT_EQ(headless::visibleImage().at(399, 39), black);
     EXPECT_NE(headless::visibleImage().at(399, 40), black);
 }
