@@ -72,6 +72,9 @@ def two(start, system):
     return run
 
 
+TICK = "259 1"  # also when the keyboard comes
+
+
 def modes(system):
     # The toolkit of the one binds windows to the first thread.
     return ["loop", "threads"] if system.name == "wine" else ["loop"]
@@ -92,7 +95,8 @@ def test_two_windows_live_beside_each_other(two, system):
         windows.wait_for("right", "event 66 0")
         for name, code in {"left": 65, "right": 66}.items():
             button, key = ["1 1", "1 0"], [f"{code} 1", f"{code} 0"]
-            assert windows.said(name, "event") == button + key
+            heard = [event for event in windows.said(name, "event") if event != TICK]
+            assert heard == button + key
 
         # One picture changes, the other stays.
         windows.key("left", "c")

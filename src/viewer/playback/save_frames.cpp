@@ -68,53 +68,48 @@ const FrameStore* wholeFrame(Player& player, FrameStore& room, FrameRead& read) 
     terms.ahead = nullptr;
     read = readFrame(player, player.currentFrame, terms, room);
     if (read.code != iffOk) return nullptr;
-    for (const Stroke& stroke : shown.strokes) paintStroke(stroke, room, shown.shrink / room.shrink);
+    for (const Stroke& stroke : shown.strokes)
+        paintStroke(stroke, room, shown.shrink / room.shrink);
     return &room;
 }
 
-struct Sizes {
-    int width, height, fullWidth, fullHeight;
-};
-Sizes sizesOf(const FrameStore& frame) {
-    return {frame.width, frame.height, static_cast<int>(frame.header.width),
-            static_cast<int>(frame.header.height)};
-}
-
-FrameWritten refused(const Tstring& reason) { return {iffClientError, reason, false}; }
-
-// Writes the frame that is shown to its target.
-FrameWritten writeTo(Player& player, const OutputTarget& target) {
-    if (!target.refusal.empty()) return refused(target.refusal);
-    FrameStore room;
-    FrameRead read;
-    const FrameStore* frame = wholeFrame(player, room, read);
-    const Sizes sizes = sizesOf(*player.shown);
-    if (!frame && target.isSource)
-        return refused(formatMessage(
-            Message::rVTSmallerRefused,
-            {sizes.width, sizes.height, sizes.fullWidth, sizes.fullHeight, read.reason}));
-    FrameWriter writer;
-    if (!writer.open(target)) {
-        const int error = errno;
-        return {iffIoError, std::strerror(error), true};
-    }
-    const FrameWritten written = writeServingWindow(player, writer, frame ? *frame : *player.shown);
-    if (!frame && written.code == iffOk)
-        printError(formatMessage(Message::rVTWrittenSmaller,
-                                 {target.path, sizes.width, sizes.height, sizes.fullWidth,
-                                  sizes.fullHeight, read.reason}));
-    return written;
+FrameWritten notWritten(const OutputTarget& target, const Tstring& reason) {
+    printError(formatMessage(Message::rVTNotWritten, {target.path, reason}));
+    return {iffClientError, reason, false};
 }
 
 // Writes the frame that is shown, with the lines that tell of it.
 FrameWritten writeShown(Player& player, OutputTarget& target) {
     target = outputTarget(player, player);
+    if (!target.refusal.empty()) return notWritten(target, target.refusal);
+    FrameStore room;
+    FrameRead read;
+    const FrameStore* whole = wholeFrame(player, room, read);
+    const FrameStore& shown = *player.shown;
+    const int fullWidth = static_cast<int>(shown.header.width);
+    const int fullHeight = static_cast<int>(shown.header.height);
+    if (!whole && target.isSource)
+        return notWritten(
+            target, formatMessage(Message::rVTSmallerRefused,
+                                  {shown.width, shown.height, fullWidth, fullHeight, read.reason}));
+    FrameWriter writer;
+    if (!writer.open(target)) {
+        const Tstring reason = std::strerror(errno);
+        printError(target.path + ": " + reason);
+        return {iffIoError, reason, true};
+    }
     tell(player, messageText(Message::rVTWritingImage));
     printError(formatMessage(Message::rVTWritingFile, {target.path}));
-    const FrameWritten written = writeTo(player, target);
-    printError(written.code == iffOk
-                   ? messageText(Message::rVTDone)
-                   : formatMessage(Message::rVTNotWritten, {target.path, written.reason}));
+    const FrameWritten written = writeServingWindow(player, writer, whole ? *whole : shown);
+    if (written.code != iffOk) {
+        printError(formatMessage(Message::rVTNotWritten, {target.path, written.reason}));
+        return written;
+    }
+    printError(messageText(Message::rVTDone));
+    if (!whole)
+        printError(formatMessage(
+            Message::rVTWrittenSmaller,
+            {target.path, shown.width, shown.height, fullWidth, fullHeight, read.reason}));
     return written;
 }
 
