@@ -69,6 +69,11 @@ void releaseWindow(Window* window);
 // Moves and resizes so that the client area is at this rectangle; also switches border and menu.
 void placeWindow(Window* window, const PixelRect& client, bool border);
 
+// What the whole window takes of the screen, the system's frame and the menu included, when its
+// client area is at this rectangle. Also of a window that is yet to be opened (null); what only the
+// open window knows is missing then.
+PixelRect outerRect(const Window* window, const PixelRect& client, bool border);
+
 void setWindowTitle(Window* window, const std::string& title);
 
 // Whole client area, the control bar included. 0 x 0 without a window.
@@ -99,8 +104,9 @@ struct ScreenSize {
     int width = 0, height = 0;
 };
 ScreenSize screenSize();
-// The part of the screen that no task bar covers.
-PixelRect workArea();
+// The part that no task bar covers of the screen that the window is on, of the main one without a
+// window.
+PixelRect workArea(const Window* window);
 
 // Whether a key, by its virtual-key code, or a mouse button (1 left, 2 right, 4 middle) is held
 // now, whichever window has the keyboard.

@@ -310,6 +310,74 @@ def test_a_frame_of_another_size_is_centred_in_the_window(start, folder):
     assert program.find_part(on_screen(pictures[0])) == (first.place.x, first.place.y)
 
 
+def window_round(size):
+    """Sides of the window that an animation with frames of that size has."""
+    across, up = view.expected_margins(*size, animation=True)
+    return size[0] + 2 * across, size[1] + 2 * up
+
+
+def test_a_larger_frame_makes_the_window_grow_which_stays_so(start, folder):
+    sizes = [(150, 120), (420, 160), (200, 330)]
+    pictures = [Picture(colour=noise(*size, seed=n)) for n, size in enumerate(sizes, 1)]
+    for number in (1, 2, 3):
+        write(folder / f"shot.{number}", pictures[0])
+    # Frames are read when they are shown: they become larger once playing has stopped.
+    program = start("-r", "8", "shot.", environment={"VISTEL_MEMORY": "0"})
+    program.find_part(on_screen(pictures[0]))
+    program.wait_until_loaded()
+    program.key("space", "Control_L+Left")
+    program.wait_for_rest()
+    for number in (2, 3):
+        write(folder / f"shot.{number}", pictures[number - 1])
+    window = window_round(sizes[0])
+
+    def expect(picture, size):
+        place = program.find_part(on_screen(picture))
+        left, top, width, height = program.desktop.rectangle(program.window())
+        # The picture is in the middle of a client area of the window's sides; below and beside it
+        # the window has a border of less than ten pixels.
+        assert abs((width - window[0]) - 2 * (place[0] - left - (window[0] - size[0]) // 2)) <= 1
+        assert 0 <= width - window[0] < 20
+        below = top + height - place[1] - size[1]
+        assert 0 <= below - (window[1] - size[1]) // 2 < 10
+
+    expect(pictures[0], sizes[0])
+    program.key("Right")
+    window = tuple(map(max, window, window_round(sizes[1])))
+    expect(pictures[1], sizes[1])
+    program.key("Right")
+    window = window_round((420, 330))
+    expect(pictures[2], sizes[2])
+    for number in (0, 1, 2, 0):
+        program.key("Right")
+        expect(pictures[number], sizes[number])
+    write(folder / "shot.1", Picture(colour=noise(500, 400, seed=9)))
+    program.key("u")
+    window = window_round((500, 400))
+    expect(Picture(colour=noise(500, 400, seed=9)), (500, 400))
+
+
+def test_a_window_that_does_not_fit_lies_on_the_screen_and_all_rows_can_be_reached(start, folder):
+    pictures = [Picture(colour=noise(1270, 990, seed=n)) for n in (1, 1)]
+    for number, picture in enumerate(pictures, 1):
+        write(folder / f"shot.{number}", picture)
+    program = start("-r", "8", "shot.")
+    shown = on_screen(pictures[0])
+    program.find_part(shown[400:600, 400:800])
+    program.wait_until_loaded()
+    program.key("space")
+    left, top, width, height = program.desktop.rectangle(program.window())
+    assert left >= 0 and top >= 0
+    assert left + width <= WIDTH and top + height <= HEIGHT
+    corners = {
+        "KP_7": shown[-100:, -100:], "KP_9": shown[-100:, :100],
+        "KP_3": shown[:100, :100], "KP_1": shown[:100, -100:],
+    }
+    for stroke, corner in corners.items():
+        program.key(*[f"Alt_L+Shift_L+{stroke}"] * 8)
+        program.find_part(corner)
+
+
 def assert_fills_the_screen(program, picture, zoom=1):
     """The picture is centred on the screen and nothing else is on it."""
     wanted = view.magnified(on_screen(picture), zoom)

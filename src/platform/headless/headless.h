@@ -11,9 +11,14 @@
 
 namespace vistel::platform::headless {
 
-// A new desktop: no window, tick 0, screen 1280 x 1024 with a work area of the same size. Windows
-// that are open are closed; their handles stay good.
+// A new desktop: no window, tick 0, screen 1280 x 1024 with a work area of the same size, windows
+// without frames. Windows that are open are closed; their handles stay good.
 void reset();
+
+// The part of the screen that no task bar covers, and how thick the frame of a window with border
+// is on each of its sides.
+void setWorkArea(const PixelRect& work);
+void setFrame(const PixelRect& thickness);
 
 // The window that the user sits at and that the questions below are about: the one opened last, or
 // the one chosen since. Null when there was none, or when it was released.

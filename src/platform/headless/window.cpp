@@ -27,6 +27,8 @@ struct Desktop {
     std::function<void()> idle;
     std::set<int> held;
     int mouseX = 0, mouseY = 0;
+    PixelRect work{0, 0, 1280, 1024};
+    PixelRect frame;  // thickness on each side
 };
 Desktop desktop;
 
@@ -106,7 +108,14 @@ void clientScreenPosition(const Window* window, int& x, int& y) {
 }
 
 ScreenSize screenSize() { return {1280, 1024}; }
-PixelRect workArea() { return {0, 0, 1280, 1024}; }
+PixelRect workArea(const Window*) { return desktop.work; }
+
+PixelRect outerRect(const Window*, const PixelRect& client, bool border) {
+    if (!border) return client;
+    const PixelRect& frame = desktop.frame;
+    return {client.left - frame.left, client.top - frame.top, client.right + frame.right,
+            client.bottom + frame.bottom};
+}
 void setCursor(Window*, bool) {}
 void startTimer(Window* window, unsigned milliseconds) {
     if (windowExists(window)) window->timerPeriod = milliseconds;
@@ -237,6 +246,8 @@ bool windowOpen() { return windowExists(desktop.last); }
 const std::vector<std::string>& messageBoxes() { return desktop.boxes; }
 bool menuChecked(int command) { return lastWindow().checked.count(command) != 0; }
 bool menuEnabled(int command) { return lastWindow().disabled.count(command) == 0; }
+void setWorkArea(const PixelRect& work) { desktop.work = work; }
+void setFrame(const PixelRect& thickness) { desktop.frame = thickness; }
 void refuseWindow() { desktop.refuse = true; }
 
 const Image& visibleImage() { return lastWindow().surface.visible; }

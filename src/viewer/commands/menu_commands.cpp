@@ -46,6 +46,7 @@ bool enterFullScreen(Viewer& viewer, const Press& press, int) {
 bool toggleFullResolution(Viewer& viewer, const Press& press, int) {
     viewer.noRescale = !viewer.noRescale;
     platform::checkMenuItem(windowContext().window, COMMAND_FULL_RESOLUTION, viewer.noRescale);
+    forgetLargestFrame(viewer.layout);
     if (!viewer.shown) return false;
     return keepFittingFrames(viewer) ? refitWindow(viewer) : postKey(viewer, press, keyReload);
 }

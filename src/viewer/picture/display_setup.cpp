@@ -23,10 +23,9 @@ constexpr int leastAnimationHeight = 240;  // window pixels
 constexpr int leastImageHeight = 144;
 constexpr int halfHeightLines =
     491;  // lines of the picture area in half-height mode, whatever the screen
-constexpr int workAreaReserve = 120;  // a full-resolution window leaves this much of the work area
-constexpr int captionAndMenuRows = 50;  // kept on the screen when full screen is left
-constexpr int sequenceTimerRate = 10;   // ticks per second, at which the end of a file is noticed
-constexpr int titleRows = 29;           // of the screen, taken by the window's title
+constexpr int workAreaReserve = 120;   // a full-resolution window leaves this much of the work area
+constexpr int sequenceTimerRate = 10;  // ticks per second, at which the end of a file is noticed
+constexpr int titleRows = 29;          // of the screen, taken by the window's title
 
 int screenMargin(int screen, int picture) { return std::max(0, (screen - picture) / 2); }
 
@@ -43,20 +42,18 @@ int fittedSide(const ShowOptions& options, int side, int screenSide, int workSid
 }
 
 // The window around picture and margins: centred on the work area at first, later where it is.
-void placeAround(const Picture& picture) {
-    const PictureLayout& layout = picture.layout;
-    const int width = layout.visibleWidth + 2 * layout.marginX;
-    const int height = layout.visibleHeight + 2 * layout.marginY;
+void placeAround(const Picture& picture, const Surround& surround) {
+    const int width = surround.visibleWidth + 2 * surround.marginX;
+    const int height = surround.visibleHeight + 2 * surround.marginY;
     if (picture.fullScreen) {
         const platform::ScreenSize screen = platform::screenSize();
         clearPreferredPosition();
         windowContext().coversScreen = true;
         return setPreferredPosition(0, screen.width, 0, screen.height);
     }
-    const platform::PixelRect work = platform::workArea();
+    const platform::PixelRect work = platform::workArea(windowContext().window);
     int left = work.left + std::max(0, (work.width() - width) / 2);
     int top = work.top + std::max(0, (work.height() - height) / 2);
-    if (windowContext().coversScreen) top = std::max(top, work.top + captionAndMenuRows);
     if (platform::windowExists(windowContext().window) && !windowContext().coversScreen) {
         platform::clientScreenPosition(windowContext().window, left, top);
     }
@@ -71,28 +68,60 @@ void placeAround(const Picture& picture) {
     std::exit(1);
 }
 
+// Makes the window for the largest frame, in full screen for this one, and lays this one out in it.
 void fitWindow(Picture& picture, const FrameStore& frame) {
+    PictureLayout& layout = picture.layout;
+    const Surround surround =
+        picture.fullScreen
+            ? surroundOf(picture, frame.width, frame.height, layout.zoom)
+            : surroundOf(picture, layout.largestWidth, layout.largestHeight, layout.startZoom);
+    layout.windowMarginX = surround.marginX;
+    layout.windowMarginY = surround.marginY;
     const platform::PixelRect before = clientOnScreen();
-    layOutPicture(picture, frame.width, frame.height);
-    placeAround(picture);
+    placeAround(picture, surround);
     if (picture.windowId < 1) openWindowOrExit(picture, windowTitle(picture));
     applyPendingPlacement();
     if (clientOnScreen() != before) windowContext().cursor.known = false;
     if (!platform::surfaceExists(windowContext().window) && !createDrawing()) leave();
+    layOutInWindow(picture, frame.width, frame.height);
 }
 
-}  // namespace
-
-DisplayFit currentDisplayFit(const Picture& picture) {
+// The limits of frames that are shown in a window, or in full screen.
+DisplayFit displayFit(const Picture& picture, bool fullScreen) {
     DisplayFit fit;
     fit.shrink = std::max(1, picture.rfact);
     fit.magnify = std::max(1, picture.magnify);
     const platform::ScreenSize screen = platform::screenSize();
     if (picture.noRescale || screen.width < 1) return fit;
     fit.maxWidth = screen.width;
-    fit.maxHeight = std::max(1, screen.height - (picture.fullScreen ? 0 : titleRows));
+    fit.maxHeight = std::max(1, screen.height - (fullScreen ? 0 : titleRows));
     return fit;
 }
+
+// Whether the frame is larger, one way or the other, than those before it. One that is shown in
+// full screen counts with the size that it would have in a window.
+bool noteSize(Picture& picture, const FrameStore& frame) {
+    int width = frame.width, height = frame.height;
+    if (picture.fullScreen) {
+        const DisplaySize size =
+            displaySize(frame.header.width, frame.header.height, displayFit(picture, false));
+        width = static_cast<int>(size.width);
+        height = static_cast<int>(size.height);
+    }
+    PictureLayout& layout = picture.layout;
+    const bool larger = width > layout.largestWidth || height > layout.largestHeight;
+    layout.largestWidth = std::max(width, layout.largestWidth);
+    layout.largestHeight = std::max(height, layout.largestHeight);
+    return larger;
+}
+
+}  // namespace
+
+DisplayFit currentDisplayFit(const Picture& picture) {
+    return displayFit(picture, picture.fullScreen != 0);
+}
+
+void forgetLargestFrame(PictureLayout& layout) { layout.largestWidth = layout.largestHeight = 0; }
 
 void openWindowOrExit(Picture& picture, const std::string& title) {
     if (!openViewerWindow(title)) {
@@ -105,31 +134,29 @@ void openWindowOrExit(Picture& picture, const std::string& title) {
     if (picture.sequenceMode) setTimerRate(sequenceTimerRate);
 }
 
-namespace {
-
-// Margins and visible size of the picture at the zoom.
-void computeMargins(Picture& picture, int width, int height, int zoom) {
-    PictureLayout& layout = picture.layout;
+Surround surroundOf(const Picture& picture, int width, int height, int zoom) {
     const int zoomedWidth = width * zoom, zoomedHeight = height * zoom;
     const platform::ScreenSize screen = platform::screenSize();
-    layout.width = width;
-    layout.height = height;
+    Surround surround;
     if (picture.halfHeight) {
-        layout.marginX = screenMargin(screen.width, zoomedWidth);
-        layout.marginY = std::max(0, (halfHeightLines - height / 2 * zoom) / 2);
+        surround.marginX = screenMargin(screen.width, zoomedWidth);
+        surround.marginY = std::max(0, (halfHeightLines - height / 2 * zoom) / 2);
     } else if (picture.fullScreen) {
-        layout.marginX = screenMargin(screen.width, zoomedWidth);
-        layout.marginY = screenMargin(screen.height, zoomedHeight);
+        surround.marginX = screenMargin(screen.width, zoomedWidth);
+        surround.marginY = screenMargin(screen.height, zoomedHeight);
     } else {
         const int leastHeight = picture.animation ? leastAnimationHeight : leastImageHeight;
         const int least = smallestWindowMargin(picture);
-        layout.marginX = std::max(windowMargin(leastWindowWidth, zoomedWidth), least);
-        layout.marginY = std::max(windowMargin(leastHeight, zoomedHeight), least);
+        surround.marginX = std::max(windowMargin(leastWindowWidth, zoomedWidth), least);
+        surround.marginY = std::max(windowMargin(leastHeight, zoomedHeight), least);
     }
-    const platform::PixelRect work = platform::workArea();
-    layout.visibleWidth = fittedSide(picture, zoomedWidth, screen.width, work.width());
-    layout.visibleHeight = fittedSide(picture, zoomedHeight, screen.height, work.height());
+    const platform::PixelRect work = platform::workArea(windowContext().window);
+    surround.visibleWidth = fittedSide(picture, zoomedWidth, screen.width, work.width());
+    surround.visibleHeight = fittedSide(picture, zoomedHeight, screen.height, work.height());
+    return surround;
 }
+
+namespace {
 
 float growth(int before, int size) { return before > 0 ? float(size) / float(before) : 1.0f; }
 
@@ -160,26 +187,25 @@ int marginInWindow(const Picture& picture, int windowSide, int pictureSide, int 
 
 }  // namespace
 
-void layOutPicture(Picture& picture, int width, int height) {
-    PictureLayout& layout = picture.layout;
-    const PictureLayout before = layout;
-    computeMargins(picture, width, height, picture.fullScreen ? layout.zoom : layout.startZoom);
-    layout.windowMarginX = layout.marginX;
-    layout.windowMarginY = layout.marginY;
-    keepMiddle(before, layout);
-}
-
 void layOutInWindow(Picture& picture, int width, int height) {
-    if (picture.fullScreen || picture.halfHeight) return layOutPicture(picture, width, height);
     PictureLayout& layout = picture.layout;
     const PictureLayout before = layout;
-    int windowWidth, windowHeight;
-    clientSize(windowWidth, windowHeight);
     layout.width = width;
     layout.height = height;
-    layout.marginX = marginInWindow(picture, windowWidth, width, layout.windowMarginX);
-    layout.marginY = marginInWindow(picture, windowHeight, height, layout.windowMarginY);
-    measureVisibleArea(layout);
+    if (picture.fullScreen || picture.halfHeight) {
+        const int zoom = picture.fullScreen ? layout.zoom : layout.startZoom;
+        const Surround surround = surroundOf(picture, width, height, zoom);
+        layout.marginX = surround.marginX;
+        layout.marginY = surround.marginY;
+        layout.visibleWidth = surround.visibleWidth;
+        layout.visibleHeight = surround.visibleHeight;
+    } else {
+        int windowWidth, windowHeight;
+        clientSize(windowWidth, windowHeight);
+        layout.marginX = marginInWindow(picture, windowWidth, width, layout.windowMarginX);
+        layout.marginY = marginInWindow(picture, windowHeight, height, layout.windowMarginY);
+        measureVisibleArea(layout);
+    }
     keepMiddle(before, layout);
 }
 
@@ -194,6 +220,7 @@ void beginDisplay(Picture& picture, FrameStore& frame) {
     const bool sameView = picture.sequenceMode && picture.windowId >= 1;
     PictureLayout& layout = picture.layout;
     layout.startZoom = std::max(1, picture.currentZoom);
+    forgetLargestFrame(layout);
     if (sameView) {
         layout.width = frame.width;
         layout.height = frame.height;
@@ -210,7 +237,8 @@ void beginDisplay(Picture& picture, FrameStore& frame) {
 void setUpDisplay(Picture& picture, FrameStore& frame, Refit refit) {
     picture.shown = &frame;
     showNewFrame(picture);
-    if (refit == Refit::fitWindow || picture.windowId < 1)
+    const bool grows = noteSize(picture, frame) && !picture.fullScreen;
+    if (refit == Refit::fitWindow || grows || picture.windowId < 1)
         fitWindow(picture, frame);
     else if (frame.width != picture.layout.width || frame.height != picture.layout.height)
         layOutInWindow(picture, frame.width, frame.height);

@@ -39,7 +39,9 @@ struct PictureLayout {
     int zoom = 1;                  // window pixels per image pixel
     int startZoom = 1;             // the zoom given at start: margins and window are made for it
     int marginX = 0, marginY = 0;  // window pixels between the window's edge and the picture
-    // The margins that the window was made with.
+    // The window was made for the largest frame that the source has shown: its sides in a window,
+    // image pixels, and the margins round it.
+    int largestWidth = 0, largestHeight = 0;
     int windowMarginX = 0, windowMarginY = 0;
     int visibleWidth = 0, visibleHeight = 0;  // window pixels
     float panX = 0, panY = 0;  // image column and row at the picture's lower-left corner

@@ -84,11 +84,11 @@ FrameShown showCurrentFrame(Player& player, FrameSource source) {
     if (source != FrameSource::kept) return reload(player, source == FrameSource::fileQuietly);
     if (FrameStore* kept = player.slots.find(player.currentFrame)) {
         if (playing(player) && !upcomingInMemory(player)) readFollowingAhead(player);
-        return show(player, *kept, SourceMark::memory, Refit::keepWindow);
+        return show(player, *kept, SourceMark::memory, Refit::growWindow);
     }
     int result = iffOk;
     if (FrameStore* frame = readCurrentFrame(player, Retry::never, result))
-        return show(player, *frame, SourceMark::disk, Refit::keepWindow);
+        return show(player, *frame, SourceMark::disk, Refit::growWindow);
     player.mark = SourceMark::unknown;
     return result == iffAborted ? FrameShown::givenUp : FrameShown::unreadable;
 }

@@ -17,7 +17,7 @@ namespace {
 
 WindowPlacement centredPlacement() {
     constexpr int width = leastWindowWidth, height = 240;
-    const platform::PixelRect work = platform::workArea();
+    const platform::PixelRect work = platform::workArea(nullptr);
     WindowPlacement placement;
     placement.left = work.left + (work.width() - width) / 2;
     placement.top = work.top + (work.height() - height) / 2;
@@ -32,11 +32,32 @@ WindowPlacement& pendingPlacement() {
     return *pending;
 }
 
+// Moved, and where it is too large made smaller, until the window round it lies in the work area.
+platform::PixelRect limitedToWorkArea(const platform::PixelRect& client, bool border) {
+    const platform::Window* window = windowContext().window;
+    const platform::PixelRect outer = platform::outerRect(window, client, border);
+    const platform::PixelRect work = platform::workArea(window);
+    const auto limited = [](int begin, int end, int outerBegin, int outerEnd, int workBegin,
+                            int workEnd) {
+        const int first = workBegin + begin - outerBegin, last = workEnd + end - outerEnd;
+        const int size = std::max(1, std::min(end - begin, last - first));
+        const int place = std::max(first, std::min(begin, last - size));
+        return std::pair{place, place + size};
+    };
+    const auto [left, right] =
+        limited(client.left, client.right, outer.left, outer.right, work.left, work.right);
+    const auto [top, bottom] =
+        limited(client.top, client.bottom, outer.top, outer.bottom, work.top, work.bottom);
+    return {left, top, right, bottom};
+}
+
+// A window that keeps its size stays where the user has put it.
 platform::PixelRect clientRect(const WindowPlacement& placement) {
     platform::PixelRect rect{placement.left, placement.top, placement.right,
                              placement.bottom + controlBarRows()};
     rect.right = std::max(rect.right, rect.left + leastWindowWidth);
-    return rect;
+    if (windowContext().coversScreen || rect == clientOnScreen()) return rect;
+    return limitedToWorkArea(rect, placement.usePreferredPosition);
 }
 
 // --- what the window sends ----------------------------------------------------------------------
@@ -95,9 +116,13 @@ bool createWindow(const std::string& title, const WindowPlacement& placement) {
     context.border = placement.usePreferredPosition;
     // While it is being opened there is none: the one before is of no use any more.
     platform::releaseWindow(std::exchange(context.window, nullptr));
-    context.window =
-        platform::openWindow({title, clientRect(placement), context.border}, sinkOf(context));
-    return context.window != nullptr;
+    const platform::PixelRect wanted = clientRect(placement);
+    context.window = platform::openWindow({title, wanted, context.border}, sinkOf(context));
+    if (!context.window) return false;
+    // The frame is known now.
+    const platform::PixelRect limited = clientRect(placement);
+    if (limited != wanted) platform::placeWindow(context.window, limited, context.border);
+    return true;
 }
 
 }  // namespace

@@ -15,7 +15,9 @@ constexpr int leastWindowWidth = 320;
 // when the system refuses.
 [[nodiscard]] bool openViewerWindow(const std::string& title);
 
-// Edits of the pending placement; the default one is made first when none is pending.
+// Edits of the pending placement; the default one is made first when none is pending. However it is
+// chosen, a window lies in the work area with its frame and menu, and is made smaller for that;
+// only full screen covers all.
 void setPreferredPosition(int x0, int x1, int y0, int y1);
 void clearPreferredPosition();
 

@@ -84,6 +84,22 @@ bool startApplication() {
 
 bool applicationRuns() { return qApp && onFirstThread(); }
 
+// A window manager leaves a mark on the root window.
+bool windowManagerRuns() {
+    Display* display = xDisplay();
+    if (!display) return false;
+    const Atom mark = XInternAtom(display, "_NET_SUPPORTING_WM_CHECK", True);
+    if (mark == None) return false;
+    Atom type = None;
+    int format = 0;
+    unsigned long items = 0, rest = 0;
+    unsigned char* value = nullptr;
+    XGetWindowProperty(display, DefaultRootWindow(display), mark, 0, 1, False, AnyPropertyType,
+                       &type, &format, &items, &rest, &value);
+    if (value) XFree(value);
+    return type != None;
+}
+
 Display* xDisplay() {
     if (!qApp) return nullptr;
     const auto* x11 = qApp->nativeInterface<QNativeInterface::QX11Application>();

@@ -13,6 +13,9 @@ namespace vistel::platform {
 // True when an application has been started and the caller may use it.
 bool applicationRuns();
 
+// Whether somebody puts frames round windows.
+bool windowManagerRuns();
+
 // The connection to the X server; null without an application.
 _XDisplay* xDisplay();
 

@@ -1,10 +1,13 @@
 #include "platform/linux/desktop/viewer_window.h"
 
 #include <QCloseEvent>
+#include <QCoreApplication>
+#include <QElapsedTimer>
 #include <QScreen>
 #include <QWindow>
 #include <algorithm>
 
+#include "platform/linux/desktop/application.h"
 #include "platform/linux/desktop/menu_bar.h"
 
 namespace vistel::platform {
@@ -49,6 +52,19 @@ void ViewerWindow::areaResized() {
 }
 
 int ViewerWindow::menuHeight() const { return bordered ? menus->sizeHint().height() : 0; }
+
+QMargins ViewerWindow::frame() const {
+    return windowHandle()->frameMargins() + QMargins(0, menus->sizeHint().height(), 0, 0);
+}
+
+void ViewerWindow::waitForFrame() {
+    if (!windowManagerRuns()) return;
+    constexpr int longestMilliseconds = 500;
+    QElapsedTimer waited;
+    waited.start();
+    while (windowHandle()->frameMargins().isNull() && !waited.hasExpired(longestMilliseconds))
+        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents, 5);
+}
 
 void ViewerWindow::arrange() {
     const int top = menuHeight();

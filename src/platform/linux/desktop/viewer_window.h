@@ -18,6 +18,13 @@ class ViewerWindow : public QWidget {
     GlArea& area() { return *client; }
     QMenuBar& menuBar() { return *menus; }
 
+    // What a window with border has round its client area: the menu, and the frame that the window
+    // manager gives it.
+    QMargins frame() const;
+    // Gives the window manager, where there is one, a moment to put the frame round a window that
+    // has just been shown.
+    void waitForFrame();
+
     // Puts the client area on this rectangle of the screen. `keepOnScreen` moves the window down
     // where its upper edge would be above the screen.
     void place(const PixelRect& rect, bool border, bool keepOnScreen);

@@ -78,6 +78,7 @@ Window* openWindow(const WindowRequest& request, const WindowSink& sink) {
     fresh->setWindowTitle(titleText(request.title));
     fresh->place(request.client, request.border, true);
     fresh->show();
+    if (request.border) fresh->waitForFrame();
     fresh->raise();
     // Without a window manager nobody else gives it the keyboard.
     fresh->activateWindow();
@@ -102,6 +103,14 @@ void releaseWindow(Window* window) {
 
 void placeWindow(Window* window, const PixelRect& client, bool border) {
     if (ViewerWindow* open = widgetOf(window)) open->place(client, border, false);
+}
+
+PixelRect outerRect(const Window* window, const PixelRect& client, bool border) {
+    ViewerWindow* const open = widgetOf(window);
+    if (!open || !border) return client;
+    const QMargins frame = open->frame();
+    return {client.left - frame.left(), client.top - frame.top(), client.right + frame.right(),
+            client.bottom + frame.bottom()};
 }
 
 void setWindowTitle(Window* window, const std::string& title) {
@@ -154,8 +163,9 @@ ScreenSize screenSize() {
     return {screen->geometry().width(), screen->geometry().height()};
 }
 
-PixelRect workArea() {
-    const QScreen* screen = mainScreen();
+PixelRect workArea(const Window* window) {
+    ViewerWindow* const open = widgetOf(window);
+    const QScreen* screen = open ? open->screen() : mainScreen();
     return screen ? toPixelRect(screen->availableGeometry()) : PixelRect{};
 }
 

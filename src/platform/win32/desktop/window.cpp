@@ -19,20 +19,25 @@ constexpr DWORD borderedStyle = plainStyle | WS_CAPTION | WS_SYSMENU | WS_MINIMI
 DWORD styleFor(bool border) { return border ? borderedStyle : plainStyle; }
 
 // The window's outer rectangle round a client rectangle.
-RECT outerRectangle(const Window& window, const PixelRect& client, bool border) {
+RECT outerRectangle(const PixelRect& client, bool border) {
     RECT outer = {client.left, client.top, client.right, client.bottom};
-    AdjustWindowRect(&outer, styleFor(border), border && window.menu);
+    AdjustWindowRect(&outer, styleFor(border), border);
     return outer;
 }
 
-// A menu that breaks into two lines takes height that nobody counted: the window grows by it.
-void correctClientHeight(HWND window, int wanted) {
+PixelRect toPixelRect(const RECT& rect) { return {rect.left, rect.top, rect.right, rect.bottom}; }
+
+// A menu that breaks into two lines takes height that nobody counted: the window grows by it, as
+// far as the work area has room.
+void correctClientHeight(const Window& window, int wanted) {
     RECT client, outer;
-    GetClientRect(window, &client);
-    if (client.bottom >= wanted || IsIconic(window)) return;
-    GetWindowRect(window, &outer);
-    SetWindowPos(window, nullptr, 0, 0, outer.right - outer.left,
-                 outer.bottom - outer.top + wanted - client.bottom,
+    GetClientRect(window.handle, &client);
+    if (client.bottom >= wanted || IsIconic(window.handle)) return;
+    GetWindowRect(window.handle, &outer);
+    const LONG grown = outer.bottom + wanted - client.bottom;
+    const LONG bottom =
+        std::max<LONG>(outer.bottom, std::min<LONG>(grown, workArea(&window).bottom));
+    SetWindowPos(window.handle, nullptr, 0, 0, outer.right - outer.left, bottom - outer.top,
                  SWP_NOZORDER | SWP_NOMOVE | SWP_NOACTIVATE);
 }
 
@@ -55,7 +60,7 @@ bool createNative(Window& window, const WindowRequest& request) {
     const wchar_t* const windowClass = viewerWindowClass();
     if (!windowClass) return false;
     window.menu = LoadMenuW(resourceModule(), MAKEINTRESOURCEW(menuResource));
-    RECT outer = outerRectangle(window, request.client, request.border);
+    RECT outer = outerRectangle(request.client, request.border);
     // A caption above the screen could not be reached.
     if (outer.top < 0) OffsetRect(&outer, 0, -outer.top);
     window.creating = true;
@@ -93,7 +98,7 @@ Window* openWindow(const WindowRequest& request, const WindowSink& sink) {
     auto window = std::make_unique<Window>();
     window->sink = sink;
     if (!createNative(*window, request)) return nullptr;
-    correctClientHeight(window->handle, request.client.height());
+    correctClientHeight(*window, request.client.height());
     ShowWindow(window->handle, SW_SHOW);
     return window.release();
 }
@@ -112,8 +117,12 @@ void releaseWindow(Window* window) {
 void placeWindow(Window* window, const PixelRect& client, bool border) {
     if (!windowExists(window)) return;
     changeBorder(*window, border);
-    moveTo(window->handle, outerRectangle(*window, client, border), SWP_FRAMECHANGED);
-    correctClientHeight(window->handle, client.height());
+    moveTo(window->handle, outerRectangle(client, border), SWP_FRAMECHANGED);
+    correctClientHeight(*window, client.height());
+}
+
+PixelRect outerRect(const Window*, const PixelRect& client, bool border) {
+    return toPixelRect(outerRectangle(client, border));
 }
 
 void setWindowTitle(Window* window, const std::string& title) {
@@ -157,10 +166,12 @@ void waitMessage() {
 
 ScreenSize screenSize() { return {GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN)}; }
 
-PixelRect workArea() {
-    RECT area = {};
-    SystemParametersInfoW(SPI_GETWORKAREA, 0, &area, 0);
-    return {area.left, area.top, area.right, area.bottom};
+PixelRect workArea(const Window* window) {
+    MONITORINFO monitor = {};
+    monitor.cbSize = sizeof monitor;
+    const HWND handle = handleOf(window);
+    GetMonitorInfoW(MonitorFromWindow(handle, MONITOR_DEFAULTTOPRIMARY), &monitor);
+    return toPixelRect(monitor.rcWork);
 }
 
 bool keyDown(int code) { return code < 256 && (GetAsyncKeyState(code) & 0x8000) != 0; }

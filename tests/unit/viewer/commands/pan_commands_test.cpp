@@ -270,8 +270,6 @@ TEST_F(PanCommandsTest, AFrameOfAnotherSizeIsCentredInTheWindowThatIsThere) {
         {"hardly smaller, zoomed", false, 640, 480, 8, 600, 470, 20, 20, 20, 20},
         {"full resolution", true, 3000, 400, 1, 1000, 200, 100, 120, 20, 20},
         {"in a window wider than the frame", false, 100, 80, 2, 90, 70, 110, 80, 110, 80},
-        {"larger", false, 100, 80, 1, 640, 480, 20, 20, 110, 80},
-        {"larger, zoomed", false, 100, 80, 4, 640, 480, 20, 20, 110, 80},
     };
     for (const Row& row : rows) {
         SetUp();
@@ -293,6 +291,89 @@ TEST_F(PanCommandsTest, AFrameOfAnotherSizeIsCentredInTheWindowThatIsThere) {
         }
         EXPECT_EQ(headless::windowRect(), window) << row.name;
     }
+}
+
+// Every way to a frame leads to a window that is large enough, and that stays so.
+TEST_F(PanCommandsTest, ALargerFrameMakesTheWindowGrowForGood) {
+    const std::pair<const char*, std::function<void()>> ways[] = {
+        {"stepping", [] { key(keyRightArrow); }},
+        {"playing",
+         [] {
+             viewerState.playMode = PlayMode::forward;
+             runKey(viewerState, {.code = keyRightArrow, .synthetic = true, .modifiers = {}});
+             viewerState.playMode = PlayMode::stopped;
+         }},
+        {"scrubbing",
+         [] {
+             pointAt(10, 10);
+             key(EV_LEFTMOUSE);
+             pointAt(40, 10);
+             scrub(viewerState);
+             released(EV_LEFTMOUSE);
+         }},
+    };
+    for (const int zoom : {1, 3}) {
+        for (const auto& [name, goOn] : ways) {
+            SetUp();
+            showAnimation(1, 2, 1, 100, 80);
+            keepFrame(viewerState, 2, testFrame(2, 640, 480));
+            while (layout().zoom < zoom) key(keyPadDecimal);
+            goOn();
+            ASSERT_EQ(viewerState.currentFrame, 2) << name;
+            const platform::PixelRect window = headless::windowRect();
+            EXPECT_EQ(window.width(), 680) << name;
+            EXPECT_EQ(window.height(), 520) << name;
+            EXPECT_EQ(layout().marginX, 20) << name;
+            expectTestPicture(2);
+            key(keyLeftArrow);
+            EXPECT_EQ(headless::windowRect(), window) << name;
+            EXPECT_EQ(layout().marginX, (680 - 100 * zoom) / 2) << name;
+            EXPECT_EQ(layout().marginY, (520 - 80 * zoom) / 2) << name;
+            expectTestPicture(1);
+            setUpDisplay(viewerState, *viewerState.shown, Refit::fitWindow);  // a reload
+            EXPECT_EQ(headless::windowRect(), window) << name;
+            EXPECT_EQ(layout().marginX, (680 - 100 * zoom) / 2) << name;
+            expectTestPicture(1);
+        }
+    }
+}
+
+TEST_F(PanCommandsTest, TheWindowHoldsTheWidestAndTheHighestFrame) {
+    showAnimation(1, 3, 1, 400, 300);
+    keepFrame(viewerState, 2, testFrame(2, 600, 200));
+    keepFrame(viewerState, 3, testFrame(3, 350, 500));
+    key(keyRightArrow);
+    EXPECT_EQ(headless::windowRect().width(), 640);
+    EXPECT_EQ(headless::windowRect().height(), 340);
+    key(keyRightArrow);
+    EXPECT_EQ(headless::windowRect().width(), 640);
+    EXPECT_EQ(headless::windowRect().height(), 540);
+    EXPECT_EQ(layout().marginX, 145);
+    expectTestPicture(3);
+}
+
+TEST_F(PanCommandsTest, TheNextSourceHasAWindowOfItsOwn) {
+    viewerState.sequenceMode = 1;  // in the window that is there
+    showImage(testFrame(1, 640, 480));
+    releaseFrames(viewerState);
+    showImage(testFrame(2, 400, 300));
+    EXPECT_EQ(headless::windowRect().width(), 400);
+    EXPECT_EQ(headless::windowRect().height(), 300);
+}
+
+TEST_F(PanCommandsTest, ALargerFrameInFullScreenMakesTheWindowGrowThatComesBack) {
+    showAnimation(1, 2, 1, 100, 80);
+    keepFrame(viewerState, 2, testFrame(2, 640, 480));
+    runMenuCommand(viewerState, COMMAND_FULL_SCREEN);
+    key(keyRightArrow);
+    EXPECT_EQ(headless::windowRect().width(), 1280);
+    EXPECT_EQ(layout().marginX, 320);
+    key(keyLeftArrow);
+    released(keyEscape);
+    EXPECT_EQ(headless::windowRect().width(), 680);
+    EXPECT_EQ(headless::windowRect().height(), 520);
+    EXPECT_EQ(layout().marginX, 290);
+    expectTestPicture(1);
 }
 
 TEST_F(PanCommandsTest, ASmallerFrameStaysInTheMiddleWhenItIsZoomed) {

@@ -36,11 +36,9 @@ TEST_F(DisplaySetupTest, MarginsOfEachCase) {
         viewerState.noWinBorder = row.borderless;
         viewerState.fullScreen = row.fullScreen;
         viewerState.halfHeight = row.halfHeight;
-        PictureLayout& layout = viewerState.layout;
-        layout.startZoom = layout.zoom = row.zoom;
-        layOutPicture(viewerState, row.width, row.height);
-        EXPECT_EQ(layout.marginX, row.marginX) << row.name;
-        EXPECT_EQ(layout.marginY, row.marginY) << row.name;
+        const Surround surround = surroundOf(viewerState, row.width, row.height, row.zoom);
+        EXPECT_EQ(surround.marginX, row.marginX) << row.name;
+        EXPECT_EQ(surround.marginY, row.marginY) << row.name;
     }
 }
 
@@ -113,6 +111,50 @@ TEST_F(DisplaySetupTest, FullResolutionShowsTheMiddleOfALargePicture) {
     EXPECT_EQ(headless::windowRect().height(), 300);
     EXPECT_FLOAT_EQ(viewerState.layout.panX, (2000 - 1160) / 2.0f);
     EXPECT_EQ(currentDisplayFit(viewerState).maxWidth, UINT32_MAX);
+}
+
+// With its frame of 4 pixels, its caption and menu of 46 rows.
+TEST_F(DisplaySetupTest, AWindowThatDoesNotFitIsMadeSmallerAndPanningReachesTheRest) {
+    headless::setFrame({4, 46, 4, 4});
+    headless::setWorkArea({0, 30, 1280, 1000});
+    showAnimation(1, 2, 1, 1270, 960);
+    const platform::PixelRect window = headless::windowRect();
+    EXPECT_EQ(window, (platform::PixelRect{4, 76, 1276, 996}));
+    const PictureLayout& layout = viewerState.layout;
+    EXPECT_EQ(layout.marginX, 20);
+    EXPECT_EQ(layout.visibleWidth, 1272 - 40);
+    EXPECT_EQ(layout.visibleHeight, 920 - 40);
+    EXPECT_FLOAT_EQ(layout.panX, (1270 - 1232) / 2.0f);  // its middle shows first
+    const auto picture = [](int column, int row) { return testPixel(1, column, row); };
+    expectPicture(picture);
+    for (const int corner : {keyPad0 + 7, keyPad0 + 9, keyPad0 + 3, keyPad0 + 1}) {
+        for (int i = 0; i < 20; ++i) key(corner, shift | alt);
+        expectPicture(picture);
+        const bool right = corner == keyPad0 + 7 || corner == keyPad0 + 1;
+        const bool top = corner == keyPad0 + 3 || corner == keyPad0 + 1;
+        EXPECT_FLOAT_EQ(layout.panX, right ? 1270 - 1232 : 0) << corner;
+        EXPECT_FLOAT_EQ(layout.panY, top ? 960 - 880 : 0) << corner;
+    }
+}
+
+TEST_F(DisplaySetupTest, AWindowThatGrowsIsMovedIntoTheWorkArea) {
+    headless::setFrame({4, 46, 4, 4});
+    showAnimation(1, 2, 1, 400, 300);
+    platform::placeWindow(windowContext().window, {800, 600, 1240, 940}, true);
+    keepFrame(viewerState, 2, testFrame(2, 700, 500));
+    key(keyRightArrow);
+    EXPECT_EQ(headless::windowRect(), (platform::PixelRect{536, 480, 1276, 1020}));
+    key(keyLeftArrow);
+    EXPECT_EQ(headless::windowRect(), (platform::PixelRect{536, 480, 1276, 1020}));
+}
+
+TEST_F(DisplaySetupTest, AWindowThatKeepsItsSizeStaysWhereTheUserHasPutIt) {
+    headless::setFrame({4, 46, 4, 4});
+    showAnimation(1, 2, 1, 400, 300);
+    const platform::PixelRect beyondTheEdge{1100, 900, 1540, 1240};
+    platform::placeWindow(windowContext().window, beyondTheEdge, true);
+    setUpDisplay(viewerState, *viewerState.shown, Refit::fitWindow);  // a reload
+    EXPECT_EQ(headless::windowRect(), beyondTheEdge);
 }
 
 TEST_F(DisplaySetupTest, TheLoaderFitsFramesToTheScreenLessTheTitle) {
