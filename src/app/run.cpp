@@ -36,7 +36,10 @@ StartUpServices joinedServices() {
     StartUpServices services;
     services.loadPlugins = loadAllPXFPlugins;
     services.openSource = openSource;
-    services.sourceBegins = forgetClosedWindow;
+    services.sourceBegins = [] {
+        forgetClosedWindow();
+        viewerState.leaving = false;
+    };
     services.clearImageState = [] { clearViewerSession(viewerState); };
     services.showSource = [](FrameStore&& frame) { showSource(viewerState, std::move(frame)); };
     services.discover = [](const Tstring& stem) {

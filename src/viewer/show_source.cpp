@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "viewer/commands/control_bar.h"
+#include "viewer/commands/file_commands.h"
 #include "viewer/commands/menu_commands.h"
 #include "viewer/commands/queued_input.h"
 #include "viewer/picture/display_setup.h"
@@ -32,7 +34,13 @@ void installViewer(Viewer& viewer) {
                 joined->savedFrameRate = joined->frameRate;
                 writeSettings(*joined);
             },
-        .command = [](int id) { runMenuCommand(*joined, id); },
+        .barOpened = [] { prepareBar(*joined); },
+        .command =
+            [](int id) {
+                isBarCommand(id) ? runBarCommand(*joined, id) : runMenuCommand(*joined, id);
+            },
+        .rateTyped = [](const std::string& text) { typeRate(*joined, text); },
+        .dropped = [](const std::vector<std::string>& names) { openDropped(*joined, names); },
     };
 }
 
@@ -41,6 +49,7 @@ void showSource(Viewer& viewer, FrameStore&& firstFrame) {
         viewer.quitRequested = 1;
         return;
     }
+    if (viewer.leaving) return;  // another file was chosen meanwhile
     releaseFrames(viewer);
     viewer.fps = {};
     viewer.mark = SourceMark::memory;

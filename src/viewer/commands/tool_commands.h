@@ -11,6 +11,8 @@ namespace vistel {
 struct ViewerTools {
     bool (*writeFrame)(Viewer&) = nullptr;      // saves the frame on screen
     bool (*writeAnimation)(Viewer&) = nullptr;  // plays the range once, saving each frame
+    bool (*startSound)(Viewer&) = nullptr;      // loads viewer.audioFile and plays it
+    bool (*toggleSound)(Viewer&) = nullptr;     // off and on again, from the range's start
     bool (*pickPoint)(Viewer&) = nullptr;       // a point of the picture, for tracking
     bool (*toggleTracking)(Viewer&) = nullptr;
     bool (*writeTracking)(Viewer&) = nullptr;

@@ -119,8 +119,9 @@ void drawLabel(const Picture& picture, int width, int height) {
         drawBand(width, 0, 15);
         return drawCentred(label, width, 5);
     }
-    drawBand(width, height - 17, height - 1);
-    drawCentred(label, width, height - (windowContext().controlBarShown ? 40 : 15));
+    const bool bar = windowContext().controlBarShown;
+    drawBand(width, height - (bar ? 42 : 17), height - 1);
+    drawCentred(label, width, height - (bar ? 40 : 15));
 }
 
 void drawStatusLine(const Picture& picture, int width, int height) {
@@ -141,8 +142,11 @@ void drawPass(Picture& picture) {
     measureVisibleArea(picture.layout);
     drawMargins(picture.layout);
     drawPicture(picture, width, height);
-    drawLabel(picture, width, height);
-    drawStatusLine(picture, width, height);
+    // Their places count from the upper edge of the whole client area; what lies under the control
+    // bar does not show.
+    const int wholeHeight = height + controlBarRows();
+    drawLabel(picture, width, wholeHeight);
+    drawStatusLine(picture, width, wholeHeight);
 }
 
 }  // namespace vistel

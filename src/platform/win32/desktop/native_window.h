@@ -5,6 +5,7 @@
 
 #include "platform/gl/gl_state.h"
 #include "platform/key_translation.h"
+#include "platform/win32/desktop/control_bar.h"
 #include "platform/win32/windows_api.h"
 #include "platform/window.h"
 
@@ -19,6 +20,7 @@ struct Window {
     bool creating = false;     // the system is creating the window
     WindowSink sink{};
     KeyTranslator keys;
+    ControlBar bar;
     DrawingState drawing;
 };
 
@@ -31,7 +33,13 @@ void windowCame();
 void windowWent();
 
 // Resource numbers, as in resources/vistel.rc.
-enum : WORD { iconResource = 1, menuResource = 101, fileHelpDialogResource = 103 };
+enum : WORD {
+    iconResource = 1,
+    menuResource = 101,
+    aboutDialogResource = 102,
+    fileHelpDialogResource = 103,
+    controlBarDialogResource = 108
+};
 
 // The window class of the viewer, registered at the first call; its name, or null when the system
 // refuses it. Its menu is resource 101; a window of it is created with its Window as parameter.
