@@ -4,7 +4,7 @@
 #include <QMenuBar>
 #include <QWidget>
 
-#include "platform/linux/desktop/control_bar.h"
+#include "platform/linux/desktop/bar_row.h"
 #include "platform/linux/desktop/gl_area.h"
 #include "platform/linux/desktop/native_window.h"
 #include "platform/window.h"

@@ -5,7 +5,7 @@
 
 #include "platform/gl/gl_state.h"
 #include "platform/key_translation.h"
-#include "platform/win32/desktop/control_bar.h"
+#include "platform/win32/desktop/bar_state.h"
 #include "platform/win32/windows_api.h"
 #include "platform/window.h"
 
@@ -40,6 +40,9 @@ enum : WORD {
     fileHelpDialogResource = 103,
     controlBarDialogResource = 108
 };
+
+// The window has a new width.
+void fitControlBar(Window& window);
 
 // The window class of the viewer, registered at the first call; its name, or null when the system
 // refuses it. Its menu is resource 101; a window of it is created with its Window as parameter.

@@ -9,8 +9,6 @@
 
 namespace vistel::platform {
 
-struct Window;
-
 struct ControlBar {
     HWND dialog = nullptr;  // null while the bar is closed
     HWND tips = nullptr;
@@ -19,8 +17,5 @@ struct ControlBar {
     std::map<int, std::wstring> tipTexts;
     bool rewriting = false;  // the field's text is being set by the program
 };
-
-// The window has a new width.
-void fitControlBar(Window& window);
 
 }  // namespace vistel::platform
