@@ -51,6 +51,18 @@ bool opensInlineRange(const Tstring& word) {
     return word.size() >= 2 && word[0] == '-' && (word[1] == 'n' || word[1] == 'N');
 }
 
+// How many files the words name, each with its range.
+int32_t countFiles(WordReader words) {
+    int32_t files = 0;
+    while (const Tstring* word = words.take()) {
+        const bool range = opensInlineRange(*word);
+        const int before = !range ? 0 : word->size() > 2 ? 2 : 3;  // numbers before the name
+        for (int i = 0; i < before; ++i) (void)words.take();
+        if (!range || words.take()) ++files;
+    }
+    return files;
+}
+
 // "-n5 9 1 name" or "-n 5 9 1 name", the first word taken already. Gives the name; null when words
 // are missing.
 const Tstring* takeInlineRange(const Tstring& opener, WordReader& words) {
@@ -151,8 +163,12 @@ bool walkEnded(const StartUpServices& services) {
 
 void showFileList(CommandLine& line, const StartUpServices& services, FileCounts& counts) {
     WordReader words(line.words, line.firstFile);
-    while (!words.atEnd() && !walkEnded(services))
+    viewerState.fileCount = countFiles(words);
+    viewerState.fileNumber = 0;
+    while (!words.atEnd() && !walkEnded(services)) {
+        ++viewerState.fileNumber;
         if (!showNextFile(words, line, services, counts)) return;
+    }
 }
 
 // In sequence mode the list is shown until the user quits or asks for another file. A round in
@@ -207,6 +223,7 @@ void servePendingOpens(const StartUpServices& services) {
         viewerState.pendingRangeSet = 0;
         viewerState.startDirectory = platform::currentDirectory();
         viewerState.quitRequested = 0;
+        viewerState.fileNumber = viewerState.fileCount = 0;
         const Tstring name = std::exchange(viewerState.pendingOpen, {});
         const FrameRange range = viewerState.pendingRange;
         (void)reopenSource(name, range, services);

@@ -1,5 +1,6 @@
 #include "host/image_plugins.h"
 
+#include <algorithm>
 #include <sstream>
 
 namespace vistel {
@@ -25,6 +26,24 @@ const ImageType* find(std::string_view name) {
 }  // namespace
 
 std::span<const ImageType> allImageTypes() { return table; }
+
+std::string fileExtension(const std::string& path) {
+    const size_t name = path.find_last_of("/\\:") + 1;
+    const size_t dot = path.find_last_of('.');
+    if (dot == std::string::npos || dot < name) return {};
+    std::string extension = path.substr(dot + 1);
+    std::ranges::transform(extension, extension.begin(), lowerCase);
+    return extension;
+}
+
+const ImageType* imageTypeOfExtension(const std::string& extension) {
+    if (extension.empty()) return nullptr;
+    for (const ImageType& type : table) {
+        const std::string all = " " + std::string(type.extensions) + " ";
+        if (all.find(" " + extension + " ") != std::string::npos) return &type;
+    }
+    return nullptr;
+}
 
 void loadAllPXFPlugins() { loaded = true; }
 

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -27,6 +28,11 @@ struct ImageType {
 
 // The whole table, in the order of the dialogs.
 std::span<const ImageType> allImageTypes();
+
+// What the last dot of a file's name is followed by, in lower case; empty without one.
+std::string fileExtension(const std::string& path);
+// The type that files of this extension have; null for an unknown one.
+const ImageType* imageTypeOfExtension(const std::string& extension);
 
 // Makes the table known to the functions below; until then there are no plug-ins.
 void loadAllPXFPlugins();

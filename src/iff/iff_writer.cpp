@@ -225,7 +225,8 @@ int IffWriter::patchSize(uint64_t written, uint64_t pad) {
 int IffWriter::closeStream() {
     const bool flushed = std::fflush(stream_) == 0;
     if (isPipe_) {
-        const int status = platform::closePipe(stream_);
+        const int status =
+            platform::closePipe(stream_, [this] { return platform::mayGoOn(goOn_); });
         return status == 0 && flushed ? iffOk : iffBrokenPipe;
     }
     if (platform::isStandardStream(stream_)) {

@@ -18,9 +18,11 @@
 #include <cstdio>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "iff/iff_context.h"
+#include "platform/go_on.h"
 #include "iff/result_codes.h"
 
 namespace vistel {
@@ -68,10 +70,14 @@ class IffWriter {
     // Ends all that is open, closes the stream. The first failure of the writer's life;
     // iffBrokenPipe when the converter ended with an error. Closing twice does nothing.
     int close();
+    // Asked while close waits for the converter to end; false ends it.
+    void setGoOn(platform::GoOn goOn) { goOn_ = std::move(goOn); }
     // Closes the stream as it is, with nothing ended.
     int abandon();
 
     bool isOpen() const { return stream_ != nullptr; }
+    // The converter's standard input; null when the stream goes into no converter.
+    FILE* converterPipe() const { return isPipe_ ? stream_ : nullptr; }
     bool seekable() const { return (flags_ & iffFlagStream) == 0; }
     uint32_t flags() const { return flags_; }
     uint32_t depth() const { return static_cast<uint32_t>(chunks_.size()); }  // 1 in the root group
@@ -108,6 +114,7 @@ class IffWriter {
 
     FILE* stream_ = nullptr;
     bool isPipe_ = false;
+    platform::GoOn goOn_;
     uint32_t flags_ = 0;
     std::string name_;
     uint64_t position_ = 0;  // bytes written since open

@@ -54,6 +54,11 @@ class Commands {
     bool full();
     // Takes a command that was hung up.
     void linger(Command& command, Leaving leaving);
+    void end(FILE* stream) {
+        const std::lock_guard lock(mutex_);
+        const auto entry = byStream_.find(stream);
+        if (entry != byStream_.end()) endFamily(entry->second, true);
+    }
     void tidy() {
         const std::lock_guard lock(mutex_);
         collectEnded();
@@ -180,6 +185,8 @@ void releasePipe(FILE* pipe, const GoOn& goOn) {
         if (collect(*command, 1)) return;
     commands().linger(*command, Leaving::released);
 }
+
+void endCommand(FILE* pipe) { commands().end(pipe); }
 
 void collectEndedCommands() { commands().tidy(); }
 

@@ -25,6 +25,14 @@ using FilePtr = std::unique_ptr<FILE, FileCloser>;
 // its bytes are to be awaited first (awaitBytes).
 [[nodiscard]] FILE* openFile(const std::string& name, const char* mode);
 
+// A file for writing that only its owner may read; one of that name is emptied. Null with errno set
+// on failure.
+[[nodiscard]] FILE* createPrivateFile(const std::string& name);
+
+// A stream ("r" or "w", binary) on a descriptor, which goes with it; null with errno set on
+// failure: the descriptor is then left as it was.
+[[nodiscard]] FILE* openDescriptor(int descriptor, const char* mode);
+
 // A new stream on a duplicate of the given standard descriptor (0, 1), mode as fopen; null with
 // errno set on failure: EBADF when it was closed as the program started (keepStandardStreams).
 [[nodiscard]] FILE* duplicateStandardStream(int descriptor, const char* mode);

@@ -1,5 +1,5 @@
-// Other programs and the environment. The pipes (openPipe, closePipe, releasePipe, abandonPipe) are
-// shared: command_pipes.cpp, over what each system does for platform/command.h. All else win32 and
+// Other programs and the environment. The pipes (openPipe, closePipe, releasePipe, abandonPipe, endCommand)
+// are shared: command_pipes.cpp, over what each system does for platform/command.h. All else win32 and
 // linux implement each; there is no headless one.
 #pragma once
 
@@ -34,6 +34,10 @@ void releasePipe(FILE* pipe, const GoOn& goOn = {});
 // Closes our end and ends the command with everything it has started, with force when it has not
 // ended after some time or when the program ends. Does not wait.
 void abandonPipe(FILE* pipe);
+
+// Ends the command with everything it has started, with force, and leaves our end open: whoever
+// reads or writes there, on another thread, meets its end and then closes it.
+void endCommand(FILE* pipe);
 
 // Gives back what the system keeps for released and abandoned commands that have ended meanwhile:
 // none stays behind while the program does nothing else. To be called now and then.

@@ -10,8 +10,9 @@ namespace vistel::platform {
 // The stored text, at most 259 bytes; none when it was never written.
 std::optional<std::string> readSetting(const std::string& name);
 
-// Stores the text; a failure is silent by design, but for settings behind a symbolic link that leads
-// nowhere: the link stays, and a line on standard error says so.
+// Stores the text; other settings stay, also those that other programs store meanwhile. A failure is
+// silent by design, but for settings behind a symbolic link that leads nowhere: the link stays, and a
+// line on standard error says so.
 void writeSetting(const std::string& name, const std::string& value);
 
 }  // namespace vistel::platform

@@ -35,7 +35,8 @@ class UnfinishedFile {
     // also when the target may not be written. The stream is the caller's and to be closed before
     // `finish` and before the object goes.
     [[nodiscard]] FILE* create(const std::string& target, Name named = Name::whereNeeded);
-    // Makes it the target, with the permissions that the target had, or those that new files have.
+    // Makes it the target, once its bytes are on disk, with the permissions that the target had, or
+    // those that new files have.
     // False with errno set on failure: it then still goes with the object.
     [[nodiscard]] bool finish();
 

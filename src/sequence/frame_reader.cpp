@@ -26,6 +26,7 @@ struct FrameReading {
     const ReadTerms& terms;
     FrameStore& frame;
     FrameRead& result;
+    bool partly = false;  // `frame` is a part of a damaged one
 
     int failed(int code, const Tstring& reason) {
         result.reason = reason;
@@ -51,6 +52,7 @@ int FrameReading::readOpened(OpenedSource& source, int form, bool& found) {
         return platform::mayGoOn(*static_cast<platform::GoOn*>(goOn));
     };
     const int code = readForm(request, form, frame, found);
+    partly = found && code != iffOk && frame.hasPicture();
     int exitStatus = 0;
     if (code != iffAborted) keepOneFileStream(state, source);
     if (code == iffAborted) {
@@ -106,8 +108,17 @@ int FrameReading::read(int number) {
     if (terms.retry == Retry::asked) state.converted->forget(source.located);
     result.name = source.name;
     if (!source.stream) return nothingOpened(source);
-    if (!source.oneFile) return readFrameFile(source);
-    return number < 1 ? noSuchForm() : readStream(source, number);  // forms are counted from 1
+    const auto stamp = locatedStamp(source);
+    int code = iffOk;
+    if (!source.oneFile)
+        code = readFrameFile(source);
+    else  // forms are counted from 1
+        code = number < 1 ? noSuchForm() : readStream(source, number);
+    if (code == iffOk)
+        state.incomplete.forget(number);
+    else if (partly && stamp)
+        state.incomplete.note(number, source.located, *stamp);
+    return code;
 }
 
 }  // namespace
@@ -132,6 +143,11 @@ FrameRead readFrame(SequenceState& state, int number, const ReadTerms& terms, Fr
     if (result.code == iffNoMemory && result.reason.empty())
         (void)withMemory([&] { return reading.failed(iffNoMemory, errorText(iffNoMemory)); });
     return result;
+}
+
+void tellBadFrame(SequenceState& state, int number, const FrameRead& read) {
+    if (state.told.add(read.name, read.reason))
+        printError(formatMessage(Message::rVTFrameUnreadable, {read.name, read.reason, number}));
 }
 
 // Without memory for it a frame is simply not read ahead.

@@ -36,6 +36,9 @@ struct FrameRead {
 [[nodiscard]] FrameRead readFrame(SequenceState& state, int number, const ReadTerms& terms,
                                   FrameStore& frame);
 
+// Says on standard error why the frame is not whole, once for each frame and reason.
+void tellBadFrame(SequenceState& state, int number, const FrameRead& read);
+
 // Tells `ahead` the frames that readFrame will be asked for next, beginning with the very next one;
 // those beyond its room are not looked at.
 void wantFrames(const SequenceState& state, std::span<const int> numbers, const DisplayFit& fit,

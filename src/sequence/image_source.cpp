@@ -85,19 +85,21 @@ int reportNoImage(const Tstring& name) {
     return iffNotIff;
 }
 
-void reportEnd(const SequenceState& state, const Tstring& name, int code) {
+void reportEnd(SequenceState& state, const Tstring& name, int code) {
     if (state.verbose) std::printf("\n");
     std::fflush(stdout);
     if (code == iffOk || code == iffAborted) return;
-    std::fprintf(stderr, "%s: ", name.c_str());
-    reportError(code);
+    const Tstring reason = errorText(code);
+    if (state.told.add(name, reason)) printError(name + ": " + reason);
 }
 
 int openSource(SequenceState& state, const Tstring& name, const ReadTerms& terms, bool windowOpen,
                FrameStore& frame) {
     state.openedName = name;
     state.converted->forget();
+    state.incomplete.forget();
     OpenedSource source = chooseSource(state, name, state.currentFrame, Reading::first, terms.goOn);
+    const auto stamp = locatedStamp(source);
     source.connect(*state.converted);
     if (!source.stream) return reportNothingOpened(source);
     state.sourceOpened = 1;
@@ -108,6 +110,8 @@ int openSource(SequenceState& state, const Tstring& name, const ReadTerms& terms
                         awaitCommand(source.stream.file(), shownName, terms.goOn, windowOpen);
     FirstPass pass{terms.goOn, frame};
     const int code = waited ? readFirst(state, source, terms.fit, pass) : int{iffAborted};
+    if (code != iffOk && frame.hasPicture() && stamp)
+        state.incomplete.note(state.currentFrame, source.located, *stamp);
     if (code != iffAborted) keepOneFileStream(state, source);
     // A command that the user stopped waiting for is ended; one that wrote its picture may go on.
     code == iffAborted ? source.stream.abandon() : source.stream.release(terms.goOn);

@@ -43,6 +43,12 @@ struct OpenedSource {
 // once: it is not told apart but read as it is.
 OpenedSource openFrameFile(FramePlaces& places, const Tstring& name, bool waitForWriter);
 
+// Of the located file, before it is connected to what reads it.
+inline std::optional<platform::FileStamp> locatedStamp(const OpenedSource& source) {
+    if (!source.stream || source.located.empty()) return std::nullopt;
+    return platform::fileStamp(source.stream.file());
+}
+
 // The output of a command.
 OpenedSource openCommand(const std::string& command,
                          platform::CommandErrors errors = platform::CommandErrors::shown);

@@ -12,7 +12,9 @@
 
 #include "host/tstring.h"
 #include "sequence/converted_files.h"
+#include "sequence/incomplete_frames.h"
 #include "sequence/source_stream.h"
+#include "sequence/told_frames.h"
 
 namespace vistel {
 
@@ -62,12 +64,17 @@ struct CurrentSource {
     Tstring sourceName;          // name under which the source is shown
     Tstring openedName;          // as openImageSource was given it; empty: standard input
     Tstring sourceFolder;        // the folder that was entered with a file; empty: none
+    int32_t fileNumber = 0;      // its place among the file arguments, from 1
+    int32_t fileCount = 0;       // file arguments; 0: the source is none of them
     int32_t sourceIsPipe = 0;    // frames come out of a command
     int32_t sourceOpened = 0;    // a stream was opened for the current file argument
     SourceStream oneFileStream;  // open stream of a one-file animation
     std::shared_ptr<ConvertedFiles> converted = std::make_shared<ConvertedFiles>();
+    IncompleteFrames incomplete;
 };
 
-struct SequenceState : LoadOptions, FramePlaces, FramePosition, CurrentSource {};
+struct SequenceState : LoadOptions, FramePlaces, FramePosition, CurrentSource {
+    ToldFrames told;  // in this session
+};
 
 }  // namespace vistel

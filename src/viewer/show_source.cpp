@@ -54,7 +54,7 @@ void showSource(Viewer& viewer, FrameStore&& firstFrame) {
     viewer.fps = {};
     viewer.mark = SourceMark::memory;
     beginDisplay(viewer, keepFrame(viewer, viewer.currentFrame, std::move(firstFrame)));
-    setViewerTitle(windowTitle(viewer));
+    showTitle(viewer);
     viewer.status = playbackStatus(viewer);
     windowContext().drawPass = [&viewer] { drawPass(viewer); };
     drawPass(viewer);

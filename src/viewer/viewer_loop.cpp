@@ -14,9 +14,8 @@
 #include "viewer/commands/pan_commands.h"
 #include "viewer/commands/queued_input.h"
 #include "viewer/picture/display_lut.h"
-#include "viewer/picture/draw_pass.h"
 #include "viewer/picture/title.h"
-#include "viewer/playback/playback_status.h"
+#include "viewer/playback/present_frame.h"
 #include "viewer/viewer_session.h"
 #include "viewer/window/front_image.h"
 #include "viewer/window/window_context.h"
@@ -40,16 +39,6 @@ bool waitUntilDue(const Player& player) {
         platform::sleepMilliseconds(1);
     }
     return true;
-}
-
-void presentPass(Player& player) {
-    if (windowContext().quit) return;  // the window went while a frame was read
-    if (player.animation) player.fps.count();
-    player.status = playbackStatus(player);
-    drawPass(player);
-    swapDrawing();
-    player.bandShown = false;
-    player.wentBackward = false;
 }
 
 // The step that playback makes when nothing is queued.
@@ -199,7 +188,7 @@ void startLoop(Viewer& viewer) {
     viewer.playOnce = 0;
     viewer.dragging = {};
     viewer.painting.active = false;
-    setViewerTitle(windowTitle(viewer));
+    showTitle(viewer);
     showMenuState(viewer);
     showBarState(viewer);
     viewer.clock.reset();
@@ -225,7 +214,7 @@ void runViewerLoop(Viewer& viewer) {
         startLoop(viewer);
     while (loop.ended == Ended::no) {
         const bool drawn = waitUntilDue(viewer);
-        if (drawn) presentPass(viewer);
+        if (drawn) presentFrame(viewer);
         loop.handleEvents(drawn);
     }
     windowContext().viewerRunning = false;

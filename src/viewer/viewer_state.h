@@ -3,12 +3,11 @@
 // the main thread.
 #pragma once
 
-#include "settings/help_pages.h"
 #include "viewer/commands/viewer.h"
 
 namespace vistel {
 
-struct ViewerState : Viewer, HelpLocation {};
+struct ViewerState : Viewer {};
 
 inline ViewerState viewerState;
 

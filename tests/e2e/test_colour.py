@@ -1,5 +1,6 @@
 """The keys that change the display's colours: each control against its own formula."""
 
+import numpy as np
 import pytest
 
 import rules
@@ -191,6 +192,22 @@ def test_views_show_corrected_planes_and_an_uncorrected_mask(scene):
     scene.key("x", rules.grey(tried.lut.apply(scene.stored).of(rules.luminance)))
     tried.lut = Lut(negate=[True] * 3)
     scene.key("d", rules.grey(tried.lut.apply(scene.stored).of(rules.luminance)))
+
+
+def test_the_depth_is_seen_through_the_table(start, folder):
+    z = np.random.default_rng(4).uniform(1, 9, (HEIGHT, WIDTH)).astype(np.float32)
+    picture = Picture(colour=noise(WIDTH, HEIGHT), z=z)
+    write(folder / "one", picture)
+    scene = Scene(start("one"), stored_pixels(picture))
+    lut, grey = Lut(), rules.depth(z)
+    scene.key("z", rules.grey(grey))
+    shown = lambda: rules.colours(lut.apply(np.stack([grey.low] * 4, axis=-1)))
+    lut.negate = [True] * 3
+    scene.key("x", shown())
+    lut.step("gamma", 0.5, ALL)
+    scene.key("Alt_L+bracketright", shown())
+    lut.negate = [False] * 3
+    scene.key("x", shown())
 
 
 def test_keys_of_the_screen_alone_change_no_colours(scene):

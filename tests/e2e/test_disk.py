@@ -17,17 +17,19 @@ def open_image(start, folder, width=101, height=75):
     return Scene(start("one"), stored_pixels(picture))
 
 
-def assert_fitted(program, picture, animation=False):
-    """The picture comes, in a window that fits it."""
+def assert_fitted(program, picture, largest):
+    """The picture comes, in the middle of a window that is made for one of the sides `largest`."""
     height, width = picture.shape
-    x, y = view.expected_margins(width, height, animation)
+    margins = view.expected_margins(*largest)
+    x, y = (largest[i] + 2 * margins[i] - side for i, side in enumerate((width, height)))
     found = []
 
     def fitted():
         found[:] = [program.find(on_screen(picture)).margins()]
-        return found[0] == (x, x, y, y)
+        left, right, top, bottom = found[0]
+        return (left, bottom) == (x // 2, y // 2) and (left + right, top + bottom) == (x, y)
 
-    wait_until(fitted, what=lambda: f"margins of {x} and {y}, not {found}")
+    wait_until(fitted, what=lambda: f"margins of {x} and {y} in all, not {found}")
 
 
 def test_a_file_that_changed_is_read_again(start, folder):
@@ -47,23 +49,25 @@ def test_a_file_that_changed_is_read_again(start, folder):
 SIZES = [(240, 200), (60, 40), (500, 30), (101, 75)]
 
 
-def test_the_window_follows_a_file_that_grew_or_shrank(start, folder):
+def test_the_window_grows_with_a_file_and_does_not_shrink(start, folder):
     program = open_image(start, folder).program
-    for number, (width, height) in enumerate(SIZES):
-        picture = Picture(colour=noise(width, height, 10 + number))
+    largest = (101, 75)
+    for number, size in enumerate(SIZES):
+        picture = Picture(colour=noise(*size, 10 + number))
         write(folder / "one", picture)
         program.key("u")
-        assert_fitted(program, picture)
+        largest = tuple(map(max, largest, size))
+        assert_fitted(program, picture, largest)
 
 
-def test_the_window_follows_while_zoomed_in(start, folder):
+def test_the_window_stays_while_zoomed_in(start, folder):
     program = open_image(start, folder, 200, 160).program
     program.key("KP_Decimal", "KP_Decimal")
     picture = Picture(colour=noise(150, 120, 9))
     write(folder / "one", picture)
     program.key("u")
     program.key("Control_L+KP_5")
-    assert_fitted(program, picture)
+    assert_fitted(program, picture, (200, 160))
 
 
 def test_a_vanished_file_leaves_the_picture_and_a_message(start, folder):
@@ -104,6 +108,33 @@ def test_a_half_written_file_shows_the_tiles_that_are_there(start, folder):
     wait_until(arrived, what="the lower half of the new picture")
     (folder / "one").write_bytes(whole)
     scene.key("u", stored_pixels(picture)[..., :3])
+
+
+def test_a_half_written_frame_is_told_once_and_read_again_when_it_has_grown(start, folder):
+    pictures = {n: Picture(colour=noise(128, 128, n)) for n in (1, 2, 3)}
+    style = Style(codec="raw")
+    whole = {n: image_form(picture, style) for n, picture in pictures.items()}
+    (folder / "shot.1").write_bytes(whole[1])
+    (folder / "shot.2").write_bytes(whole[2][: len(whole[2]) * 5 // 8])
+    (folder / "shot.3").write_bytes(whole[3])
+    program = start("-r", "8", "shot.")
+    program.find_part(on_screen(pictures[1]))
+    program.wait_until_loaded()
+    program.key("space", "Control_L+Left")
+    scene = Scene(program, stored_pixels(pictures[1]))
+    lower = stored_pixels(pictures[2])[:64, :, :3]
+    arrived = lambda: (scene.picture()[::-1][:64] == lower).all()
+    for _ in range(2):
+        program.key("Right")
+        wait_until(arrived, what="the lower half of the second frame")
+        scene.key("Left", stored_pixels(pictures[1])[..., :3])
+    told = [line for line in program.stderr().splitlines() if "shot.2" in line]
+    assert len(told) == 1, program.stderr()
+    (folder / "shot.2").write_bytes(whole[2])
+    scene.key("Right", stored_pixels(pictures[2])[..., :3])
+    (folder / "shot.3").write_bytes(whole[1])  # it was whole: it stays as it is
+    scene.key("Right", stored_pixels(pictures[3])[..., :3])
+    assert [line for line in program.stderr().splitlines() if "shot." in line] == told
 
 
 def test_one_frame_of_an_animation_is_read_again(play, folder):

@@ -177,12 +177,17 @@ def test_painting_goes_through_the_look_up_table_and_is_undone_by_reloading(canv
     canvas.key("u", before[..., :3])
 
 
-def test_near_depth_is_painted_in_the_depth_view(canvas):
+def test_near_depth_is_painted_with_the_colours_in_the_depth_view(canvas):
     canvas.program.key("z")
     stroke(canvas, [(10, 20), (90, 20)])
     row = lambda: (canvas.picture()[HEIGHT - 1 - 20, 10:91] == 255).all()
     wait_until(row, what="a white line")
+    paint(canvas.stored, line((10, 20), (90, 20)), [0, 1, 2])
     canvas.key("c", canvas.stored[..., :3])
+    stroke(canvas, [(10, 50), (90, 50)])
+    canvas.program.key("z")
+    wait_until(row, what="the white line of the depth")
+    assert not (canvas.picture()[HEIGHT - 1 - 50, 10:91] == 255).all(), "the depth has stayed"
 
 
 def test_a_painted_frame_keeps_its_paint_while_it_is_in_memory(play):

@@ -600,6 +600,7 @@ def test_closing_the_window_ends_loading(system, start, folder):
     program = start("-n", "1", "200", "1", command)
     Player(program, animation)
     assert program.close() == 0, "loading them all takes ten minutes"
+    assert program.stderr() == ""
 
 
 # --- several files --------------------------------------------------------------------------------

@@ -7,10 +7,10 @@
 
 #include "codecs.h"
 #include "host/image_plugins.h"
+#include "host/output_file.h"
 #include "memory_rule.h"
 #include "platform/files.h"
 #include "platform/temporary_file.h"
-#include "platform/unfinished_file.h"
 #include "without_exceptions.h"
 
 namespace vistel {
@@ -23,25 +23,6 @@ constexpr uint64_t mostCollectedBytes = uint64_t{4} << 30;
 std::string lowered(std::string text) {
     std::transform(text.begin(), text.end(), text.begin(), lowerCase);
     return text;
-}
-
-// Without the dot, in lower case; empty when there is none.
-std::string extensionOf(const std::string& path) {
-    const size_t name = path.find_last_of("/\\:") + 1;
-    const size_t dot = path.find_last_of('.');
-    if (dot == std::string::npos || dot < name) return {};
-    return lowered(path.substr(dot + 1));
-}
-
-bool hasExtension(const ImageType& type, const std::string& extension) {
-    const std::string all = " " + std::string(type.extensions) + " ";
-    return !extension.empty() && all.find(" " + extension + " ") != std::string::npos;
-}
-
-const ImageType* typeOfExtension(const std::string& extension) {
-    for (const ImageType& type : allImageTypes())
-        if (hasExtension(type, extension)) return &type;
-    return nullptr;
 }
 
 const ImageType* typeOfKey(const std::string& key) {
@@ -117,26 +98,22 @@ Failure writeTo(FILE* file, const Codec& codec, const Picture& picture, const st
     return failure;
 }
 
-// Why a link does not lead to a file, by the error that it gave.
-Failure brokenLink() {
+// Why a file could not be opened, by the error that it gave.
+Failure whyNotOpened(const std::string& path) {
+    const Failure failure = systemError();
+    if (platform::fileExists(path) || platform::followLinks(path)) return failure;
     if (errno == ELOOP) return "a symbolic link that leads in a circle";
     if (errno == ENOENT) return "a symbolic link to a file that is not there";
-    return systemError();
+    return failure;
 }
 
 Failure writePicture(const Codec& codec, const Picture& picture, const std::string& path) {
     errno = 0;
-    if (isSpecial(path)) {
-        FILE* file = platform::openFile(path, "w");
-        return file ? writeTo(file, codec, picture, path) : systemError();
-    }
-    const std::optional<std::string> target = platform::followLinks(path);
-    if (!target) return brokenLink();
-    platform::UnfinishedFile unfinished;
-    FILE* file = unfinished.create(*target);
-    if (!file) return systemError();
+    OutputFile output;
+    FILE* file = output.open(path);
+    if (!file) return whyNotOpened(path);
     Failure failure = writeTo(file, codec, picture, path);
-    if (!failure && !unfinished.finish()) failure = systemError();
+    if (!failure && !output.finish()) failure = systemError();
     return failure;
 }
 
@@ -157,7 +134,7 @@ const Codec* codecForReading(const SourceFile& source, Failure& failure) {
         failure = "the file is empty";
         return nullptr;
     }
-    const ImageType* named = typeOfExtension(extensionOf(source.path));
+    const ImageType* named = imageTypeOfExtension(fileExtension(source.path));
     const Codec* byName = named ? codecOfKey(named->key) : nullptr;
     const auto recognises = [&](const Codec* codec) {
         return codec->read && codec->recognises && codec->recognises({start, size});
@@ -170,7 +147,7 @@ const Codec* codecForReading(const SourceFile& source, Failure& failure) {
     const auto isSound = [&](const Codec* codec) {
         return codec->isSound && codec->isSound({start, size}, source.size);
     };
-    if (extensionOf(source.path).empty())
+    if (fileExtension(source.path).empty())
         for (const Codec* codec : allCodecs())
             if (isSound(codec)) return codec;
     failure = named ? std::string("not a picture of the type ") + named->name
@@ -179,12 +156,12 @@ const Codec* codecForReading(const SourceFile& source, Failure& failure) {
 }
 
 const Codec* codecForWriting(const std::string& path, const std::string& key, Failure& failure) {
-    const std::string extension = extensionOf(path);
+    const std::string extension = fileExtension(path);
     const ImageType* type = nullptr;
     if (!key.empty())
         type = typeOfKey(lowered(key));
     else
-        type = isNumber(extension) ? typeOfKey("tavo") : typeOfExtension(extension);
+        type = isNumber(extension) ? typeOfKey("tavo") : imageTypeOfExtension(extension);
     if (!type) {
         failure = key.empty() ? "no type has the extension \"" + extension + "\""
                               : "no type has the key \"" + key + "\"";

@@ -76,6 +76,7 @@ unsigned timerPeriod();  // milliseconds; 0: no timer was started
 int readBacks();         // of drawn pixels, since reset
 bool windowOpen();
 const std::vector<std::string>& messageBoxes();
+const std::vector<std::string>& pagesShown();  // in the browser, by their addresses
 bool menuChecked(int command);
 bool menuEnabled(int command);
 // Texts drawn since the last present became visible, with the position of their baseline start.
@@ -104,5 +105,33 @@ void drop(const std::vector<std::string>& names);
 
 // Makes the next openWindow fail.
 void refuseWindow();
+// From now on there is no browser.
+void removeBrowser();
+
+// --- sound ---
+// The device that records. It plays what it was given as the test says, or at once when it plays by
+// itself.
+struct WaveFaults {
+    bool absent = false;      // there is no device
+    bool playsAtOnce = true;  // else only playWaves plays
+    int blocksToTake = -1;    // from then on it has gone; less than none: always there
+    int blocksToLose = 0;     // that are done without having been heard
+    bool noRing = true;
+    bool ringLost = false;    // to be restored
+};
+void resetWaves(const WaveFaults& faults);
+void setWaveFaults(const WaveFaults& faults);
+// Plays up to so many bytes; a block is done when its last byte was played.
+void playWaves(size_t bytes);
+struct RecordedWaves {
+    std::vector<uint8_t> heard;  // in the order in which it was played
+    int opened = 0, closed = 0, blocks = 0, takenBack = 0, restored = 0;
+    int32_t channels = 0, rate = 0, bits = 0;
+    bool ringPlays = false;
+    int32_t volume = 0, pan = 0;  // of the mixer
+};
+RecordedWaves recordedWaves();
+// What the timer of a ring would do after its period; nothing where none runs.
+void fireWaveTimer();
 
 }  // namespace vistel::platform::headless

@@ -11,6 +11,7 @@
 #include "platform/input_event.h"
 #include "platform/menu.h"
 #include "platform/surface.h"
+#include "platform/web_browser.h"
 #include "resources/command_ids.h"
 
 namespace vistel::platform {
@@ -26,6 +27,8 @@ struct Desktop {
     std::vector<std::string> boxes;
     bool answer = false;
     std::function<std::optional<FileChoice>(const FileRequest&)> chooser;
+    std::vector<std::string> pages;
+    bool noBrowser = false;
     std::deque<std::function<void()>> steps;
     std::function<void()> idle;
     std::set<int> held;
@@ -211,6 +214,11 @@ std::optional<FileChoice> askForFile(Window*, const FileRequest& request) {
 }
 void showSystemErrorBox(Window*, const std::string& caption) { desktop.boxes.push_back(caption); }
 
+bool showInBrowser(const std::string& address) {
+    if (!desktop.noBrowser) desktop.pages.push_back(address);
+    return !desktop.noBrowser;
+}
+
 namespace headless {
 
 void reset() {
@@ -288,12 +296,14 @@ void chooseFiles(std::function<std::optional<FileChoice>(const FileRequest&)> ch
 void drop(const std::vector<std::string>& names) {
     if (windowOpen()) desktop.last->sink.dropped(desktop.last->sink.owner, names);
 }
+const std::vector<std::string>& pagesShown() { return desktop.pages; }
 bool menuChecked(int command) { return lastWindow().checked.count(command) != 0; }
 const Bar* bar() { return lastWindow().bar ? &*lastWindow().bar : nullptr; }
 bool menuEnabled(int command) { return lastWindow().disabled.count(command) == 0; }
 void setWorkArea(const PixelRect& work) { desktop.work = work; }
 void setFrame(const PixelRect& thickness) { desktop.frame = thickness; }
 void refuseWindow() { desktop.refuse = true; }
+void removeBrowser() { desktop.noBrowser = true; }
 
 const Image& visibleImage() { return lastWindow().surface.visible; }
 const std::vector<DrawnText>& visibleTexts() { return lastWindow().surface.visibleTexts.texts(); }

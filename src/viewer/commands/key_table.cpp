@@ -67,7 +67,7 @@ constexpr KeyBinding bindings[] = {
     {functionKey(5),         1, "F5",            press,   always,    toggleTracking,         0,                             "Tracking on and off."},
     {functionKey(6),         1, "F6",            press,   always,    writeTracking,          0,                             "Write the tracked points."},
     {functionKey(8),         1, "F8",            press,   always,    toggleLuminanceCurve,   0,                             "Luminance curves on and off."},
-    {functionKey(11),        1, "F11",           press,   always,    toggleOverwrite,        0,                             "Overwrite saved files without asking, or not."},
+    {functionKey(11),        1, "F11",           press,   always,    toggleOverwrite,        0,                             "Save over the source files, or under names of their own."},
     {functionKey(12),        1, "F12",           press,   always,    outlineTiles,           0,                             "Outline the tiles of the frame."},
     {functionKey(12),        1, "F12",           release, always,    removeOverlay,          0,                             "Remove the outlines."},
     {characterKey(','),      1, ",",             press,   animation, playOrSetBound,         -1,                            "Play backward; Alt: once, from the end; Shift: set the range's start."},

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <string>
 #include <utility>
 
 #include "platform/menu.h"
@@ -62,8 +63,13 @@ bool toggleControlBar(Viewer&, const Press&, int) {
     return true;
 }
 
-// --- when there is something to do
-// -----------------------------------------------------------------
+bool openHelpPage(Viewer& viewer, const Press&, int page) {
+    showHelpPage(windowContext().window,
+                 viewer.helpBase + "VisTel" + std::to_string(page) + ".html");
+    return false;
+}
+
+// --- when there is something to do ---------------------------------------------------------------
 
 bool always(const Viewer&) { return true; }
 
@@ -112,6 +118,13 @@ constexpr MenuBinding bindings[] = {
     {COMMAND_CONTROL_BAR,     toggleControlBar,     0, always, [](const Viewer&) { return windowContext().controlBarShown; }},
     {COMMAND_FULL_SCREEN,     enterFullScreen,      0, always, [](const Viewer& viewer) { return viewer.fullScreen != 0; }},
     {COMMAND_FULL_RESOLUTION, toggleFullResolution, 0, always, [](const Viewer& viewer) { return viewer.noRescale != 0; }},
+    {COMMAND_HELP_MANIPULATIONS,   openHelpPage,    22},
+    {COMMAND_HELP_OPENING,         openHelpPage,    13},
+    {COMMAND_HELP_SAVING,          openHelpPage,    16},
+    {COMMAND_HELP_ANIMATION,       openHelpPage,    23},
+    {COMMAND_HELP_COMMAND_LINE,    openHelpPage,    20},
+    {COMMAND_HELP_MOUSE,           openHelpPage,    29},
+    {COMMAND_HELP_KEYBOARD,        openHelpPage,    21},
     {COMMAND_ABOUT,           showAbout,            0},
     // clang-format on
 };

@@ -58,8 +58,8 @@ Paint choosePaint(const Picture& picture, const Press& press) {
     return {channel, channel};
 }
 
-// In the depth view the depth is painted: as near as the nearest sample, which is shown white, or
-// with Control as far as the farthest. Where no sample is finite it is painted 0.
+// In the depth view the depth is painted, too: as near as the nearest sample, which is shown white,
+// or with Control as far as the farthest. Where no sample is finite it is painted 0.
 class Brush {
  public:
     Brush(const Picture& picture, const Press& press)
@@ -73,10 +73,7 @@ class Brush {
 
     void dot(const ImagePoint& point) {
         const auto column = static_cast<size_t>(point.column), row = static_cast<size_t>(point.row);
-        if (depth_) {
-            frame_.z.row(row)[column] = sample_;
-            return;
-        }
+        if (depth_) frame_.z.row(row)[column] = sample_;
         if (frame_.colour.empty()) return;
         uint32_t& pixel = frame_.colour.row(row)[column];
         pixel = (pixel & ~paint_.bits) | paint_.colour;

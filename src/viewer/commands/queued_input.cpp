@@ -41,7 +41,7 @@ class WaitingKey {
 
 // A frame of a running animation that is still being written must not hold up the keys.
 bool keyWaitsTooLong(const Viewer& viewer) {
-    if (!windowContext().viewerRunning) return false;
+    if (!windowContext().viewerRunning || viewer.loading.progress) return false;
     if (!viewer.synchro && !viewer.sourceIsPipe) return false;
     const uint32_t longest = viewer.synchro ? longestKeyWait : longestCommandWait;
     if (platform::tickMilliseconds() - viewer.readStarted < longest) return false;

@@ -6,6 +6,8 @@
 #include "platform/surface.h"
 #include "viewer/commands/show_frame.h"
 #include "viewer/picture/display_setup.h"
+#include "viewer/playback/present_frame.h"
+#include "viewer/playback/save_frames.h"
 #include "viewer/window/drawing.h"
 #include "viewer/window/front_image.h"
 #include "viewer/window/window_context.h"
@@ -46,11 +48,15 @@ void restoreWindowView(Picture& picture) {
 
 }  // namespace
 
+// With the write-all request of a dialog as with Shift each frame of an animation is written.
 bool writePicture(Viewer& viewer, const Press& press, int) {
-    const bool skipped = std::exchange(viewer.frameSkip, 0) != 0;
-    const bool all = viewer.animation && press.modifiers.shift();
-    const bool redraw = run(all ? viewerTools.writeAnimation : viewerTools.writeFrame, viewer);
-    return redraw || skipped;  // the status line tells of the skipping
+    if (std::exchange(viewer.frameSkip, 0)) presentFrame(viewer);  // the status line tells
+    const bool all = std::exchange(viewer.saveAll, 0) || press.modifiers.shift();
+    if (viewer.animation && all)
+        saveRange(viewer);
+    else
+        saveShownFrame(viewer);
+    return false;  // the band stays
 }
 
 bool pickPoint(Viewer& viewer, const Press&, int) { return run(viewerTools.pickPoint, viewer); }

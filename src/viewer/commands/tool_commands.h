@@ -9,8 +9,6 @@ namespace vistel {
 // Tools that are built on the viewer. A null one has not been installed: its key does nothing. Each
 // returns whether the picture must be drawn again.
 struct ViewerTools {
-    bool (*writeFrame)(Viewer&) = nullptr;      // saves the frame on screen
-    bool (*writeAnimation)(Viewer&) = nullptr;  // plays the range once, saving each frame
     bool (*startSound)(Viewer&) = nullptr;      // loads viewer.audioFile and plays it
     bool (*toggleSound)(Viewer&) = nullptr;     // off and on again, from the range's start
     bool (*pickPoint)(Viewer&) = nullptr;       // a point of the picture, for tracking

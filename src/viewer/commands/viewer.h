@@ -10,6 +10,7 @@
 #include "host/tstring.h"
 #include "platform/bar_picture.h"
 #include "resources/command_ids.h"
+#include "settings/help_pages.h"
 #include "settings/saved_settings.h"
 #include "viewer/playback/player.h"
 
@@ -64,7 +65,7 @@ struct BarState {
     int rate = 0;                                   // frames per second
 };
 
-struct Viewer : Player, SavedSettings, MenuRequests, InputSession {
+struct Viewer : Player, SavedSettings, HelpLocation, MenuRequests, InputSession {
     std::optional<MenuState> menuOnScreen;  // none: the window's menu is new
     std::optional<BarState> barOnScreen;    // none: its control bar is new
     int32_t luminanceCurve = 0;  // F8: picking a point writes its luminance through the frames

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "analysis/colour_lut.h"
@@ -86,6 +87,7 @@ struct PictureSession {
     PictureLayout layout;
     WindowView beforeFullScreen;
     StatusFields status;
+    std::string title;       // of the window
     bool bandShown = false;  // a message band covers the picture
 };
 

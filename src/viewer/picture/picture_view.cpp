@@ -37,6 +37,15 @@ const uint32_t* greyView(Picture& picture, ChannelMode mode) {
     return grey;
 }
 
+// The depth's grey goes through the colours' tables; as heights of a relief it stays as it is.
+const uint32_t* correctedDepth(Picture& picture) {
+    const uint32_t* grey = greyView(picture, ChannelMode::zBuffer);
+    if (grey && picture.lut.lutActive)
+        picture.lut.apply(planesOfView(picture.mode, picture.mode), grey,
+                          pixelCount(*picture.shown), picture.views.grey.pixels());
+    return grey;
+}
+
 float reliefSlope(const Picture& picture) {
     return picture.reliefInverted ? -picture.reliefDepth : picture.reliefDepth;
 }
@@ -64,6 +73,7 @@ const uint32_t* reliefPicture(Picture& picture) {
 
 const uint32_t* build(Picture& picture) try {
     if (picture.mode == ChannelMode::all) return correctedPixels(picture, ChannelMode::all);
+    if (picture.mode == ChannelMode::zBuffer) return correctedDepth(picture);
     return isRelief(picture.mode) ? reliefPicture(picture) : greyView(picture, picture.mode);
 } catch (const std::bad_alloc&) {
     return nullptr;

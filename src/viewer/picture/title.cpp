@@ -2,6 +2,8 @@
 
 #include "host/messages.h"
 #include "sequence/frame_name.h"
+#include "viewer/picture/status_line.h"
+#include "viewer/window/window_layer.h"
 
 namespace vistel {
 
@@ -10,8 +12,34 @@ std::string shownSourceName(const CurrentSource& source) {
     return source.fileName.empty() ? source.sourceName : source.fileName;
 }
 
+// What neither the name nor the picture alone tells.
+static Tstring titleSuffix(const Picture& picture) {
+    Tstring suffix;
+    if (picture.shown && picture.shown->shrink > 1)
+        suffix += formatMessage(Message::rVTTitleShrink, {picture.shown->shrink});
+    if (picture.shown && picture.layout.zoom > 1)
+        suffix += formatMessage(Message::rVTTitleZoom, {picture.layout.zoom});
+    if (!picture.animation) {
+        const Tstring view(channelLabel(picture));
+        if (!view.empty()) suffix += formatMessage(Message::rVTTitleView, {view});
+        if (picture.lut.lutActive) suffix += messageText(Message::rVTTitleCorrected);
+    }
+    if (picture.fileCount > 1)
+        suffix += formatMessage(Message::rVTTitleFile, {picture.fileNumber, picture.fileCount});
+    return suffix;
+}
+
 std::string windowTitle(const Picture& picture) {
-    return formatPositional("VisTel: ^1s^2s", {shownSourceName(picture), ""});
+    return formatPositional("VisTel: ^1s^2s", {shownSourceName(picture), titleSuffix(picture)});
+}
+
+void showTitle(Picture& picture) {
+    picture.title = windowTitle(picture);
+    setViewerTitle(picture.title);
+}
+
+void refreshTitle(Picture& picture) {
+    if (windowTitle(picture) != picture.title) showTitle(picture);
 }
 
 }  // namespace vistel

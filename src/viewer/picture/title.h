@@ -7,8 +7,12 @@
 
 namespace vistel {
 
-// "VisTel: NAME", for the source that is open.
+// "VisTel: NAME", for the source that is open, and what there is to tell of it: how much it is
+// shrunk and zoomed, the view and the correction of a single image, its place among the files.
 std::string windowTitle(const Picture& picture);
+// Gives the window its title; the second does so only when there is something else to tell since.
+void showTitle(Picture& picture);
+void refreshTitle(Picture& picture);
 // The source's name as the user knows it.
 std::string shownSourceName(const CurrentSource& source);
 

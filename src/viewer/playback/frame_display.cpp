@@ -52,7 +52,11 @@ FrameStore* readCurrentFrame(Player& player, Retry retry, int& result) {
     ReadTerms terms = readTerms(player);
     terms.retry = retry;
     FrameStore frame;
-    result = readFrame(player, player.currentFrame, terms, frame).code;
+    const FrameRead read = readFrame(player, player.currentFrame, terms, frame);
+    result = read.code;
+    // The status line tells of a frame that is not there, and nobody asks why one was given up.
+    const bool bad = result != iffOk && result != iffNotIff && result != iffAborted;
+    if (bad && platform::mayGoOn(player.goOn)) tellBadFrame(player, player.currentFrame, read);
     if (result != iffOk && !frame.hasPicture()) return nullptr;
     return &keepFrame(player, player.currentFrame, std::move(frame));
 }
@@ -60,7 +64,7 @@ FrameStore* readCurrentFrame(Player& player, Retry retry, int& result) {
 FrameShown show(Player& player, FrameStore& frame, SourceMark mark, Refit refit) {
     player.mark = mark;
     setUpDisplay(player, frame, refit);
-    if (!playing(player)) setViewerTitle(windowTitle(player));
+    if (!playing(player)) showTitle(player);
     return FrameShown::yes;
 }
 
@@ -82,13 +86,16 @@ FrameShown reload(Player& player, bool quietly) {
 
 FrameShown showCurrentFrame(Player& player, FrameSource source) {
     if (source != FrameSource::kept) return reload(player, source == FrameSource::fileQuietly);
-    if (FrameStore* kept = player.slots.find(player.currentFrame)) {
+    FrameStore* kept = player.slots.find(player.currentFrame);
+    if (kept && !player.incomplete.haveChanged(player.currentFrame)) {
         if (playing(player) && !upcomingInMemory(player)) readFollowingAhead(player);
         return show(player, *kept, SourceMark::memory, Refit::growWindow);
     }
     int result = iffOk;
     if (FrameStore* frame = readCurrentFrame(player, Retry::never, result))
         return show(player, *frame, SourceMark::disk, Refit::growWindow);
+    kept = player.slots.find(player.currentFrame);
+    if (kept) return show(player, *kept, SourceMark::memory, Refit::growWindow);
     player.mark = SourceMark::unknown;
     return result == iffAborted ? FrameShown::givenUp : FrameShown::unreadable;
 }

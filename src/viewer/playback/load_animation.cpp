@@ -45,13 +45,14 @@ class MissingFrames {
 bool loadFrame(Player& player, int number, const ReadTerms& terms, MissingFrames& missing) {
     FrameStore frame;
     const FrameRead read = readFrame(player, number, terms, frame);
+    // Nobody wants it any more, and it may be for that only that it failed.
+    if (read.code != iffOk && !platform::mayGoOn(player.goOn)) return true;
     if (read.code == iffNotIff) {
         missing.add(number, read);
         return true;
     }
     missing.report();
-    if (read.code != iffOk && !player.loading.stopped)
-        printError(formatMessage(Message::rVTFrameUnreadable, {read.name, read.reason, number}));
+    if (read.code != iffOk) tellBadFrame(player, number, read);
     if (!frame.hasPicture()) return true;
     if (!player.slots.hasRoomFor(number, frame)) return false;
     player.slots.keep(number, std::move(frame));
@@ -77,7 +78,10 @@ void loadRemainingFrames(Player& player) {
         std::printf("%s\n", formatMessage(Message::rVTMemoryLimit, {limit}).c_str());
     const int64_t first = player.currentFrame, step = stepSize(player);
     const int frames = static_cast<int>((player.lastFrame - first) / step + 1);
-    player.loading.progress = std::make_unique<LoadProgress>(shownSourceName(player), frames);
+    player.loading.progress = std::make_unique<Progress>(
+        [frames, source = shownSourceName(player)](int frame) {
+            return formatMessage(Message::rVTLoading, {source, frame, frames});
+        });
     ReadAhead ahead(decodingThreads(), player.converted);
     ReadTerms terms = readTerms(player);
     terms.ahead = &ahead;

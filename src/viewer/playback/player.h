@@ -9,10 +9,11 @@
 #include "audio/sound_options.h"
 #include "host/tstring.h"
 #include "platform/go_on.h"
+#include "sequence/output_name.h"
 #include "sequence/read_ahead.h"
 #include "viewer/picture/picture.h"
 #include "viewer/playback/frame_slots.h"
-#include "viewer/playback/load_progress.h"
+#include "viewer/playback/progress.h"
 #include "viewer/playback/playback_clock.h"
 
 namespace vistel {
@@ -33,15 +34,6 @@ struct Playing {
     int32_t startFrameRate = 24;  // chosen at start
 };
 
-// What is to be written, under which name and in which type.
-struct Saving {
-    Tstring saveName;
-    int32_t saveNameSet = 0;
-    int32_t saveAnimation = 0;
-    Tstring saveFormatKey;
-    int32_t overwriteMode = 0;
-};
-
 // What is known of the frames of one source, forgotten with it.
 struct PlayerSession {
     FrameSlots slots;                  // used while kmem > 0
@@ -54,9 +46,9 @@ struct PlayerSession {
     uint32_t readStarted = 0;   // tick at which a frame began to be read again
 };
 
-// A range that is being loaded.
+// A range that is being loaded or saved.
 struct Loading {
-    std::unique_ptr<LoadProgress> progress;  // null: none is
+    std::unique_ptr<Progress> progress;  // null: none is
     bool stopped = false;                    // the user ended it
 };
 

@@ -33,6 +33,20 @@ TEST_F(FileWalk, EachFileIsOpenedInItsTurn) {
     }
 }
 
+TEST_F(FileWalk, EachFileKnowsItsPlaceAmongThem) {
+    std::string places;
+    recorder.opening = [&](const Tstring& name) {
+        places += name + " " + std::to_string(viewerState.fileNumber) + "/" +
+                  std::to_string(viewerState.fileCount) + " ";
+        return 0;
+    };
+    walk({"a", "-n5", "9", "2", "b", "-N", "1", "4", "1", "c"});
+    EXPECT_EQ(places, "a 1/3 b 2/3 c 3/3 ");
+    places.clear();
+    walk({"a"});
+    EXPECT_EQ(places, "a 1/1 ");
+}
+
 TEST_F(FileWalk, AFileThatFailsIsCountedAndTheNextFollows) {
     recorder.opening = [](const Tstring& name) { return name == "bad" ? -4 : 0; };
     const FileCounts counts = walk({"bad", "good", "bad"});

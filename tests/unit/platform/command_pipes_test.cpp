@@ -219,6 +219,20 @@ TEST_F(CommandPipes, OnlyAFewReleasedCommandsLingerUnlessTheUserGoesOn) {
     }
 }
 
+// Whoever waits for the command on another thread meets its end.
+TEST_F(CommandPipes, ACommandIsEndedWhileItsOutputIsRead) {
+    const LateFile late = lateFile("late");
+    FILE* pipe = startBehindInterpreter(late, "stubborn");
+    std::thread reader([&] {
+        EXPECT_EQ(std::fgetc(pipe), EOF);
+        closePipe(pipe);
+    });
+    endCommand(pipe);
+    reader.join();
+    expectEnded(late);
+    endCommand(pipe);  // it is none any more
+}
+
 TEST_F(CommandPipes, WhatACommandPrintsToStandardErrorCanBeDropped) {
     const std::string text = command("complain", "\"two words\"");
     const struct {

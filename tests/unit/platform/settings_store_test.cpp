@@ -92,3 +92,72 @@ TEST_F(SettingsStore, SaysWhereALinkLeadsNowhere) {
         EXPECT_FALSE(std::filesystem::exists(pathOf(path("vistel/missing"))));
     }
 }
+
+TEST_F(SettingsStore, ProgramsThatStoreAtTheSameTimeLoseNothing) {
+    const std::string partner = findProgram("pipe_partner").value_or("(no pipe_partner)");
+    const int settings = 20;
+    const char* const names[] = {"UnitTestLeft", "UnitTestRight", "UnitTestMiddle"};
+    writeSetting("UnitTest", "before");
+    std::vector<FILE*> programs;
+    for (const char* name : names)
+        programs.push_back(openPipe(
+            quotedCommand(partner, "settings", name + (" " + std::to_string(settings))), "r"));
+    for (FILE* program : programs) EXPECT_EQ(closePipe(program), 0);
+    for (const char* name : names)
+        for (int i = 0; i < settings; ++i)
+            EXPECT_EQ(readSetting(name + std::to_string(i)), std::to_string(i)) << name << i;
+    EXPECT_EQ(readSetting("UnitTest"), "before");
+}
+
+TEST_F(SettingsStore, WhatCannotBeReadIsNotReplaced) {
+    writeSetting("UnitTest", "1");
+    const auto file = pathOf(path("vistel/vistel.conf"));
+    if (!std::filesystem::exists(file)) GTEST_SKIP() << "settings are no file here";
+    std::filesystem::remove(file);
+    addFolder("vistel/vistel.conf");
+    writeSetting("UnitTest", "2");
+    EXPECT_EQ(readSetting("UnitTest"), std::nullopt);
+    EXPECT_TRUE(std::filesystem::is_directory(file));
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(path("vistel")), {}), 1);
+}
+
+// A device that never ends is no settings, nor is it read for ever.
+TEST_F(SettingsStore, ALinkToADeviceHoldsNothing) {
+    writeSetting("UnitTest", "1");
+    const auto file = pathOf(path("vistel/vistel.conf"));
+    if (!std::filesystem::exists(file)) GTEST_SKIP() << "settings are no file here";
+    std::filesystem::remove(file);
+    std::filesystem::create_symlink("/dev/zero", file);
+    writeSetting("UnitTest", "2");
+    EXPECT_EQ(readSetting("UnitTest"), std::nullopt);
+    EXPECT_TRUE(std::filesystem::is_symlink(file));
+}
+
+TEST_F(SettingsStore, AStoreThatCannotBeMadeIsNoTrouble) {
+    writeSetting("UnitTest", "1");
+    if (!std::filesystem::exists(pathOf(path("vistel/vistel.conf"))))
+        GTEST_SKIP() << "settings are no file here";
+    std::filesystem::remove_all(pathOf(path("vistel")));
+    std::ofstream(pathOf(path("vistel"))) << "in the way";
+    testing::internal::CaptureStderr();
+    writeSetting("UnitTest", "2");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(readSetting("UnitTest"), std::nullopt);
+}
+
+// Lines of which one is a setting.
+TEST_F(SettingsStore, DamageAroundASettingLeavesIt) {
+    writeSetting("UnitTest", "1");
+    const auto file = pathOf(path("vistel/vistel.conf"));
+    if (!std::filesystem::exists(file)) GTEST_SKIP() << "settings are no file here";
+    const std::string zeros("\0\0=\0\n", 5);
+    const std::string damage = "=\n\n[x]\n\xFF\xFE" + zeros + std::string(100000, 'x');
+    std::ofstream(file, std::ios::binary) << damage << "\nUnitTest=4\\n2\\";
+    EXPECT_EQ(readSetting("UnitTest"), "4\n2\\");
+    writeSetting("UnitTestOther", "5");
+    EXPECT_EQ(readSetting("UnitTest"), "4\n2\\");
+    EXPECT_EQ(readSetting("UnitTestOther"), "5");
+    std::ifstream stream(file, std::ios::binary);
+    const std::string stored{std::istreambuf_iterator<char>(stream), {}};
+    EXPECT_TRUE(stored.starts_with(damage));
+}

@@ -98,10 +98,15 @@ TEST_F(BadFrames, AsFilesAreReportedOnceAndTheNextFileIsRead) {
     for (const BadFrame& bad : badFrames()) {
         SCOPED_TRACE(bad.what);
         write("bad.iff", bad.bytes);
+        state_.told = {};
         FrameStore frame;
         testing::internal::CaptureStderr();
         EXPECT_EQ(openImageSource(state_, "bad.iff", terms_, false, frame), bad.code);
         EXPECT_EQ(testing::internal::GetCapturedStderr(), "bad.iff: " + errorText(bad.code) + "\n");
+        state_.sourceOpened = 0;
+        testing::internal::CaptureStderr();
+        EXPECT_EQ(openImageSource(state_, "bad.iff", terms_, false, frame), bad.code);
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
         state_.sourceOpened = 0;
         FrameStore next;
         testing::internal::CaptureStderr();

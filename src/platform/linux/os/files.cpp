@@ -48,6 +48,16 @@ FILE* openFile(const std::string& name, const char* mode) {
     return file.release();
 }
 
+FILE* createPrivateFile(const std::string& name) {
+    const int descriptor = open(name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+    if (descriptor < 0) return nullptr;
+    FILE* file = fdopen(descriptor, "w");
+    if (!file) close(descriptor);
+    return file;
+}
+
+FILE* openDescriptor(int descriptor, const char* mode) { return fdopen(descriptor, mode); }
+
 static bool closedAtStart[3];
 
 bool wasClosed(int descriptor) { return descriptor <= 2 && closedAtStart[descriptor]; }

@@ -3,12 +3,15 @@
 #include "platform/settings_store.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <thread>
 #include <vector>
 
 #include "platform/files.h"
@@ -54,10 +57,13 @@ std::string unescaped(const std::string& text) {
     return value;
 }
 
-std::vector<std::string> readLines(const std::string& file) {
+// No lines of a file that is not there. None where something is there that cannot be read whole.
+std::optional<std::vector<std::string>> readLines(const std::string& file) {
     std::vector<std::string> lines;
+    if (!fileExists(file)) return lines;
+    if (!isRegularFile(file)) return std::nullopt;
     const FilePtr stream(openFile(file, "r"));
-    if (!stream) return lines;
+    if (!stream) return std::nullopt;
     std::string line;
     for (int c = std::getc(stream.get()); c != EOF; c = std::getc(stream.get())) {
         if (c != '\n') {
@@ -67,9 +73,32 @@ std::vector<std::string> readLines(const std::string& file) {
         lines.push_back(line);
         line.clear();
     }
+    if (std::ferror(stream.get())) return std::nullopt;
     if (!line.empty()) lines.push_back(line);
     return lines;
 }
+
+// Another program that keeps its settings here waits until the file has been changed, but never for
+// long: one that was stopped in the midst of it keeps nobody from ending.
+class ChangeLock {
+ public:
+    explicit ChangeLock(const std::string& folder)
+        : folder_(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
+        for (int tries = 0; tries < mostTries && flock(folder_, LOCK_EX | LOCK_NB) != 0; ++tries) {
+            if (errno != EWOULDBLOCK) return;
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
+    }
+    ~ChangeLock() {
+        if (folder_ >= 0) close(folder_);
+    }
+    ChangeLock(const ChangeLock&) = delete;
+    ChangeLock& operator=(const ChangeLock&) = delete;
+
+ private:
+    static constexpr int mostTries = 200;
+    int folder_;
+};
 
 bool holds(const std::string& line, const std::string& name) {
     return line.size() > name.size() && line[name.size()] == '=' &&
@@ -86,7 +115,10 @@ void makeFolders(const std::string& path) {
 bool writeLines(FILE* file, const std::vector<std::string>& lines) {
     FilePtr stream(file);
     if (!stream) return false;
-    for (const std::string& line : lines) std::fprintf(stream.get(), "%s\n", line.c_str());
+    for (const std::string& line : lines) {
+        std::fwrite(line.data(), 1, line.size(), stream.get());  // may hold zeros
+        std::fputc('\n', stream.get());
+    }
     const bool written = std::fflush(stream.get()) == 0 && !std::ferror(stream.get()) &&
                          fsync(fileno(stream.get())) == 0;
     return std::fclose(stream.release()) == 0 && written;
@@ -97,7 +129,9 @@ bool writeLines(FILE* file, const std::vector<std::string>& lines) {
 std::optional<std::string> readSetting(const std::string& name) {
     const std::string folder = configurationFolder();
     if (folder.empty()) return std::nullopt;
-    for (const std::string& line : readLines(folder + "/vistel.conf")) {
+    const auto lines = readLines(folder + "/vistel.conf");
+    if (!lines) return std::nullopt;
+    for (const std::string& line : *lines) {
         if (!holds(line, name)) continue;
         return unescaped(line.substr(name.size() + 1)).substr(0, longestSetting);
     }
@@ -116,12 +150,14 @@ void writeSetting(const std::string& name, const std::string& value) {
                      file.c_str(), errno == ELOOP ? "in a circle" : "nowhere");
         return;
     }
-    std::vector<std::string> lines = readLines(file);
-    std::erase_if(lines, [&](const std::string& line) { return holds(line, name); });
-    lines.push_back(name + "=" + escaped(value));
+    const ChangeLock lock(folder);
+    auto lines = readLines(file);
+    if (!lines) return;  // what cannot be read would be lost
+    std::erase_if(*lines, [&](const std::string& line) { return holds(line, name); });
+    lines->push_back(name + "=" + escaped(value));
     // Put in the place of the old file whole: a reader never sees half of it.
     UnfinishedFile fresh;
-    if (writeLines(fresh.create(*target), lines)) (void)!fresh.finish();
+    if (writeLines(fresh.create(*target), *lines)) (void)!fresh.finish();
 }
 
 }  // namespace vistel::platform

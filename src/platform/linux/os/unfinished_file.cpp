@@ -151,7 +151,8 @@ bool UnfinishedFile::finish() {
     const int file = static_cast<int>(handle_);
     beginChange();
     // By the descriptor: nobody can put another file under the name meanwhile.
-    bool done = copied_ ? copyInto(file, target_) : mode_ == 0 || fchmod(file, mode_) == 0;
+    bool done = copied_ ? copyInto(file, target_)
+                        : (mode_ == 0 || fchmod(file, mode_) == 0) && fdatasync(file) == 0;
     if (done && !copied_ && name_.empty())
         name_ = freeName(target_, [&](const std::string& name) {
             return linkat(AT_FDCWD, pathOfDescriptor(file).c_str(), AT_FDCWD, name.c_str(),

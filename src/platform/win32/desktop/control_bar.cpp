@@ -110,6 +110,7 @@ bool isForField(WPARAM character) {
 
 LRESULT CALLBACK fieldProcedure(HWND field, UINT id, WPARAM wide, LPARAM lengthy, UINT_PTR,
                                 DWORD_PTR owner) {
+    constexpr WPARAM controlA = 1;
     const bool leaving = wide == VK_RETURN || wide == VK_ESCAPE || wide == VK_TAB;
     switch (id) {
         case WM_KEYDOWN:
@@ -119,6 +120,7 @@ LRESULT CALLBACK fieldProcedure(HWND field, UINT id, WPARAM wide, LPARAM lengthy
             break;
         case WM_CHAR:
             if (leaving) return 0;
+            if (wide == controlA) return SendMessageW(field, EM_SETSEL, 0, -1);
             if (!isForField(wide)) {
                 MessageBeep(MB_OK);
                 return 0;

@@ -110,8 +110,8 @@ void destroyed(Window& window) {
 }
 
 void sized(Window& window) {
+    wine::windowSized(window.handle);
     if (window.context) {
-        wine::windowSized(window.handle);
         wglMakeCurrent(window.device, window.context);
         RECT client;
         GetClientRect(window.handle, &client);

@@ -78,6 +78,12 @@ FILE* openFile(const std::string& name, const char* mode) {
     return openStream(name, openFlags(mode), mode);
 }
 
+FILE* createPrivateFile(const std::string& name) { return openStream(name, openFlags("w"), "w"); }
+
+FILE* openDescriptor(int descriptor, const char* mode) {
+    return _fdopen(descriptor, binaryMode(mode).c_str());
+}
+
 static bool closedAtStart[3];
 
 bool wasClosed(int descriptor) { return descriptor <= 2 && closedAtStart[descriptor]; }

@@ -154,7 +154,8 @@ bool copyInto(HANDLE from, const std::string& target) {
     const LARGE_INTEGER start{};
     SetFilePointerEx(from, start, nullptr, FILE_BEGIN);
     SetFilePointerEx(to.get(), start, nullptr, FILE_BEGIN);
-    return copyBytes(from, to.get()) && setSize(to.get(), whole.QuadPart);
+    return copyBytes(from, to.get()) && setSize(to.get(), whole.QuadPart) &&
+           FlushFileBuffers(to.get());
 }
 
 }  // namespace
@@ -187,6 +188,10 @@ bool UnfinishedFile::finish() {
     const std::lock_guard lock(changing);
     const HANDLE file = handleOf(handle_);
     if (copied_) return copyInto(file, target_);
+    if (!FlushFileBuffers(file)) {
+        errno = EIO;
+        return false;
+    }
     setRemoval(file, false);
     CloseHandle(file);
     handle_ = -1;

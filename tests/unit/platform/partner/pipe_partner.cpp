@@ -11,6 +11,7 @@
 //                                "ready", waits
 //   pipe_partner complain WORD   writes the word to output and standard error, ends with 4
 //   pipe_partner halves MS       writes "first", waits, writes "second"
+//   pipe_partner settings NAME TIMES  stores the settings NAME0, NAME1 ... one after the other
 //   pipe_partner WORD...         writes each word on a line of its own
 #include <chrono>
 #include <csignal>
@@ -21,6 +22,7 @@
 
 #include "platform/files.h"
 #include "platform/process.h"
+#include "platform/settings_store.h"
 #include "platform/unfinished_file.h"
 
 using namespace vistel::platform;
@@ -103,6 +105,9 @@ int main(int count, char** arguments) {
         std::printf("%s\n", arguments[2]);
         std::fprintf(stderr, "%s\n", arguments[2]);
         return 4;
+    } else if (task == "settings" && count > 3) {
+        for (int i = 0; i < std::atoi(arguments[3]); ++i)
+            writeSetting(arguments[2] + std::to_string(i), std::to_string(i));
     } else if (task == "halves" && count > 2) {
         std::fputs("first", stdout);
         std::fflush(stdout);

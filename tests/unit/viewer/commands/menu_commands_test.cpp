@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "golden.h"
 #include "resources/command_ids.h"
 #include "viewer/frame_folder.h"
 #include "viewer/viewer_fixture.h"
@@ -214,6 +215,44 @@ TEST_F(MenuCommandsTest, DroppedFramesMakeRoom) {
     EXPECT_TRUE(slots.hasRoomFor(5, another));
     slots.keep(5, testFrame(5, 400, 300));
     EXPECT_FALSE(slots.hasRoomFor(6, another));
+}
+
+// --- help ----------------------------------------------------------------------------------------
+
+TEST_F(MenuCommandsTest, EachHelpItemShowsItsPage) {
+    struct Row {
+        int id;
+        const char* page;
+    };
+    constexpr Row rows[] = {
+        {COMMAND_HELP_OPENING, "VisTel13.html"},       {COMMAND_HELP_SAVING, "VisTel16.html"},
+        {COMMAND_HELP_COMMAND_LINE, "VisTel20.html"},  {COMMAND_HELP_KEYBOARD, "VisTel21.html"},
+        {COMMAND_HELP_MANIPULATIONS, "VisTel22.html"}, {COMMAND_HELP_ANIMATION, "VisTel23.html"},
+        {COMMAND_HELP_MOUSE, "VisTel29.html"},
+    };
+    showImage(testFrame(1, 400, 300));
+    viewerState.helpBase = "file:///opt/vistel/docs/ext/VisTel/";
+    for (const Row& row : rows) {
+        headless::choose(row.id);
+        ASSERT_FALSE(headless::pagesShown().empty()) << row.page;
+        EXPECT_EQ(headless::pagesShown().back(), viewerState.helpBase + row.page);
+        EXPECT_TRUE(std::filesystem::is_regular_file(
+            fileOfTree(std::string("docs/ext/VisTel/") + row.page)))
+            << row.page;
+    }
+    EXPECT_EQ(headless::pagesShown().size(), std::size(rows));
+    EXPECT_TRUE(headless::messageBoxes().empty());
+}
+
+TEST_F(MenuCommandsTest, WithoutABrowserABoxNamesThePage) {
+    showImage(testFrame(1, 400, 300));
+    viewerState.helpBase = "file:///opt/vistel/docs/ext/VisTel/";
+    headless::removeBrowser();
+    headless::choose(COMMAND_HELP_MOUSE);
+    ASSERT_EQ(headless::messageBoxes().size(), 1u);
+    EXPECT_TRUE(
+        headless::messageBoxes()[0].ends_with("\nfile:///opt/vistel/docs/ext/VisTel/VisTel29.html"))
+        << headless::messageBoxes()[0];
 }
 
 // --- the others ----------------------------------------------------------------------------------

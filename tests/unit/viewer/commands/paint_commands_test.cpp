@@ -109,7 +109,7 @@ TEST_F(PaintCommandsTest, PaintedPixelsAreShownAtOnceThroughTheNegation) {
         [](int x, int y) { return y == 6 && (x == 5 || x == 8) ? 0x000000u : 0xBFBFBFu; });
 }
 
-TEST_F(PaintCommandsTest, TheDepthIsPaintedInItsView) {
+TEST_F(PaintCommandsTest, TheDepthIsPaintedInItsViewTogetherWithTheColours) {
     showGrey(20, 10);
     const std::vector<float> before(viewerState.shown->z.data(), viewerState.shown->z.data() + 200);
     const auto [low, high] = std::minmax_element(before.begin(), before.end());
@@ -120,7 +120,22 @@ TEST_F(PaintCommandsTest, TheDepthIsPaintedInItsView) {
     paintAt(3, 4, control);
     EXPECT_EQ(viewerState.shown->z.row(4)[3], *high);
     EXPECT_EQ(displayedPixels(viewerState)[4 * 20 + 3] & 255, 0u);
-    EXPECT_TRUE(paintedPoints().empty());  // the colours stay
+    EXPECT_EQ(paintedPoints(), (Points{{3, 4}}));
+    key(keyF1);
+    paintAt(5, 4);
+    EXPECT_EQ(stored(5, 4) & 0xFFFFFF, (grey & 0xFFFF00) | 0xFF);
+    EXPECT_EQ(viewerState.shown->z.row(4)[5], *low);
+}
+
+TEST_F(PaintCommandsTest, TheDepthStaysInTheOtherViews) {
+    for (const int view : {'C', 'L', 'R', 'G', 'B', 'M', 'I', 'N'}) {
+        showGrey(20, 10);
+        const float before = viewerState.shown->z.row(4)[3];
+        key(view);
+        paintAt(3, 4);
+        EXPECT_EQ(paintedPoints(), (Points{{3, 4}})) << char(view);
+        EXPECT_EQ(viewerState.shown->z.row(4)[3], before) << char(view);
+    }
 }
 
 TEST_F(PaintCommandsTest, ADepthWithoutAFiniteSampleIsPaintedZero) {

@@ -30,9 +30,9 @@ TEST_F(ToolCommandsTest, F8AndF11SayWhatTheyHaveSwitched) {
     EXPECT_EQ(viewerState.luminanceCurve, 1);
     EXPECT_EQ(printed(keyF1 + 7), "Luminance curve: off\n");
     EXPECT_EQ(viewerState.luminanceCurve, 0);
-    EXPECT_EQ(printed(keyF1 + 10), "Overwrite files without asking: on\n");
+    EXPECT_EQ(printed(keyF1 + 10), "Overwrite the source files: on\n");
     EXPECT_EQ(viewerState.overwriteMode, 1);
-    EXPECT_EQ(printed(keyF1 + 10), "Overwrite files without asking: off\n");
+    EXPECT_EQ(printed(keyF1 + 10), "Overwrite the source files: off\n");
     EXPECT_EQ(viewerState.overwriteMode, 0);
 }
 
@@ -182,7 +182,7 @@ TEST_F(ToolCommandsTest, FullScreenKeepsZoomPanAndView) {
 
 TEST_F(ToolCommandsTest, KeysOfToolsThatAreNotInstalledDoNothing) {
     showAnimation(1, 3);
-    for (const int code : {int{'W'}, int{'P'}, int{keyF1 + 4}, int{keyF1 + 5}, int{EV_MIDDLEMOUSE}})
+    for (const int code : {int{'P'}, int{keyF1 + 4}, int{keyF1 + 5}, int{EV_MIDDLEMOUSE}})
         EXPECT_FALSE(key(code)) << code;
 }
 
@@ -196,8 +196,7 @@ bool called(const char* tool) {
 
 TEST_F(ToolCommandsTest, EachToolIsCalledByItsKey) {
     viewerTools = {
-        [](Viewer&) { return called("frame"); },  [](Viewer&) { return called("animation"); },
-        [](Viewer&) { return called("pick"); },   [](Viewer&) { return called("tracking"); },
+        [](Viewer&) { return called("pick"); }, [](Viewer&) { return called("tracking"); },
         [](Viewer&) { return called("tracks"); }, [](Viewer&) { return called("report"); }};
     struct Row {
         int code;
@@ -206,8 +205,6 @@ TEST_F(ToolCommandsTest, EachToolIsCalledByItsKey) {
         const char* expected;
     };
     const Row rows[] = {
-        {'W', none, false, "frame"},       {'W', shift, false, "frame"},
-        {'W', none, true, "frame"},        {'W', shift, true, "animation"},
         {'P', none, true, "report"},       {keyF1 + 4, none, true, "tracking"},
         {keyF1 + 5, none, true, "tracks"}, {EV_MIDDLEMOUSE, none, false, "pick"},
     };
@@ -217,14 +214,6 @@ TEST_F(ToolCommandsTest, EachToolIsCalledByItsKey) {
         EXPECT_TRUE(key(row.code, row.held));
         EXPECT_EQ(calls, (std::vector<std::string>{row.expected}));
     }
-}
-
-TEST_F(ToolCommandsTest, WritingTurnsFrameSkippingOff) {
-    showAnimation(1, 3);
-    viewerState.frameSkip = 1;
-    EXPECT_TRUE(key('W'));  // the status line tells
-    EXPECT_EQ(viewerState.frameSkip, 0);
-    EXPECT_FALSE(key('W'));
 }
 
 }  // namespace vistel

@@ -75,6 +75,28 @@ TEST_F(PictureViewTest, DepthsThatAreNoNumbersAreBlackAndEqualOnesWhite) {
     }
 }
 
+TEST_F(PictureViewTest, TheDepthsGreyGoesThroughTheTablesOfTheColours) {
+    FrameStore frame = planesFrame(1, 256, 1);
+    for (int i = 0; i < 256; ++i) frame.z.data()[i] = float(255 - i);  // grey i
+    showImage(std::move(frame));
+    key('Z');
+    expectPicture([](int column, int) { return uint32_t(column) * 0x010101u; });
+    key(keyF1);  // red
+    key('X');
+    expectPicture(
+        [](int column, int) { return uint32_t(column) * 0x010100u | uint32_t(255 - column); });
+    key(characterKey('\\'), shift);  // the offset of red
+    for (const char* const view : {"C", "Z"}) key(view[0]);
+    expectPicture([](int column, int) {
+        return uint32_t(column) * 0x010100u | lutEntry(viewerState.lut.controls, 2, column);
+    });
+    // A relief of it has the heights that are stored.
+    key('N');
+    displayedPixels(viewerState);
+    for (int column = 0; column < 256; ++column)
+        ASSERT_EQ(viewerState.views.heights[column] & 0xFFFFFF, uint32_t(column) * 0x010101u);
+}
+
 TEST_F(PictureViewTest, AnUnknownDepthScaleIsNotTakenFromAFrameWithoutDepth) {
     showImage(planesFrame(1, 400, 200, imageColour));
     EXPECT_FALSE(key('Z', shift));

@@ -1,0 +1,108 @@
+#include "audio/sound.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "platform/wave_ring.h"
+
+namespace vistel {
+
+bool Sound::load(const std::string& file) {
+    unload();
+    if (file.empty()) return false;
+    track_ = SoundTrack::open(file);
+    if (!track_) return false;
+    if (!interface_) interface_ = chooseWaveInterface();
+    deviceRate_ = track_->rate();
+    output_ = AudioOutput::open(*track_, *interface_);
+    if (!output_) {
+        track_.reset();
+        return false;
+    }
+    track_->seek(0);
+    constexpr int64_t seconds = 10000;
+    feeder_ = std::make_unique<SoundFeeder>(*track_, *output_, speed_);
+    feeder_->setFramesToPlay(
+        static_cast<int64_t>(static_cast<double>(seconds * track_->rate()) / speed_));
+    return true;
+}
+
+void Sound::unload() {
+    feeder_.reset();
+    output_.reset();
+    track_.reset();
+}
+
+void Sound::play(const std::string& file, double speed) {
+    constexpr double least = 1e-10, most = 1000;  // a chunk of more would not fit into memory
+    if (speed > least && speed <= most) speed_ = speed;
+    if (load(file)) start();
+}
+
+void Sound::start() {
+    if (feeder_) feeder_->start();
+}
+
+void Sound::stop() {
+    if (feeder_) feeder_->stop();
+}
+
+bool Sound::feed(int32_t chunksPerSecond) { return feeder_ && feeder_->feed(chunksPerSecond); }
+
+void Sound::seek(int32_t frame, int32_t frameRate) {
+    if (feeder_) feeder_->seek(int64_t{track_->rate()} * frame / std::max(frameRate, 1));
+}
+
+double Sound::timePlayed() {
+    if (!feeder_ || feeder_->framesSent() == 0) return 0.0;
+    const int64_t pending = output_->pendingSamples() / track_->channels();
+    return static_cast<double>(feeder_->framesSent() - pending) / track_->rate() * speed_;
+}
+
+// --- levels
+// ------------------------------------------------------------------------------------------
+
+// value x numerator / denominator, rounded to the nearest, halves away from zero.
+static int32_t scaled(int64_t value, int64_t numerator, int64_t denominator) {
+    const int64_t rounded = (std::abs(value) * numerator + denominator / 2) / denominator;
+    return static_cast<int32_t>(value < 0 ? -rounded : rounded);
+}
+
+constexpr int32_t mostLevel = 10000;  // hundredths of a decibel
+
+bool Sound::read(std::span<SoundSetting> settings) {
+    bool whole = true;
+    for (SoundSetting& setting : settings) {
+        platform::MixerLevels levels;
+        const bool ofMixer =
+            setting.parameter >= soundPanRight && setting.parameter <= soundVolumeRight;
+        if (ofMixer && (interface_ != WaveInterface::ring || !platform::mixerLevels(levels))) {
+            whole = false;
+            continue;
+        }
+        const int32_t right = std::max(levels.pan, 0), left = std::max(-levels.pan, 0);
+        int32_t level = 0;
+        if (setting.parameter == soundPanRight) level = right;
+        if (setting.parameter == soundPanLeft) level = left;
+        if (setting.parameter == soundVolumeLeft) level = levels.volume + mostLevel - right;
+        if (setting.parameter == soundVolumeRight) level = levels.volume + mostLevel - left;
+        setting.value = scaled(level, 255, mostLevel);
+        if (setting.parameter == soundChannels) setting.value = 6;
+        if (setting.parameter == soundRate) setting.value = deviceRate_;
+    }
+    return whole;
+}
+
+void Sound::write(std::span<const SoundSetting> settings) {
+    for (const SoundSetting& setting : settings) {
+        if (setting.parameter == soundRate) deviceRate_ = setting.value;
+        if (interface_ != WaveInterface::ring) continue;
+        const int32_t level = scaled(setting.value, mostLevel, 255);
+        if (setting.parameter == soundPanRight) platform::setMixerPan(level);
+        if (setting.parameter == soundPanLeft) platform::setMixerPan(-level);
+        if (setting.parameter == soundVolumeLeft || setting.parameter == soundVolumeRight)
+            platform::setMixerVolume(level - mostLevel);
+    }
+}
+
+}  // namespace vistel

@@ -1,0 +1,214 @@
+#include "audio/sound.h"
+
+#include "audio/sound_fixture.h"
+
+namespace vistel::test {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+
+TEST_F(SoundTest, PlaysTheWholeFile) {
+    const Bytes bytes = counted(20000, 2);
+    const TemporaryFile file(bytes);
+    Sound sound;
+    ASSERT_TRUE(sound.load(file.name()));
+    EXPECT_TRUE(sound.isLoaded());
+    EXPECT_FALSE(sound.isPlaying());
+    sound.start();
+    ASSERT_TRUE(becomes([&] { return !sound.isPlaying(); }));
+    EXPECT_EQ(headless::recordedWaves().heard, soundOf(bytes));
+    EXPECT_DOUBLE_EQ(sound.timePlayed(), 20000 / 44100.0);
+    sound.unload();
+    EXPECT_FALSE(sound.isLoaded());
+    EXPECT_EQ(headless::recordedWaves().closed, 1);
+}
+
+TEST_F(SoundTest, TheDeviceIsGivenNoMoreThanItHolds) {
+    headless::resetWaves({.playsAtOnce = false});
+    const TemporaryFile file(counted(200000));
+    Sound sound;
+    ASSERT_TRUE(sound.load(file.name()));
+    sound.start();
+    EXPECT_EQ(headless::recordedWaves().blocks, 1);  // 0.1 of 0.15 seconds
+    std::this_thread::sleep_for(milliseconds(20));
+    EXPECT_EQ(headless::recordedWaves().blocks, 1);
+    headless::playWaves(8820);
+    EXPECT_TRUE(becomes([] { return headless::recordedWaves().blocks == 2; }));
+    EXPECT_DOUBLE_EQ(sound.timePlayed(), 0.1);
+    EXPECT_TRUE(sound.isPlaying());
+    sound.stop();
+    EXPECT_FALSE(sound.isPlaying());
+    EXPECT_TRUE(sound.isLoaded());
+}
+
+TEST_F(SoundTest, StopsSoonOnADeviceThatNeverPlays) {
+    headless::resetWaves({.playsAtOnce = false});
+    const TemporaryFile file(counted(200000));
+    Sound sound;
+    auto start = Clock::now();
+    sound.play(file.name(), 1);
+    EXPECT_LT(Clock::now() - start, milliseconds(100));
+    start = Clock::now();
+    sound.unload();
+    EXPECT_GE(Clock::now() - start, milliseconds(250));  // its patience
+    EXPECT_LT(Clock::now() - start, milliseconds(2000));
+}
+
+TEST_F(SoundTest, GoesOnAfterBlocksThatCameLateOrWereLost) {
+    headless::resetWaves({.playsAtOnce = false, .blocksToLose = 1});
+    const Bytes bytes = counted(44100);
+    const TemporaryFile file(bytes);
+    Sound sound;
+    sound.play(file.name(), 1);
+    while (sound.isPlaying()) {  // in unequal steps, some late
+        headless::playWaves(3000);
+        std::this_thread::sleep_for(milliseconds(1));
+        headless::playWaves(7);
+    }
+    headless::playWaves(SIZE_MAX);
+    const auto whole = soundOf(bytes);
+    EXPECT_EQ(headless::recordedWaves().heard,
+              std::vector<uint8_t>(whole.begin() + 8820, whole.end()));  // without the lost chunk
+}
+
+TEST_F(SoundTest, ADeviceThatVanishesEndsTheSoundAndTheNextLoadFindsItAgain) {
+    headless::resetWaves({.blocksToTake = 2});
+    const TemporaryFile file(counted(44100));
+    Sound sound;
+    sound.play(file.name(), 1);
+    EXPECT_TRUE(becomes([&] { return !sound.isPlaying(); }));
+    EXPECT_EQ(headless::recordedWaves().blocks, 2);
+    headless::setWaveFaults({.absent = true});
+    EXPECT_FALSE(sound.load(file.name()));
+    EXPECT_FALSE(sound.isLoaded());
+    sound.start();
+    EXPECT_FALSE(sound.isPlaying());
+    EXPECT_EQ(sound.timePlayed(), 0.0);
+    headless::resetWaves({});
+    sound.play(file.name(), 1);
+    EXPECT_TRUE(becomes([&] { return !sound.isPlaying(); }));
+    EXPECT_EQ(headless::recordedWaves().heard.size(), 88200u);
+}
+
+TEST_F(SoundTest, WhatIsNoSoundIsNotLoaded) {
+    Reports reports;
+    Sound sound;
+    const TemporaryFile text(Bytes("no sound"));
+    EXPECT_FALSE(sound.load(""));
+    EXPECT_FALSE(sound.load("no/such.wav"));
+    EXPECT_FALSE(sound.load(text.name()));
+    EXPECT_EQ(headless::recordedWaves().opened, 0);
+    sound.seek(5, 24);
+    EXPECT_FALSE(sound.feed(24));
+    sound.stop();
+}
+
+TEST_F(SoundTest, SpeedsAreKeptUnlessTheyAreNone) {
+    const TemporaryFile file(counted(44100));
+    Sound sound;
+    sound.play(file.name(), 2);
+    EXPECT_TRUE(becomes([&] { return !sound.isPlaying(); }));
+    EXPECT_EQ(headless::recordedWaves().heard.size(), 44100u);
+    EXPECT_DOUBLE_EQ(sound.timePlayed(), 1.0);  // of the recording
+    for (const double none : {0.0, 1e-10, -1.0, 1e9, std::nan("")}) {
+        headless::resetWaves({});
+        sound.play(file.name(), none);
+        EXPECT_TRUE(becomes([&] { return !sound.isPlaying(); }));
+        EXPECT_EQ(headless::recordedWaves().heard.size(), 44100u) << none;
+    }
+    headless::resetWaves({});
+    sound.play(file.name(), 0.5);
+    EXPECT_TRUE(becomes([&] { return !sound.isPlaying(); }));
+    EXPECT_EQ(headless::recordedWaves().heard.size(), 176400u);
+}
+
+TEST_F(SoundTest, FeedsOneChunkForEachPicture) {
+    const Bytes bytes = counted(44100);
+    const TemporaryFile file(bytes);
+    Sound sound;
+    ASSERT_TRUE(sound.load(file.name()));
+    EXPECT_TRUE(sound.feed(24));
+    EXPECT_EQ(headless::recordedWaves().heard.size(), 44100u / 24 * 2);
+    EXPECT_TRUE(sound.feed(9));  // the usual chunk
+    EXPECT_EQ(headless::recordedWaves().heard.size(), (44100u / 24 + 4410) * 2);
+    sound.seek(12, 24);
+    headless::resetWaves({});
+    EXPECT_TRUE(sound.feed(25));
+    const auto whole = soundOf(bytes);
+    EXPECT_EQ(headless::recordedWaves().heard,
+              std::vector<uint8_t>(whole.begin() + 44100, whole.begin() + 44100 + 1764 * 2));
+    while (sound.feed(24)) {
+    }
+    EXPECT_FALSE(sound.feed(24));
+    EXPECT_EQ(headless::recordedWaves().heard.size(), 44100u);
+}
+
+TEST_F(SoundTest, SeeksWhileItPlays) {
+    headless::resetWaves({.playsAtOnce = false});
+    const Bytes bytes = counted(441000);
+    const TemporaryFile file(bytes);
+    Sound sound;
+    sound.play(file.name(), 1);
+    sound.seek(96, 24);  // four seconds on
+    headless::playWaves(8820);
+    ASSERT_TRUE(becomes([] { return headless::recordedWaves().blocks == 2; }));
+    headless::playWaves(8820);
+    const auto heard = headless::recordedWaves().heard;
+    const auto whole = soundOf(bytes);
+    ASSERT_EQ(heard.size(), 17640u);
+    EXPECT_TRUE(std::equal(heard.begin() + 8820, heard.end(), whole.begin() + 4 * 88200));
+    sound.unload();
+}
+
+// --- levels
+// ------------------------------------------------------------------------------------------
+
+TEST_F(SoundTest, LevelsAreThoseOfTheMixerOnly) {
+    Sound sound;
+    SoundSetting settings[] = {{4, 0}, {7, 0}, {5, 99}, {-1, 99}};
+    EXPECT_TRUE(sound.read(settings));
+    EXPECT_EQ(settings[0].value, 6);
+    EXPECT_EQ(settings[1].value, 22050);
+    EXPECT_EQ(settings[2].value, 0);
+    EXPECT_EQ(settings[3].value, 0);
+    for (int32_t parameter = 0; parameter <= 3; ++parameter) {
+        SoundSetting one[] = {{parameter, 0}};
+        EXPECT_FALSE(sound.read(one));
+    }
+    const TemporaryFile file(counted(10));
+    ASSERT_TRUE(sound.load(file.name()));
+    EXPECT_TRUE(sound.read(settings));
+    EXPECT_EQ(settings[1].value, 44100);
+}
+
+TEST_F(SoundTest, LevelsHaveAScaleTo255) {
+    platform::setEnvironmentVariable("TAVO_USE_DIRECTSOUND", "1");
+    headless::resetWaves({.noRing = false});
+    const TemporaryFile file(counted(10));
+    Sound sound;
+    ASSERT_TRUE(sound.load(file.name()));
+    const SoundSetting wanted[] = {{0, 128}, {2, 255}, {7, 8000}, {9, 1}};
+    sound.write(wanted);
+    EXPECT_EQ(headless::recordedWaves().pan, 5020);  // 128 x 10000 / 255, rounded
+    EXPECT_EQ(headless::recordedWaves().volume, 0);
+    EXPECT_EQ(sound.deviceRate(), 8000);
+    SoundSetting read[] = {{0, 0}, {1, 0}, {2, 0}, {3, 0}};
+    EXPECT_TRUE(sound.read(read));
+    EXPECT_EQ(read[0].value, 128);
+    EXPECT_EQ(read[1].value, 0);
+    EXPECT_EQ(read[2].value, 127);  // less the pan
+    EXPECT_EQ(read[3].value, 255);
+    const SoundSetting left[] = {{1, 255}, {3, 100}};
+    sound.write(left);
+    EXPECT_EQ(headless::recordedWaves().pan, -10000);
+    EXPECT_EQ(headless::recordedWaves().volume, 3922 - 10000);
+    EXPECT_TRUE(sound.read(read));
+    EXPECT_EQ(read[0].value, 0);
+    EXPECT_EQ(read[1].value, 255);
+    EXPECT_EQ(read[2].value, 100);
+    EXPECT_EQ(read[3].value, -155);  // 3922 less 10000
+}
+
+}  // namespace
+}  // namespace vistel::test
