@@ -8,6 +8,7 @@
 #include "platform/window.h"
 #include "resources/command_ids.h"
 #include "viewer/commands/command.h"
+#include "viewer/commands/sound_commands.h"
 #include "viewer/picture/display_setup.h"
 #include "viewer/playback/frame_display.h"
 #include "viewer/window/window_context.h"
@@ -69,6 +70,7 @@ constexpr MenuBinding bindings[] = {
     {COMMAND_REVERT, postKey, keyReload},
     {COMMAND_FULL_SCREEN, enterFullScreen, 0},
     {COMMAND_FULL_RESOLUTION, toggleFullResolution, 0},
+    {COMMAND_TOGGLE_SOUND, toggleSound, 0},
     {COMMAND_HELP_OPENING, openHelpPage, 13},
     {COMMAND_HELP_SAVING, openHelpPage, 16},
     {COMMAND_HELP_COMMAND_LINE, openHelpPage, 20},

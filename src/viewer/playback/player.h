@@ -5,7 +5,9 @@
 #include <algorithm>
 #include <cstdint>
 #include <memory>
+#include <optional>
 
+#include "audio/sound.h"
 #include "audio/sound_options.h"
 #include "host/tstring.h"
 #include "platform/go_on.h"
@@ -52,7 +54,14 @@ struct Loading {
     bool stopped = false;                    // the user ended it
 };
 
-struct Player : Picture, Playing, Saving, SoundOptions, PlayerSession {
+// The sound that was loaded, which outlives sources.
+struct SoundPlaying {
+    std::unique_ptr<Sound> sound;
+    std::optional<int> soundFrame;  // whose part was fed last
+    bool soundBehind = false;       // a part was left out
+};
+
+struct Player : Picture, Playing, Saving, SoundOptions, SoundPlaying, PlayerSession {
     PlaybackClock clock;
     Loading loading;
     platform::GoOn goOn;  // asked while a frame is read: serves the window
