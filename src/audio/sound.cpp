@@ -20,8 +20,8 @@ bool Sound::load(const std::string& file) {
         return false;
     }
     track_->seek(0);
-    constexpr int64_t seconds = 10000;
     feeder_ = std::make_unique<SoundFeeder>(*track_, *output_, speed_);
+    constexpr int64_t seconds = 10000;
     feeder_->setFramesToPlay(
         static_cast<int64_t>(static_cast<double>(seconds * track_->rate()) / speed_));
     return true;
@@ -48,6 +48,12 @@ void Sound::stop() {
 }
 
 bool Sound::feed(int32_t chunksPerSecond) { return feeder_ && feeder_->feed(chunksPerSecond); }
+
+bool Sound::feedPicture(int32_t frameRate) {
+    return feed(output_ && output_->pendingSamples() > 0 ? frameRate : 0);
+}
+
+bool Sound::hasRoom() { return output_ && output_->freeFrames() > 0; }
 
 void Sound::seek(int32_t frame, int32_t frameRate) {
     if (feeder_) feeder_->seek(int64_t{track_->rate()} * frame / std::max(frameRate, 1));

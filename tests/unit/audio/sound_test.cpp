@@ -146,6 +146,22 @@ TEST_F(SoundTest, FeedsOneChunkForEachPicture) {
     EXPECT_EQ(headless::recordedWaves().heard.size(), 44100u);
 }
 
+TEST_F(SoundTest, APictureThatFindsTheDeviceEmptyGetsMoreThanItsPart) {
+    headless::resetWaves({.playsAtOnce = false});
+    const TemporaryFile file(counted(44100));
+    Sound sound;
+    EXPECT_FALSE(sound.hasRoom());
+    EXPECT_FALSE(sound.feedPicture(24));
+    ASSERT_TRUE(sound.load(file.name()));
+    EXPECT_TRUE(sound.feedPicture(24));
+    EXPECT_TRUE(sound.feedPicture(24));
+    EXPECT_TRUE(sound.hasRoom());  // 0.15 seconds are what it is to hold
+    EXPECT_TRUE(sound.feedPicture(24));
+    EXPECT_FALSE(sound.hasRoom());
+    headless::playWaves(SIZE_MAX);
+    EXPECT_EQ(headless::recordedWaves().heard.size(), (4410 + 2 * (44100 / 24)) * 2u);
+}
+
 TEST_F(SoundTest, SeeksWhileItPlays) {
     headless::resetWaves({.playsAtOnce = false});
     const Bytes bytes = counted(441000);
