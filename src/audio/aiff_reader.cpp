@@ -180,7 +180,7 @@ bool readInstrument(Walk& walk) {
     if (!take(walk, body, sizeof body)) return bodyTooShort(walk, sizeof body);
     AFinstrument& instrument = walk.file.instruments.emplace_back();
     instrument.baseNote = body[0];
-    instrument.detune = static_cast<int8_t>(body[1]);
+    instrument.detune = body[1] < 128 ? body[1] : body[1] - 256;  // signed
     instrument.lowNote = body[2];
     instrument.highNote = body[3];
     instrument.lowVelocity = body[4];

@@ -27,7 +27,7 @@ void convertSamples(const WaveConversion& conversion, const void* source, size_t
             const auto narrow = static_cast<int16_t>(wide >> 8);
             std::memcpy(device + 2 * i, &narrow, sizeof narrow);
         }
-    } else {
+    } else if (samples > 0) {  // of none there may be no place
         std::memcpy(device, bytes, samples * static_cast<size_t>(conversion.sourceBytes));
     }
 }

@@ -100,7 +100,7 @@ FrameWritten writeShown(Player& player, OutputTarget& target) {
     }
     tell(player, messageText(Message::rVTWritingImage));
     printError(formatMessage(Message::rVTWritingFile, {target.path}));
-    const FrameWritten written = writeServingWindow(player, writer, whole ? *whole : shown);
+    FrameWritten written = writeServingWindow(player, writer, whole ? *whole : shown);
     if (written.code != iffOk) {
         printError(formatMessage(Message::rVTNotWritten, {target.path, written.reason}));
         return written;
