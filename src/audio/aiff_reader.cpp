@@ -65,8 +65,7 @@ bool bodyTooShort(const Walk& walk, uint64_t bytes) {
     return false;
 }
 
-// --- FORM
-// ------------------------------------------------------------------------------------------
+// --- FORM ----------------------------------------------------------------------------------------
 
 void readForm(Walk& walk) {
     if (static_cast<int32_t>(walk.size) < 0)
@@ -86,8 +85,7 @@ void readForm(Walk& walk) {
         AFreporterror(afForm, "%s: couldn't find AIFF identifier\n", walk.operation);
 }
 
-// --- the chunks
-// --------------------------------------------------------------------------------------
+// --- the chunks ----------------------------------------------------------------------------------
 
 int32_t compressionOf(const Walk& walk, const uint8_t* type) {
     struct Row {

@@ -37,8 +37,7 @@ bool overwrite(const char* operation, AFfilehandle& file, const char* part, int6
     return headerWritten(operation, part, header.size(), header.writeAt(file.stream.get(), place));
 }
 
-// --- the chunks, each at the end of the file
-// -------------------------------------------------------
+// --- the chunks, each at the end of the file -----------------------------------------------------
 
 int64_t endOf(AFfilehandle& file) { return platform::streamPosition(file.stream.get()); }
 
@@ -188,8 +187,7 @@ bool writeSound(const char* operation, AFfilehandle& file) {
     return done;
 }
 
-// --- what is filled in at the end
-// --------------------------------------------------------------------
+// --- what is filled in at the end ----------------------------------------------------------------
 
 // Bytes behind "SSND" and its size; the pad byte counts among them.
 int64_t soundSize(const AFfilehandle& file) {

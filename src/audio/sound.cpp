@@ -65,8 +65,7 @@ double Sound::timePlayed() {
     return static_cast<double>(feeder_->framesSent() - pending) / track_->rate() * speed_;
 }
 
-// --- levels
-// ------------------------------------------------------------------------------------------
+// --- levels --------------------------------------------------------------------------------------
 
 // value x numerator / denominator, rounded to the nearest, halves away from zero.
 static int32_t scaled(int64_t value, int64_t numerator, int64_t denominator) {

@@ -22,8 +22,8 @@
 #include <vector>
 
 #include "iff/iff_context.h"
-#include "platform/go_on.h"
 #include "iff/result_codes.h"
+#include "platform/go_on.h"
 
 namespace vistel {
 

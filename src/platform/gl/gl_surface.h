@@ -7,8 +7,7 @@ namespace vistel::platform {
 struct Window;
 struct DrawingState;
 
-// --- each system's
-// --------------------------------------------------------------------------------
+// --- each system's -------------------------------------------------------------------------------
 
 // The drawing state that is kept with the window; null without a window.
 DrawingState* drawingState(Window* window);
@@ -17,8 +16,7 @@ DrawingState* drawingState(Window* window);
 // none.
 bool makeSurfaceCurrent(Window* window);
 
-// --- shared
-// ---------------------------------------------------------------------------------------
+// --- shared --------------------------------------------------------------------------------------
 
 // To be called when the window's context has become current: `newContext` when it has just been
 // created. Resets the pixel pipeline (alpha test, blending, depth and stencil test, lighting, fog,

@@ -72,8 +72,7 @@ void playRing(size_t bytes) {
 
 }  // namespace
 
-// --- the device
-// --------------------------------------------------------------------------------------
+// --- the device ----------------------------------------------------------------------------------
 
 WaveDevice* openWaveDevice(const WaveFormat& format, WaveBlockDone done, void* user) {
     const std::lock_guard guard(lock);
@@ -116,8 +115,7 @@ void closeWaveDevice(WaveDevice* which) {
     delete which;
 }
 
-// --- the ring
-// ----------------------------------------------------------------------------------------
+// --- the ring ------------------------------------------------------------------------------------
 
 bool prepareWaveRings() {
     const std::lock_guard guard(lock);
@@ -208,8 +206,7 @@ void stopWaveTimer(WaveTimer* which) {
     delete which;
 }
 
-// --- what a test says and asks
-// -----------------------------------------------------------------------
+// --- what a test says and asks -------------------------------------------------------------------
 
 void headless::resetWaves(const WaveFaults& wanted) {
     const std::lock_guard guard(lock);

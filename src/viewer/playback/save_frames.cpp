@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <cstdint>
 #include <cstring>
 #include <future>
 #include <memory>
@@ -175,7 +176,8 @@ void saveRange(Player& player) {
     player.paused = 0;
     player.playMode = PlayMode::forward;
     RangeSummary summary;
-    summary.wanted = (player.playLast - player.playFirst) / step + 1;
+    const int64_t distance = int64_t{player.playLast} - player.playFirst;
+    summary.wanted = static_cast<int>(std::min<int64_t>(distance / step + 1, INT32_MAX));
     beginProgress(player, summary.wanted);
     bool goOn = true;
     for (int count = 0; goOn && count < summary.wanted; ++count) {

@@ -74,8 +74,7 @@ void GlArea::timerEvent(QTimerEvent* event) {
     if (event->timerId() == timer.timerId()) post(EV_TIMER, 1);
 }
 
-// --- keys
-// -----------------------------------------------------------------------------------------
+// --- keys ----------------------------------------------------------------------------------------
 
 // Keys that mean something to the desktop or the menu and are not the viewer's.
 bool GlArea::handledBySystem(int code, bool alt) {
@@ -139,8 +138,7 @@ void GlArea::focusOutEvent(QFocusEvent*) { releaseHeldKeys(); }
 // What became of the modifiers meanwhile is looked up with every tick: now at once.
 void GlArea::focusInEvent(QFocusEvent*) { post(EV_TIMER, 1); }
 
-// --- mouse
-// ----------------------------------------------------------------------------------------
+// --- mouse ---------------------------------------------------------------------------------------
 
 static int buttonCode(Qt::MouseButton button) {
     switch (button) {

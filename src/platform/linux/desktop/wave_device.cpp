@@ -66,8 +66,7 @@ void enter(WaveDevice& device, WaveDevice::State state) {
     device.changed.notify_all();
 }
 
-// --- on the server's thread, under the loop's lock
-// ---------------------------------------------------
+// --- on the server's thread, under the loop's lock -----------------------------------------------
 
 void streamChanged(pa_stream* stream, void* user) {
     auto& device = *static_cast<WaveDevice*>(user);
@@ -107,8 +106,7 @@ void contextChanged(pa_context* context, void* user) {
         enter(device, WaveDevice::State::gone);
 }
 
-// --- the watcher
-// -------------------------------------------------------------------------------------
+// --- the watcher ---------------------------------------------------------------------------------
 
 void writeQueued(WaveDevice& device) {
     const LoopLock loop(device);
@@ -173,8 +171,7 @@ void watch(WaveDevice& device) {
     }
 }
 
-// --- opening and closing
-// -----------------------------------------------------------------------------
+// --- opening and closing -------------------------------------------------------------------------
 
 void release(WaveDevice* device) {
     const PulseLibrary& pulse = *device->pulse;
