@@ -107,6 +107,9 @@ FrameWritten writeShown(Player& player, OutputTarget& target) {
         return written;
     }
     printError(messageText(Message::rVTDone));
+    const bool depthLost = shown.header.has(imageZ) && !shown.colour.empty();
+    if (target.isSource && (depthLost || shown.header.wideChannels))
+        printError(formatMessage(Message::rVTWrittenLess, {target.path}));
     if (!whole)
         printError(formatMessage(
             Message::rVTWrittenSmaller,

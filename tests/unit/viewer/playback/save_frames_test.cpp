@@ -57,6 +57,20 @@ TEST_F(SaveFramesTest, WhatCannotBeWrittenIsToldInTheSameWay) {
                     .starts_with("vistel.out.1: not written: "));
 }
 
+TEST_F(SaveFramesTest, WhatASourceLosesByBeingOverwrittenIsTold) {
+    FrameFolder::write("one", 5);
+    viewerState.openedName = "one";
+    for (const bool depth : {false, true}) {
+        showImage(planesFrame(1, 300, 200, imageColour | (depth ? uint32_t{imageZ} : 0u)));
+        viewerState.overwriteMode = 1;
+        const Lines lines = printed(saveShownFrame);
+        ASSERT_EQ(lines.size(), depth ? 3u : 2u);
+        EXPECT_EQ(lines.back().find("depth") != std::string::npos, depth) << lines.back();
+        viewerState.overwriteMode = 0;
+        EXPECT_EQ(printed(saveShownFrame).size(), 2u);  // nothing is lost
+    }
+}
+
 TEST_F(SaveFramesTest, ARangeIsPlayedOnceAndStops) {
     showAnimation(1, 10, 3);
     viewerState.playFirst = 4;
