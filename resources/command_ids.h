@@ -29,8 +29,34 @@
 #define COMMAND_HELP_SAVING 40026
 #define COMMAND_FULL_RESOLUTION 40028
 
-/* No command of ours lies outside these. */
+/* No command of the menu lies outside these. */
 #define COMMAND_FIRST 40001
 #define COMMAND_LAST 40028
+
+/* The control bar. */
+#define BAR_TO_START 1044
+#define BAR_TO_END 1045
+#define BAR_STEP_BACK 1046
+#define BAR_STEP_FORWARD 1047
+#define BAR_PLAY_BACKWARD 1048
+#define BAR_PLAY_FORWARD 1049
+#define BAR_MASK 1053
+#define BAR_LUMINANCE 1054
+#define BAR_ALL_CHANNELS 1055
+#define BAR_DEPTH 1056
+#define BAR_RATE 1059
+#define BAR_RATE_LABEL 1060
+
+/* The fields of the file dialogs' extensions. */
+#define FIELD_END_FRAME 1001
+#define FIELD_SET_END_FRAME 1002
+#define FIELD_ZOOM 1003
+#define FIELD_SHRINK 1004
+#define FIELD_Z_BUFFER 1061
+#define FIELD_AUDIO_OFFSET 1062
+
+/* The text of the About dialog; the custom rate of the one for the frame rate. */
+#define FIELD_ABOUT 1005
+#define FIELD_CUSTOM_RATE 1010
 
 #endif

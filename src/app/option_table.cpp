@@ -1,13 +1,11 @@
 #include "app/option_table.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <string_view>
 #include <utility>
 
 #include "host/application.h"
 #include "host/messages.h"
-#include "platform/files.h"
 #include "platform/process.h"
 #include "resources/command_ids.h"
 #include "viewer/viewer_state.h"
@@ -119,8 +117,6 @@ void setSound(OptionUse& use) {
             giveBackFileWord(use.line);
     }
     if (viewerState.audioFile.empty()) return;
-    const platform::FilePtr sound(platform::openFile(viewerState.audioFile, "r"));
-    if (!sound) std::perror(printable(viewerState.audioFile).c_str());
     viewerState.soundOn = 1;
     callIfSet(use.services.openSoundTrack);
 }

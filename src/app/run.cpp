@@ -13,6 +13,7 @@
 #include "sequence/image_source.h"
 #include "viewer/picture/display_lut.h"
 #include "viewer/playback/frame_display.h"
+#include "viewer/playback/sound_in_step.h"
 #include "viewer/show_source.h"
 #include "viewer/viewer_session.h"
 #include "viewer/viewer_state.h"
@@ -36,7 +37,10 @@ StartUpServices joinedServices() {
     StartUpServices services;
     services.loadPlugins = loadAllPXFPlugins;
     services.openSource = openSource;
-    services.sourceBegins = forgetClosedWindow;
+    services.sourceBegins = [] {
+        forgetClosedWindow();
+        viewerState.leaving = false;
+    };
     services.clearImageState = [] { clearViewerSession(viewerState); };
     services.showSource = [](FrameStore&& frame) { showSource(viewerState, std::move(frame)); };
     services.discover = [](const Tstring& name) {
@@ -51,6 +55,7 @@ StartUpServices joinedServices() {
     services.showMessageBox = [](const std::string& caption, const std::string& text) {
         platform::showMessageBox(windowContext().window, caption, text);
     };
+    services.openSoundTrack = [] { startSound(viewerState); };
     services.interrupted = platform::interruptRequested;
     services.standardInputIsConsole = standardInputIsConsole;
     return services;

@@ -10,12 +10,14 @@ namespace vistel {
 bool Sound::load(const std::string& file) {
     unload();
     if (file.empty()) return false;
-    track_ = SoundTrack::open(file);
+    track_ = SoundTrack::open(file, whyNot_);
     if (!track_) return false;
     if (!interface_) interface_ = chooseWaveInterface();
     deviceRate_ = track_->rate();
     output_ = AudioOutput::open(*track_, *interface_);
     if (!output_) {
+        whyNot_ = "no sound device plays " + std::to_string(track_->channels()) + " channels at " +
+                  std::to_string(deviceRate_) + " Hz";
         track_.reset();
         return false;
     }

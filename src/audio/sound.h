@@ -37,8 +37,9 @@ class Sound {
     ~Sound() { unload(); }
 
     // Opens the file and a device, ready to play from its start; what was loaded goes. False when
-    // there is no name, no such sound or no device.
+    // there is no name, no such sound or no device, which `whyNot` tells then.
     bool load(const std::string& file);
+    const std::string& whyNot() const { return whyNot_; }
     void unload();
     bool isLoaded() const { return feeder_ != nullptr; }
 
@@ -73,6 +74,7 @@ class Sound {
     std::optional<WaveInterface> interface_;  // chosen when first needed
     int32_t deviceRate_ = 22050;              // of the next device
     double speed_ = 1.0;
+    std::string whyNot_;
     std::optional<SoundTrack> track_;
     std::unique_ptr<AudioOutput> output_;
     std::unique_ptr<SoundFeeder> feeder_;

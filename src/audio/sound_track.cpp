@@ -1,9 +1,11 @@
 #include "audio/sound_track.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
 #include <cstring>
 
+#include "audio/audio_errors.h"
 #include "audio/chunk_reading.h"
 #include "audio/picked_frames.h"
 
@@ -21,11 +23,13 @@ const char* SoundTrack::whyNotPlayed(AFfilehandle& file) {
     return nullptr;
 }
 
-std::optional<SoundTrack> SoundTrack::open(const std::string& name) {
+std::optional<SoundTrack> SoundTrack::load(const std::string& name, const char*& whyNot) {
     SoundTrack track;
     track.file_.reset(AFopenfile(name, "r", nullptr));
     AFfilehandle* file = track.file_.get();
-    if (!file || whyNotPlayed(*file)) return std::nullopt;
+    if (!file) return std::nullopt;
+    whyNot = whyNotPlayed(*file);
+    if (whyNot) return std::nullopt;
     int32_t width = 0;
     AFgetsampfmt(file, afDefaultTrack, &track.sampleFormat_, &width);
     track.fileFormat_ = AFgetfilefmt(file, nullptr);
@@ -34,6 +38,36 @@ std::optional<SoundTrack> SoundTrack::open(const std::string& name) {
     track.channels_ = AFgetchannels(file, afDefaultTrack);
     track.rate_ = static_cast<int32_t>(AFgetrate(file, afDefaultTrack));
     track.frames_ = AFgetframecnt(file, afDefaultTrack);
+    return track;
+}
+
+std::optional<SoundTrack> SoundTrack::open(const std::string& name) {
+    const char* whyNot = nullptr;
+    return load(name, whyNot);
+}
+
+// The first report of the library on this thread, while it is caught.
+static thread_local std::optional<std::string> caughtReport;
+
+static std::string reasonOf(int32_t code, std::string text) {
+    if (code == afOpenFailed) return std::strerror(errno);
+    if (code == afWarning) return "no sound of a known type (AIFF, AIFF-C, WAVE)";
+    if (code == afNotPcm || code == afBadCompression) return "compressed sound is not played";
+    const size_t operation = text.find(": ");
+    if (operation != std::string::npos) text.erase(0, operation + 2);
+    while (text.ends_with('\n')) text.pop_back();
+    return text;
+}
+
+std::optional<SoundTrack> SoundTrack::open(const std::string& name, std::string& why) {
+    caughtReport.reset();
+    const AFerrorfunc before = AFseterrorfunc([](int32_t code, const char* text) {
+        if (!caughtReport) caughtReport = reasonOf(code, text);
+    });
+    const char* whyNot = nullptr;
+    auto track = load(name, whyNot);
+    AFseterrorfunc(before);
+    if (!track) why = whyNot ? whyNot : caughtReport.value_or("it cannot be read");
     return track;
 }
 

@@ -17,6 +17,8 @@ class SoundTrack {
     // None when the library refuses the file (which it reports), or it is nothing that is played:
     // other than 1, 2 or 4 channels, more than 24 bits, no rate.
     static std::optional<SoundTrack> open(const std::string& name);
+    // The same, but nothing is reported: `why` becomes the reason, for the person who listens.
+    static std::optional<SoundTrack> open(const std::string& name, std::string& why);
 
     // Why a file that the library opened is not played; null when it is.
     static const char* whyNotPlayed(AFfilehandle& file);
@@ -41,6 +43,7 @@ class SoundTrack {
 
  private:
     SoundTrack() = default;
+    static std::optional<SoundTrack> load(const std::string& name, const char*& whyNot);
     int64_t readFrames(void* buffer, int64_t frames);
     int64_t readSlower(uint8_t* buffer, int64_t frames, double speed);
     int64_t readFaster(uint8_t* buffer, int64_t frames, double speed);

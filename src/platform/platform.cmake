@@ -20,7 +20,7 @@ platform_library(platform_headless ${here}/headless/*.cpp)
 target_include_directories(platform_desktop PRIVATE ${CMAKE_SOURCE_DIR})
 
 if(WIN32)
-  target_link_libraries(platform_desktop PUBLIC platform_os platform_clock opengl32 glu32 gdi32 user32 comdlg32 winmm)
+  target_link_libraries(platform_desktop PUBLIC platform_os platform_clock opengl32 glu32 gdi32 user32 comctl32 comdlg32 winmm)
   target_link_libraries(platform_clock PUBLIC winmm)
   target_link_libraries(platform_os PUBLIC shell32 advapi32)
   # Every program takes file names in UTF-8: its manifest says so.

@@ -14,6 +14,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace vistel::platform {
 
@@ -35,7 +36,8 @@ struct WindowSink {
     void* owner;
     // An input event, codes as in platform/input_event.h.
     void (*postEvent)(void* owner, int code, unsigned value);
-    // A menu or control-bar command, after `commandStarts` and before `commandEnds`.
+    // A command of the menu, after `commandStarts` and before `commandEnds`; or of the control bar,
+    // without them.
     void (*command)(void* owner, int id);
     void (*commandStarts)(void* owner);
     void (*commandEnds)(void* owner);
@@ -44,6 +46,10 @@ struct WindowSink {
     void (*paint)(void* owner);
     // The client area has a new size and the surface, when there is one, is current.
     void (*resized)(void* owner);
+    // The user has changed the text of the control bar's field; null: nobody listens.
+    void (*rateTyped)(void* owner, const std::string& text) = nullptr;
+    // Files or folders were dropped on the window; null: it takes none.
+    void (*dropped)(void* owner, const std::vector<std::string>& names) = nullptr;
 };
 
 struct WindowRequest {

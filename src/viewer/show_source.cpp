@@ -4,6 +4,8 @@
 
 #include "host/messages.h"
 #include "platform/window.h"
+#include "viewer/commands/control_bar.h"
+#include "viewer/commands/file_commands.h"
 #include "viewer/commands/menu_commands.h"
 #include "viewer/commands/queued_input.h"
 #include "viewer/picture/display_setup.h"
@@ -36,7 +38,13 @@ void installViewer(Viewer& viewer) {
     windowContext().calls = {
         .opened = [] { prepareMenu(*joined); },
         .refused = keepSettings,
-        .command = [](int id) { runMenuCommand(*joined, id); },
+        .barOpened = [] { prepareBar(*joined); },
+        .command =
+            [](int id) {
+                isBarCommand(id) ? runBarCommand(*joined, id) : runMenuCommand(*joined, id);
+            },
+        .rateTyped = [](const std::string& text) { typeRate(*joined, text); },
+        .dropped = [](const std::vector<std::string>& names) { openDropped(*joined, names); },
     };
     platform::onDisplayLost([] {
         printError(messageText(Message::rVTDisplayLost));
@@ -49,6 +57,7 @@ void showSource(Viewer& viewer, FrameStore&& firstFrame) {
         viewer.quitRequested = 1;
         return;
     }
+    if (viewer.leaving) return;  // another file was chosen meanwhile
     releaseFrames(viewer);
     viewer.fps = {};
     viewer.mark = SourceMark::memory;

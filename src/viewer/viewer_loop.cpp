@@ -7,7 +7,9 @@
 #include "platform/clock.h"
 #include "platform/process.h"
 #include "platform/surface.h"
+#include "viewer/commands/control_bar.h"
 #include "viewer/commands/key_table.h"
+#include "viewer/commands/menu_commands.h"
 #include "viewer/commands/paint_commands.h"
 #include "viewer/commands/pan_commands.h"
 #include "viewer/commands/queued_input.h"
@@ -148,6 +150,8 @@ void Loop::handle(const Press& press) try {
         return;
     }
     redraw = dispatch(viewer, press);
+    showMenuState(viewer);
+    showBarState(viewer);
     if (timeLimitOver(viewer, startTick))
         ended = Ended::byTimeLimit;
     else
@@ -185,6 +189,8 @@ void startLoop(Viewer& viewer) {
     viewer.dragging = {};
     viewer.painting.active = false;
     showTitle(viewer);
+    showMenuState(viewer);
+    showBarState(viewer);
     viewer.clock.reset();
     findCursor();
     platform::setScissorTest(windowContext().window, true);

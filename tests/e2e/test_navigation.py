@@ -431,4 +431,4 @@ def test_a_borderless_animation_has_no_margin_of_its_own(start, folder, width, h
     margin_x, margin_y = max(0, 160 - width // 2), max(0, 120 - height // 2)
     assert (x - left, window_width) == (margin_x, max(320, width + 2 * margin_x))
     assert y - 24 + height + margin_y == top + window_height
-    assert window_height == height + 2 * margin_y
+    assert window_height == view.CONTROL_BAR + height + 2 * margin_y

@@ -4,9 +4,12 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <string>
 #include <vector>
 
+#include "platform/bar_picture.h"
+#include "platform/dialogs.h"
 #include "platform/window.h"
 
 namespace vistel::platform::headless {
@@ -41,6 +44,9 @@ void moveMouse(int x, int y);
 void moveMouseUnseen(int x, int y);  // the events have not arrived yet
 // The user picks a command of the menu.
 void choose(int command);
+// The user clicks on a button of the control bar that is not grey; changes the text of its field.
+void click(int button);
+void typeRate(const std::string& text);
 // The window was covered and is to be seen again.
 void uncover();
 // The user closes the window.
@@ -84,6 +90,21 @@ const std::vector<DrawnText>& visibleTexts();
 bool dithering();
 bool doubleBuffered();
 
+// The open control bar; null while it is closed.
+struct Bar {
+    std::map<int, BarButtonLook> looks;
+    std::map<int, std::string> tips;
+    std::string rate;
+};
+const Bar* bar();
+
+// How the user answers questions from now on (no at first), and what he chooses in the dialogs for
+// files (cancels them at first).
+void answerQuestions(bool yes);
+void chooseFiles(std::function<std::optional<FileChoice>(const FileRequest&)> chooser);
+// The user drops files or folders on the window.
+void drop(const std::vector<std::string>& names);
+
 // Makes the next openWindow fail.
 void refuseWindow();
 // From now on there is no browser.
@@ -99,7 +120,7 @@ struct WaveFaults {
     int blocksToLose = 0;     // that are done without having been heard
     int64_t bytesInHardware = 0;
     bool noRing = true;
-    bool ringLost = false;    // to be restored
+    bool ringLost = false;  // to be restored
 };
 void resetWaves(const WaveFaults& faults);
 void setWaveFaults(const WaveFaults& faults);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -54,6 +55,7 @@ struct Window {
     unsigned timerPeriod = 0;
     std::set<int> checked;
     std::set<int> disabled = greyedAtFirst();
+    std::optional<headless::Bar> bar;
     MemorySurface surface;
 };
 

@@ -4,6 +4,7 @@
 #include <memory>
 #include <set>
 
+#include "platform/control_bar.h"
 #include "platform/dialogs.h"
 #include "platform/headless/headless.h"
 #include "platform/headless/memory_window.h"
@@ -25,6 +26,8 @@ struct Desktop {
     Window* last = nullptr;  // the window opened last, as long as it is not released
     std::vector<std::string> titles;
     std::vector<std::string> boxes;
+    bool answer = false;
+    std::function<std::optional<FileChoice>(const FileRequest&)> chooser;
     std::vector<std::string> pages;
     bool noBrowser = false;
     std::deque<std::function<void()>> steps;
@@ -187,8 +190,32 @@ void enableMenuItem(Window* window, int command, bool enabled) {
     }
 }
 
+void openControlBar(Window* window) {
+    if (windowExists(window) && !window->bar) window->bar.emplace();
+}
+void closeControlBar(Window* window) {
+    if (windowExists(window)) window->bar.reset();
+}
+void setBarTip(Window* window, int control, const std::string& text) {
+    if (windowExists(window) && window->bar) window->bar->tips[control] = text;
+}
+void showBarButton(Window* window, int button, const BarButtonLook& look) {
+    if (windowExists(window) && window->bar) window->bar->looks[button] = look;
+}
+void showBarRate(Window* window, const std::string& text) {
+    if (windowExists(window) && window->bar) window->bar->rate = text;
+}
+
 void showMessageBox(Window*, const std::string& caption, const std::string& text) {
     desktop.boxes.push_back(caption + ": " + text);
+}
+bool confirm(Window*, const std::string& caption, const std::string& text) {
+    desktop.boxes.push_back(caption + ": " + text);
+    return desktop.answer;
+}
+void showAbout(Window*, const std::string& text) { desktop.boxes.push_back(text); }
+std::optional<FileChoice> askForFile(Window*, const FileRequest& request) {
+    return desktop.chooser ? desktop.chooser(request) : std::nullopt;
 }
 void showSystemErrorBox(Window*, const std::string& caption) { desktop.boxes.push_back(caption); }
 
@@ -243,6 +270,16 @@ void choose(int command) {
     sink.command(sink.owner, command);
     sink.commandEnds(sink.owner);
 }
+void click(int button) {
+    if (!windowOpen() || !bar() || !bar()->looks.at(button).enabled) return;
+    const WindowSink sink = desktop.last->sink;
+    sink.command(sink.owner, button);
+}
+void typeRate(const std::string& text) {
+    if (!windowOpen() || !bar()) return;
+    desktop.last->bar->rate = text;
+    desktop.last->sink.rateTyped(desktop.last->sink.owner, text);
+}
 void uncover() {
     if (windowOpen()) desktop.last->sink.paint(desktop.last->sink.owner);
 }
@@ -257,8 +294,16 @@ bool windowHasBorder() { return lastWindow().border; }
 unsigned timerPeriod() { return lastWindow().timerPeriod; }
 bool windowOpen() { return windowExists(desktop.last); }
 const std::vector<std::string>& messageBoxes() { return desktop.boxes; }
+void answerQuestions(bool yes) { desktop.answer = yes; }
+void chooseFiles(std::function<std::optional<FileChoice>(const FileRequest&)> chooser) {
+    desktop.chooser = std::move(chooser);
+}
+void drop(const std::vector<std::string>& names) {
+    if (windowOpen()) desktop.last->sink.dropped(desktop.last->sink.owner, names);
+}
 const std::vector<std::string>& pagesShown() { return desktop.pages; }
 bool menuChecked(int command) { return lastWindow().checked.count(command) != 0; }
+const Bar* bar() { return lastWindow().bar ? &*lastWindow().bar : nullptr; }
 bool menuEnabled(int command) { return lastWindow().disabled.count(command) == 0; }
 void setWorkArea(const PixelRect& work) { desktop.work = work; }
 void setTextScale(float scale) { desktop.textScale = scale; }

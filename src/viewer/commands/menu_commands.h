@@ -5,11 +5,15 @@
 
 namespace vistel {
 
-// Runs the command with this id; ids without a command are ignored.
+// Runs the command with this id; ids without a command, and those whose item is grey, are ignored.
 void runMenuCommand(Viewer& viewer, int id);
 
-// Greys the items that no command serves or that need a sound, and checks those whose option is on.
-// After the window was opened.
-void prepareMenu(const Viewer& viewer);
+// Makes the window's menu tell the truth: an item is grey when its command has nothing to act on,
+// and checked when its option is on. Cheap when nothing has changed, so it is called after each
+// event.
+void showMenuState(Viewer& viewer);
+
+// The same for a window whose menu is new.
+void prepareMenu(Viewer& viewer);
 
 }  // namespace vistel

@@ -1,6 +1,7 @@
 #include "viewer/commands/play_commands.h"
 
 #include "viewer/commands/show_frame.h"
+#include "viewer/commands/sound_commands.h"
 #include "viewer/playback/frame_rate.h"
 #include "viewer/playback/stepping.h"
 
@@ -42,7 +43,7 @@ bool reloadFrame(Viewer& viewer, const Press&, int) {
 
 bool changeRate(Viewer& viewer, const Press& press, int direction) {
     setFrameRate(viewer, rateAfterKey(viewer, direction, press.modifiers));
-    return true;
+    return !viewer.soundOn || !viewer.soundLoaded || restartWithSound(viewer);
 }
 
 bool playOrSetBound(Viewer& viewer, const Press& press, int direction) {

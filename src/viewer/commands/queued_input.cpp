@@ -134,7 +134,7 @@ bool keepReading(Viewer& viewer) {
         swapDrawing();
     }
     if (context.quit) viewer.quitRequested = 1;
-    return !viewer.loading.stopped && !context.quit && !keyWaitsTooLong(viewer);
+    return !viewer.loading.stopped && !context.quit && !viewer.leaving && !keyWaitsTooLong(viewer);
 }
 
 }  // namespace vistel

@@ -1,10 +1,15 @@
 // Everything that the commands of keys, menu and bar work on.
 #pragma once
 
+#include <array>
+#include <bitset>
 #include <cstdint>
+#include <optional>
 
 #include "host/modifiers.h"
 #include "host/tstring.h"
+#include "platform/bar_picture.h"
+#include "resources/command_ids.h"
 #include "settings/help_pages.h"
 #include "settings/saved_settings.h"
 #include "viewer/playback/player.h"
@@ -18,6 +23,8 @@ struct MenuRequests {
     int32_t pendingRangeSet = 0;
     int32_t pendingZoom = 0, pendingShrink = 0;
     int32_t quitRequested = 0;
+    bool leaving = false;   // another file was chosen: what is shown or read is given up
+    bool choosing = false;  // a file is being chosen or tried; no second one can be
 };
 
 // Painting with the right button.
@@ -46,7 +53,21 @@ struct InputSession {
     bool escapeTaken = false;    // Escape ended a load; its release means nothing more
 };
 
+// How the items of the menu look, each at its id less COMMAND_FIRST.
+struct MenuState {
+    std::bitset<COMMAND_LAST - COMMAND_FIRST + 1> enabled, checked;
+    bool operator==(const MenuState&) const = default;
+};
+
+// What the control bar shows.
+struct BarState {
+    std::array<platform::BarButtonLook, 10> looks;  // of its commands, in the order of their table
+    int rate = 0;                                   // frames per second
+};
+
 struct Viewer : Player, SavedSettings, HelpLocation, MenuRequests, InputSession {
+    std::optional<MenuState> menuOnScreen;  // none: the window's menu is new
+    std::optional<BarState> barOnScreen;    // none: its control bar is new
     int32_t luminanceCurve = 0;  // F8: picking a point writes its luminance through the frames
 };
 

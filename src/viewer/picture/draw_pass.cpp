@@ -125,11 +125,12 @@ void drawBandWithText(const Picture& picture, std::string_view text, int width, 
 void drawLabel(const Picture& picture, int width, int height) {
     const std::string_view label = channelLabel(picture);
     if (label.empty()) return;
+    const bool bar = windowContext().controlBarShown;
     const auto scaled = platform::scaledForText;
     if (picture.animation)
         return drawBandWithText(picture, label, width, {0, scaled(16) - 1}, scaled(5));
-    drawBandWithText(picture, label, width, {height - scaled(17), height - 1},
-                     height - scaled(windowContext().controlBarShown ? 40 : 15));
+    drawBandWithText(picture, label, width, {height - scaled(bar ? 42 : 17), height - 1},
+                     height - scaled(bar ? 40 : 15));
 }
 
 void drawStatusLine(const Picture& picture, int width, int height) {
@@ -151,8 +152,11 @@ void drawPass(Picture& picture) {
     measureVisibleArea(picture.layout);
     drawMargins(picture.layout);
     drawPicture(picture, width, height);
-    drawLabel(picture, width, height);
-    drawStatusLine(picture, width, height);
+    // Their places count from the upper edge of the whole client area; what lies under the control
+    // bar does not show.
+    const int wholeHeight = height + controlBarRows();
+    drawLabel(picture, width, wholeHeight);
+    drawStatusLine(picture, width, wholeHeight);
 }
 
 }  // namespace vistel

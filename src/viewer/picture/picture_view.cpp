@@ -116,6 +116,10 @@ void showNewFrame(Picture& picture) {
     relief ? showReliefOf(picture, view) : show(picture, view);
 }
 
+bool hasView(const Picture& picture, ChannelMode mode) {
+    return missingFor(*picture.shown, mode) == Message::none;
+}
+
 bool chooseView(Picture& picture, ChannelMode mode) {
     const Message message = missingFor(*picture.shown, mode);
     if (message != Message::none) {

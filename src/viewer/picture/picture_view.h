@@ -14,6 +14,9 @@ namespace vistel {
 // was chosen last.
 void showNewFrame(Picture& picture);
 
+// Whether the frame on screen has what a channel mode, matte to luminance, shows.
+bool hasView(const Picture& picture, ChannelMode mode);
+
 // Chooses a channel mode, matte to luminance, for this frame and those that follow. False, with a
 // message band, when this frame has not got it; nothing changes then.
 bool chooseView(Picture& picture, ChannelMode mode);

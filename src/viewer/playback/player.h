@@ -5,7 +5,9 @@
 #include <algorithm>
 #include <cstdint>
 #include <memory>
+#include <optional>
 
+#include "audio/sound.h"
 #include "audio/sound_options.h"
 #include "host/tstring.h"
 #include "platform/go_on.h"
@@ -13,8 +15,8 @@
 #include "sequence/read_ahead.h"
 #include "viewer/picture/picture.h"
 #include "viewer/playback/frame_slots.h"
-#include "viewer/playback/progress.h"
 #include "viewer/playback/playback_clock.h"
+#include "viewer/playback/progress.h"
 
 namespace vistel {
 
@@ -49,10 +51,17 @@ struct PlayerSession {
 // A range that is being loaded or saved.
 struct Loading {
     std::unique_ptr<Progress> progress;  // null: none is
-    bool stopped = false;                    // the user ended it
+    bool stopped = false;                // the user ended it
 };
 
-struct Player : Picture, Playing, Saving, SoundOptions, PlayerSession {
+// The sound that was loaded, which outlives sources.
+struct SoundPlaying {
+    std::unique_ptr<Sound> sound;
+    std::optional<int> soundFrame;  // whose part was fed last
+    bool soundBehind = false;       // a part was left out
+};
+
+struct Player : Picture, Playing, Saving, SoundOptions, SoundPlaying, PlayerSession {
     PlaybackClock clock;
     Loading loading;
     platform::GoOn goOn;  // asked while a frame is read: serves the window

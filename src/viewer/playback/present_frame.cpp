@@ -3,6 +3,7 @@
 #include "viewer/picture/draw_pass.h"
 #include "viewer/picture/title.h"
 #include "viewer/playback/playback_status.h"
+#include "viewer/playback/sound_in_step.h"
 #include "viewer/window/front_image.h"
 #include "viewer/window/window_context.h"
 
@@ -15,6 +16,7 @@ void presentFrame(Player& player) {
     drawPass(player);
     swapDrawing();
     if (!playing(player)) refreshTitle(player);
+    keepSoundInStep(player);
     player.bandShown = false;
     player.wentBackward = false;
 }

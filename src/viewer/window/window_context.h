@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "platform/window.h"
@@ -41,9 +42,12 @@ struct Cursor {
 
 // What the window asks of those above it. Null members are skipped.
 struct WindowCalls {
-    void (*opened)() = nullptr;   // the window is there, its menu is to be set
-    void (*refused)() = nullptr;  // the system refuses a window or its surface: the program ends
-    void (*command)(int id) = nullptr;  // of menu and control bar
+    void (*opened)() = nullptr;     // the window is there, its menu is to be set
+    void (*refused)() = nullptr;    // the system refuses a window or its surface: the program ends
+    void (*barOpened)() = nullptr;  // the control bar is new, its controls are to be set
+    void (*command)(int id) = nullptr;                                 // of menu and control bar
+    void (*rateTyped)(const std::string& text) = nullptr;              // in the control bar's field
+    void (*dropped)(const std::vector<std::string>& names) = nullptr;  // files and folders
 };
 
 struct WindowContext {
@@ -56,6 +60,7 @@ struct WindowContext {
     bool coversScreen = false;  // full screen
     bool quit = false;          // the quit message was seen; never cleared while this window lives
     bool creating = false;      // the window is being created or re-created
+    bool controlBarWanted = true;  // where there is room for it: not over a full screen
     bool controlBarShown = false;
     bool viewerRunning = false;  // the viewer's loop presents the picture
     int commandDepth = 0;        // menu commands in progress

@@ -1,12 +1,13 @@
 // Sizes and places of the window and the screen, in pixels.
 #pragma once
 
+#include "platform/control_bar.h"
 #include "platform/window.h"
 
 namespace vistel {
 
 // Rows of the client area that the control bar takes when it is shown.
-constexpr int CONTROL_BAR_HEIGHT = 29;
+constexpr int CONTROL_BAR_HEIGHT = platform::controlBarHeight;
 int controlBarRows();
 
 // Client area less the control bar.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/control_bar.h"
 #include "platform/surface.h"
 #include "platform/window.h"
 #include "viewer/window/drawing.h"
@@ -106,7 +107,29 @@ platform::WindowSink sinkOf(WindowContext& context) {
         .commandEnds = [](void* owner) { --contextOf(owner).commandDepth; },
         .paint = onPaint,
         .resized = onResized,
+        .rateTyped =
+            [](void* owner, const std::string& text) {
+                if (contextOf(owner).calls.rateTyped) contextOf(owner).calls.rateTyped(text);
+            },
+        .dropped =
+            [](void* owner, const std::vector<std::string>& names) {
+                if (contextOf(owner).calls.dropped) contextOf(owner).calls.dropped(names);
+            },
     };
+}
+
+// The control bar is open or closed as the window is to have it.
+void openOrCloseBar() {
+    WindowContext& context = windowContext();
+    if (!context.controlBarShown) return platform::closeControlBar(context.window);
+    platform::openControlBar(context.window);
+    if (context.calls.barOpened) context.calls.barOpened();
+}
+
+void placeViewerWindow(const platform::PixelRect& client) {
+    WindowContext& context = windowContext();
+    openOrCloseBar();
+    platform::placeWindow(context.window, client, context.border);
 }
 
 bool createWindow(const std::string& title, const WindowPlacement& placement) {
@@ -122,6 +145,7 @@ bool createWindow(const std::string& title, const WindowPlacement& placement) {
     // The frame is known now.
     const platform::PixelRect limited = clientRect(placement);
     if (limited != wanted) platform::placeWindow(context.window, limited, context.border);
+    openOrCloseBar();
     return true;
 }
 
@@ -131,12 +155,13 @@ bool openViewerWindow(const std::string& title) {
     WindowContext& context = windowContext();
     const WindowPlacement placement = pendingPlacement();
     context.creating = true;
+    context.controlBarShown = context.controlBarWanted && !context.coversScreen;
     if (platform::windowExists(windowContext().window)) {
         platform::destroySurface(windowContext().window);
         context.queue.clear();
         platform::setWindowTitle(windowContext().window, title);
         context.border = placement.usePreferredPosition;
-        platform::placeWindow(windowContext().window, clientRect(placement), context.border);
+        placeViewerWindow(clientRect(placement));
     } else if (!createWindow(title, placement)) {
         context.creating = false;
         return false;
@@ -162,8 +187,20 @@ void applyPendingPlacement() {
     WindowContext& context = windowContext();
     if (!context.pending || !platform::windowExists(windowContext().window)) return;
     context.border = context.pending->usePreferredPosition;
-    platform::placeWindow(windowContext().window, clientRect(*context.pending), context.border);
+    context.controlBarShown = context.controlBarWanted && !context.coversScreen;
+    placeViewerWindow(clientRect(*context.pending));
     context.pending.reset();
+}
+
+void showControlBar(bool wanted) {
+    WindowContext& context = windowContext();
+    if (context.coversScreen || wanted == context.controlBarWanted) return;
+    context.controlBarWanted = wanted;
+    if (!platform::windowExists(context.window)) return;
+    platform::PixelRect client = clientOnScreen();
+    client.top += wanted ? -CONTROL_BAR_HEIGHT : CONTROL_BAR_HEIGHT;
+    context.controlBarShown = wanted;
+    placeViewerWindow(limitedToWorkArea(client, context.border));
 }
 
 void setViewerTitle(const std::string& title) {

@@ -24,6 +24,10 @@ void clearPreferredPosition();
 // Moves the existing window to the pending placement and frees it.
 void applyPendingPlacement();
 
+// Opens or closes the control bar: the window becomes 29 rows higher or lower at its upper edge, so
+// that nothing of the picture moves where the screen has room. In full screen nothing happens.
+void showControlBar(bool wanted);
+
 void setViewerTitle(const std::string& title);
 void setTimerRate(int ticksPerSecond);
 

@@ -96,13 +96,6 @@ TEST_F(OptionEffect, AWordThatIsNotWhatItsOptionNeedsIsTold) {
     }
 }
 
-TEST_F(OptionEffect, ASoundThatCannotBeReadIsTold) {
-    testing::internal::CaptureStderr();
-    start({"-u", "no such sound.wav"});
-    EXPECT_TRUE(testing::internal::GetCapturedStderr().starts_with("no such sound.wav: "));
-    EXPECT_EQ(viewerState.soundOn, 1);
-}
-
 TEST_F(OptionEffect, NumbersAndNamesAreTaken) {
     expectEffects(
         {

@@ -179,8 +179,7 @@ TEST_F(SoundTest, SeeksWhileItPlays) {
     sound.unload();
 }
 
-// --- levels
-// ------------------------------------------------------------------------------------------
+// --- levels -------------------------------------------------------------------------------------
 
 TEST_F(SoundTest, LevelsAreThoseOfTheMixerOnly) {
     Sound sound;

@@ -88,6 +88,7 @@ class ViewerTest : public testing::Test {
         viewerState.fileName = "shot";
         viewerTools = ViewerTools{};
         windowContext() = WindowContext{};
+        windowContext().controlBarWanted = false;  // windows of the picture's own size
         startDisplayLut(viewerState);
         installViewer(viewerState);
     }

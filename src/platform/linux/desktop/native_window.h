@@ -8,6 +8,7 @@
 
 class QAction;
 class QOpenGLContext;
+class QDialog;
 class QWidget;
 class QWindow;
 
@@ -33,6 +34,9 @@ struct Window {
 
 // The widget over which a box for this window is shown; null when it is not there.
 QWidget* boxParent(Window* window);
+
+// Shows a box or dialog over a window until it is closed, and gives the keyboard back; the answer.
+int runBox(Window* over, QDialog& box);
 
 // Where OpenGL draws; null when the window is not there.
 QWindow* drawable(const Window* window);

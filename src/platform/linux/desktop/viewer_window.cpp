@@ -2,11 +2,17 @@
 
 #include <QCloseEvent>
 #include <QCoreApplication>
+#include <QDragEnterEvent>
 #include <QElapsedTimer>
+#include <QMimeData>
 #include <QScreen>
+#include <QTimer>
+#include <QUrl>
 #include <QWindow>
 #include <algorithm>
+#include <utility>
 
+#include "platform/control_bar.h"
 #include "platform/linux/desktop/application.h"
 #include "platform/linux/desktop/menu_bar.h"
 
@@ -28,6 +34,7 @@ ViewerWindow::ViewerWindow(Window& of) : QWidget(nullptr, withBorder), window(&o
                         {[this] { close(); }, [this](char mnemonic) { openMenuOf(mnemonic); },
                          [this] { areaResized(); }});
     client->setFocus();
+    setAcceptDrops(window->sink.dropped != nullptr);
 }
 
 // The window may be closed when the command returns.
@@ -39,6 +46,38 @@ void ViewerWindow::sendCommand(int id) {
     sink.commandStarts(sink.owner);
     sink.command(sink.owner, id);
     sink.commandEnds(sink.owner);
+}
+
+void ViewerWindow::barClicked(int control) {
+    client->setFocus();
+    if (!window) return;
+    const WindowSink sink = window->sink;
+    sink.command(sink.owner, control);
+}
+
+void ViewerWindow::showControlBar(bool open) {
+    if (open == (bar != nullptr)) return;
+    if (open) {
+        bar = new ControlBarRow(this, {[this](int control) { barClicked(control); },
+                                       [this](const std::string& text) {
+                                           if (window && window->sink.rateTyped)
+                                               window->sink.rateTyped(window->sink.owner, text);
+                                       },
+                                       [this] { client->setFocus(); }});
+        bar->show();
+    } else {
+        client->setFocus();
+        // A click on it may be what closes it.
+        bar->hide();
+        std::exchange(bar, nullptr)->deleteLater();
+    }
+    arrange();
+}
+
+QRect ViewerWindow::clientRectangle() const {
+    const int rows = bar ? controlBarHeight : 0;
+    const QPoint corner = client->mapToGlobal(QPoint(0, -rows));
+    return {corner, QSize(client->width(), client->height() + rows)};
 }
 
 void ViewerWindow::openMenuOf(char mnemonic) {
@@ -69,7 +108,9 @@ void ViewerWindow::waitForFrame() {
 void ViewerWindow::arrange() {
     const int top = menuHeight();
     menus->setGeometry(0, 0, width(), top);
-    client->setGeometry(0, top, width(), std::max(height() - top, 1));
+    const int barRows = bar ? controlBarHeight : 0;
+    if (bar) bar->setGeometry(0, top, width(), barRows);
+    client->setGeometry(0, top + barRows, width(), std::max(height() - top - barRows, 1));
 }
 
 void ViewerWindow::resizeEvent(QResizeEvent*) { arrange(); }
@@ -112,6 +153,24 @@ void ViewerWindow::place(const PixelRect& rect, bool border, bool keepOnScreen) 
 void ViewerWindow::closeEvent(QCloseEvent* event) {
     event->ignore();
     closeWindow(window);
+}
+
+void ViewerWindow::dragEnterEvent(QDragEnterEvent* event) {
+    if (event->mimeData()->hasUrls()) event->acceptProposedAction();
+}
+
+// Whoever has sent the files waits for an answer, so they are opened after it.
+void ViewerWindow::dropEvent(QDropEvent* event) {
+    std::vector<std::string> names;
+    for (const QUrl& url : event->mimeData()->urls())
+        if (url.isLocalFile()) names.push_back(url.toLocalFile().toStdString());
+    event->acceptProposedAction();
+    if (names.empty()) return;
+    QTimer::singleShot(0, this, [this, names] {
+        if (!window) return;
+        const WindowSink sink = window->sink;
+        sink.dropped(sink.owner, names);
+    });
 }
 
 void ViewerWindow::retire() {

@@ -4,6 +4,7 @@
 #include <QMenuBar>
 #include <QWidget>
 
+#include "platform/linux/desktop/bar_row.h"
 #include "platform/linux/desktop/gl_area.h"
 #include "platform/linux/desktop/native_window.h"
 #include "platform/window.h"
@@ -17,6 +18,11 @@ class ViewerWindow : public QWidget {
 
     GlArea& area() { return *client; }
     QMenuBar& menuBar() { return *menus; }
+
+    // The client area: the control bar, when it is open, and the area below it.
+    QRect clientRectangle() const;
+    void showControlBar(bool open);
+    ControlBarRow* controlBar() { return bar; }  // null while it is closed
 
     // What a window with border has round its client area: the menu, and the frame that the window
     // manager gives it.
@@ -35,6 +41,8 @@ class ViewerWindow : public QWidget {
  protected:
     void resizeEvent(QResizeEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
 
  private:
     int menuHeight() const;
@@ -42,12 +50,14 @@ class ViewerWindow : public QWidget {
     void showFullScreenState(bool full);
     void arrange();
     void sendCommand(int id);
+    void barClicked(int control);
     void openMenuOf(char mnemonic);
     void areaResized();
 
     Window* window;  // null once retired
     QMenuBar* menus;
     GlArea* client;
+    ControlBarRow* bar = nullptr;
     bool bordered = true;
     bool fullScreen = false;
 };

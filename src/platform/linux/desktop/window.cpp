@@ -119,13 +119,13 @@ void setWindowTitle(Window* window, const std::string& title) {
 
 void clientArea(const Window* window, int& width, int& height) {
     ViewerWindow* const open = widgetOf(window);
-    width = open ? open->area().width() : 0;
-    height = open ? open->area().height() : 0;
+    width = open ? open->clientRectangle().width() : 0;
+    height = open ? open->clientRectangle().height() : 0;
 }
 
 void clientScreenPosition(const Window* window, int& x, int& y) {
     ViewerWindow* const open = widgetOf(window);
-    const QPoint corner = open ? open->area().mapToGlobal(QPoint(0, 0)) : QPoint();
+    const QPoint corner = open ? open->clientRectangle().topLeft() : QPoint();
     x = corner.x();
     y = corner.y();
 }

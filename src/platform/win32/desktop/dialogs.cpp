@@ -4,6 +4,7 @@
 
 #include "platform/win32/desktop/native_window.h"
 #include "platform/win32/os/wide_text.h"
+#include "resources/command_ids.h"
 
 namespace vistel::platform {
 
@@ -35,6 +36,13 @@ INT_PTR CALLBACK closesWithOk(HWND dialog, UINT message, WPARAM wide, LPARAM) {
     return TRUE;
 }
 
+// The text of the About dialog comes as its parameter.
+INT_PTR CALLBACK aboutProcedure(HWND dialog, UINT message, WPARAM wide, LPARAM lengthy) {
+    if (message == WM_INITDIALOG)
+        SetDlgItemTextW(dialog, FIELD_ABOUT, reinterpret_cast<const wchar_t*>(lengthy));
+    return closesWithOk(dialog, message, wide, lengthy);
+}
+
 }  // namespace
 
 void showMessageBox(Window* over, const std::string& caption, const std::string& text) {
@@ -45,6 +53,17 @@ void showSystemErrorBox(Window* over, const std::string& caption) {
     // First of all: whatever is called next may change it.
     const DWORD error = GetLastError();
     showBox(over, caption, systemErrorText(error), MB_ICONINFORMATION);
+}
+
+bool confirm(Window* over, const std::string& caption, const std::string& text) {
+    return MessageBoxW(handleOf(over), wideText(text).c_str(), wideText(caption).c_str(),
+                       MB_YESNO | MB_ICONQUESTION) == IDYES;
+}
+
+void showAbout(Window* over, const std::string& text) {
+    const std::wstring wide = wideText(text);
+    DialogBoxParamW(resourceModule(), MAKEINTRESOURCEW(aboutDialogResource), handleOf(over),
+                    aboutProcedure, reinterpret_cast<LPARAM>(wide.c_str()));
 }
 
 void showFileDialogHelp() {

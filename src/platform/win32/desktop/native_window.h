@@ -5,6 +5,7 @@
 
 #include "platform/gl/gl_state.h"
 #include "platform/key_translation.h"
+#include "platform/win32/desktop/bar_state.h"
 #include "platform/win32/windows_api.h"
 #include "platform/window.h"
 
@@ -21,6 +22,7 @@ struct Window {
     KeyTranslator keys;
     std::map<WPARAM, int>
         typed;  // codes of the pressed keys that type a character with Shift or AltGr
+    ControlBar bar;
     DrawingState drawing;
 };
 
@@ -33,7 +35,16 @@ void windowCame();
 void windowWent();
 
 // Resource numbers, as in resources/vistel.rc.
-enum : WORD { iconResource = 1, menuResource = 101, fileHelpDialogResource = 103 };
+enum : WORD {
+    iconResource = 1,
+    menuResource = 101,
+    aboutDialogResource = 102,
+    fileHelpDialogResource = 103,
+    controlBarDialogResource = 108
+};
+
+// The window has a new width.
+void fitControlBar(Window& window);
 
 // The window class of the viewer, registered at the first call; its name, or null when the system
 // refuses it. Its menu is resource 101; a window of it is created with its Window as parameter.

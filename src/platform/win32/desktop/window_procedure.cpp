@@ -1,10 +1,15 @@
 // The messages of the viewer window and what becomes of them.
 #include <vector>
 
+#include "platform/control_bar.h"
 #include "platform/input_event.h"
 #include "platform/surface.h"
 #include "platform/win32/desktop/native_window.h"
 #include "platform/win32/desktop/wine_cures.h"
+#include "platform/win32/os/wide_text.h"
+
+// After the system's own header.
+#include <shellapi.h>
 
 namespace vistel::platform {
 
@@ -140,11 +145,13 @@ void mouseMoved(Window& window, LPARAM position) {
 
 void created(Window& window) {
     window.device = GetDC(window.handle);
+    DragAcceptFiles(window.handle, window.sink.dropped != nullptr);
     windowCame();
     wine::windowCreated(window.handle);
 }
 
 void destroyed(Window& window) {
+    closeControlBar(&window);
     KillTimer(window.handle, timerId);
     destroySurface(&window);
     if (window.device) ReleaseDC(window.handle, window.device);
@@ -156,13 +163,14 @@ void destroyed(Window& window) {
 }
 
 void sized(Window& window) {
+    wine::windowSized(window.handle);
     if (window.context) {
-        wine::windowSized(window.handle);
         wglMakeCurrent(window.device, window.context);
         RECT client;
         GetClientRect(window.handle, &client);
         setViewport(&window, client.right, client.bottom);
     }
+    fitControlBar(window);
     window.sink.resized(window.sink.owner);
 }
 
@@ -273,6 +281,21 @@ LRESULT commandChosen(const Message& m) {
     return m.systemsWay();
 }
 
+LRESULT filesDropped(const Message& m) {
+    const auto drop = reinterpret_cast<HDROP>(m.wide);
+    std::vector<std::string> names;
+    const UINT count = DragQueryFileW(drop, UINT_MAX, nullptr, 0);
+    for (UINT i = 0; i < count; ++i) {
+        std::wstring name(DragQueryFileW(drop, i, nullptr, 0) + 1, L'\0');
+        name.resize(DragQueryFileW(drop, i, name.data(), static_cast<UINT>(name.size())));
+        names.push_back(utf8Text(name));
+    }
+    DragFinish(drop);
+    const WindowSink sink = m.window.sink;
+    if (sink.dropped && !names.empty()) sink.dropped(sink.owner, names);
+    return 0;
+}
+
 LRESULT timerFired(const Message& m) {
     post(m.window, EV_TIMER, 1);
     return 0;
@@ -309,6 +332,7 @@ constexpr struct {
     {WM_CHAR, character},
     {WM_SYSCHAR, character},
     {WM_COMMAND, commandChosen},
+    {WM_DROPFILES, filesDropped},
     {WM_TIMER, timerFired},
     {WM_SETFOCUS, keyboardCame},
     {WM_MOUSEMOVE, cursorMoved},

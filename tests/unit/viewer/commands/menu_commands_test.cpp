@@ -2,6 +2,7 @@
 #include "viewer/commands/menu_commands.h"
 
 #include <set>
+#include <utility>
 #include <vector>
 
 #include "golden.h"
@@ -12,6 +13,12 @@
 namespace vistel {
 
 namespace headless = platform::headless;
+
+// They only need a page to open.
+const std::set<int> helpItems = {COMMAND_HELP_KEYBOARD,      COMMAND_HELP_COMMAND_LINE,
+                                 COMMAND_HELP_ANIMATION,     COMMAND_HELP_OPENING,
+                                 COMMAND_HELP_MANIPULATIONS, COMMAND_HELP_MOUSE,
+                                 COMMAND_HELP_SAVING};
 
 class MenuCommandsTest : public ViewerTest {
  protected:
@@ -250,37 +257,102 @@ TEST_F(MenuCommandsTest, WithoutABrowserABoxNamesThePage) {
 
 // --- the others ----------------------------------------------------------------------------------
 
-TEST_F(MenuCommandsTest, OnlyTheCommandsThatAreThereCanBeChosen) {
-    showImage(testFrame(1, 400, 300));
-    const std::set<int> there = {COMMAND_EXIT,
-                                 COMMAND_REVERT,
-                                 COMMAND_FULL_SCREEN,
-                                 COMMAND_FULL_RESOLUTION,
-                                 COMMAND_HELP_OPENING,
-                                 COMMAND_HELP_SAVING,
-                                 COMMAND_HELP_COMMAND_LINE,
-                                 COMMAND_HELP_KEYBOARD,
-                                 COMMAND_HELP_MANIPULATIONS,
-                                 COMMAND_HELP_ANIMATION,
-                                 COMMAND_HELP_MOUSE};
-    for (int id = COMMAND_FIRST; id <= COMMAND_LAST; ++id) {
-        EXPECT_EQ(headless::menuEnabled(id), there.count(id) != 0) << id;
-        if (there.count(id)) continue;
-        queuedCodes();
-        headless::choose(id);  // nothing comes of it
-        EXPECT_TRUE(windowContext().queue.empty()) << id;
-        EXPECT_TRUE(headless::windowOpen()) << id;
-    }
+TEST_F(MenuCommandsTest, ItemsAreGreyWhileTheirCommandHasNothingToActOn) {
+    const std::set<int> always = {
+        COMMAND_OPEN_IMAGE,  COMMAND_OPEN_ANIMATION,  COMMAND_EXIT, COMMAND_CONTROL_BAR,
+        COMMAND_FULL_SCREEN, COMMAND_FULL_RESOLUTION, COMMAND_ABOUT};
+    const std::set<int> colours = {COMMAND_RED_CHANNEL,  COMMAND_GREEN_CHANNEL,
+                                   COMMAND_BLUE_CHANNEL, COMMAND_ALL_CHANNELS,
+                                   COMMAND_LUMINANCE,    COMMAND_SAVE_IMAGE};
+    const auto enabled = [] {
+        std::set<int> items;
+        for (int id = COMMAND_FIRST; id <= COMMAND_LAST; ++id)
+            if (headless::menuEnabled(id) && !helpItems.count(id)) items.insert(id);
+        return items;
+    };
+    const auto with = [](std::set<int> items, const std::set<int>& more) {
+        items.insert(more.begin(), more.end());
+        return items;
+    };
+    openWindowOrExit(viewerState, "VisTel");
+    EXPECT_EQ(enabled(), always);
+
+    showImage(planesFrame(1, 400, 300, imageColour));
+    showMenuState(viewerState);
+    EXPECT_EQ(enabled(), with(always, colours));  // standard input: there is no file to revert to
+
+    viewerState.openedName = "a.iff";
+    showImage(planesFrame(1, 400, 300));
+    showMenuState(viewerState);
+    EXPECT_EQ(enabled(), with(with(always, colours), {COMMAND_REVERT, COMMAND_ALPHA_CHANNEL}));
+
+    showImage(planesFrame(1, 400, 300, imageBlack | imageMask));
+    showMenuState(viewerState);
+    EXPECT_EQ(enabled(), with(always, {COMMAND_REVERT, COMMAND_ALPHA_CHANNEL, COMMAND_SAVE_IMAGE}));
+
+    releaseFrames(viewerState);
+    showAnimation(1, 3);
+    showMenuState(viewerState);
+    EXPECT_TRUE(headless::menuEnabled(COMMAND_SAVE_ANIMATION));
+    EXPECT_TRUE(headless::menuEnabled(COMMAND_IMPORT_SOUND));
+    EXPECT_FALSE(headless::menuEnabled(COMMAND_TOGGLE_SOUND));  // none is loaded
+    viewerState.soundLoaded = viewerState.soundOn = 1;
+    showMenuState(viewerState);
+    EXPECT_TRUE(headless::menuEnabled(COMMAND_TOGGLE_SOUND));
+    EXPECT_FALSE(headless::menuChecked(COMMAND_TOGGLE_SOUND));
+    viewerState.soundOn = 0;
+    showMenuState(viewerState);
+    EXPECT_TRUE(headless::menuChecked(COMMAND_TOGGLE_SOUND));  // muted
 }
 
-TEST_F(MenuCommandsTest, RevertReloadsTheFrame) {
-    showImage(testFrame(1, 400, 300));
+TEST_F(MenuCommandsTest, AGreyCommandDoesNothing) {
+    openWindowOrExit(viewerState, "VisTel");
     windowContext().queue.clear();
-    headless::choose(COMMAND_REVERT);
-    ASSERT_EQ(windowContext().queue.count(), 1);
-    const InputEvent event = windowContext().queue.take();
-    EXPECT_EQ(event.code, keyReload);
-    EXPECT_EQ(event.value, 1);
+    for (int id = COMMAND_FIRST - 1; id <= COMMAND_LAST + 1; ++id)
+        if (!headless::menuEnabled(id) || id < COMMAND_FIRST || id > COMMAND_LAST)
+            headless::choose(id);
+    EXPECT_TRUE(windowContext().queue.empty());
+    EXPECT_TRUE(headless::windowOpen());
+}
+
+TEST_F(MenuCommandsTest, TheMenuFollowsTheFrameOnScreen) {
+    viewerState.animation = 1;
+    viewerState.firstFrame = viewerState.playFirst = viewerState.currentFrame = 1;
+    viewerState.lastFrame = viewerState.playLast = 2;
+    viewerState.frameStep = 1;
+    keepFrame(viewerState, 1, planesFrame(1, 64, 48));
+    keepFrame(viewerState, 2, planesFrame(2, 64, 48, imageColour));
+    beginDisplay(viewerState, *viewerState.slots.find(1));
+    std::vector<bool> alpha;
+    headless::script([] { headless::type(keySpace); });
+    headless::script([] { headless::type(keyHome); });
+    headless::whenIdle([&] {
+        alpha.push_back(headless::menuEnabled(COMMAND_ALPHA_CHANNEL));
+        if (alpha.size() > 3) return headless::close();
+        headless::type(keyRightArrow);
+    });
+    runViewerLoop(viewerState);
+    ASSERT_EQ(alpha.size(), 4u);
+    EXPECT_NE(alpha[0], alpha[1]);
+    EXPECT_NE(alpha[1], alpha[2]);
+    EXPECT_NE(alpha[2], alpha[3]);
+}
+
+TEST_F(MenuCommandsTest, TheItemsOfAKeyPostThatKey) {
+    viewerState.openedName = "a.iff";
+    showImage(planesFrame(1, 64, 48));
+    const std::pair<int, int> rows[] = {{COMMAND_REVERT, 'U'},        {COMMAND_RED_CHANNEL, 'R'},
+                                        {COMMAND_GREEN_CHANNEL, 'G'}, {COMMAND_BLUE_CHANNEL, 'B'},
+                                        {COMMAND_ALPHA_CHANNEL, 'A'}, {COMMAND_ALL_CHANNELS, 'C'},
+                                        {COMMAND_LUMINANCE, 'L'}};
+    for (const auto& [id, key] : rows) {
+        windowContext().queue.clear();
+        headless::choose(id);
+        ASSERT_EQ(windowContext().queue.count(), 1) << id;
+        const InputEvent event = windowContext().queue.take();
+        EXPECT_EQ(event.code, key) << id;
+        EXPECT_EQ(event.value, 1) << id;
+    }
 }
 
 TEST_F(MenuCommandsTest, ExitClosesTheWindowAndQuits) {

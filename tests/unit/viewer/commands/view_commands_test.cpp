@@ -469,7 +469,7 @@ TEST_F(ViewCommandsTest, FunctionKeysChooseTheControlChannelAndTheLabelNamesIt) 
 
 TEST_F(ViewCommandsTest, TheLabelOfASingleImageIsAtTheTop) {
     for (const bool bar : {false, true}) {
-        windowContext().controlBarShown = bar;
+        windowContext().controlBarWanted = bar;
         viewerState.windowId = -1;
         showImage(planesFrame(1, 64, 48));
         key('R');
@@ -481,7 +481,7 @@ TEST_F(ViewCommandsTest, TheLabelOfASingleImageIsAtTheTop) {
         const headless::DrawnText& text = headless::visibleTexts()[0];
         EXPECT_EQ(text.text, "Red");
         EXPECT_EQ(text.x, (320 - 3 * 6) / 2);
-        EXPECT_EQ(text.y, 144 - (bar ? 40 : 15));
+        EXPECT_EQ(text.y, 144 - (bar ? 40 - 29 : 15));
         EXPECT_EQ(image.at(0, 144 - 17), 0xFF202020u);
         EXPECT_EQ(image.at(text.x, text.y), 0xFF0000FFu);  // red
     }

@@ -61,14 +61,14 @@ TEST_F(BandRowsTest, TheLabelOfALowImageLiesOverItsUpperRows) {
 }
 
 TEST_F(BandRowsTest, TheLabelOfAnImageUnderTheControlBarStandsLower) {
-    windowContext().controlBarShown = 1;
+    windowContext().controlBarWanted = true;
     showImage(testFrame(1, 400, 130));
     key('R');
     redraw();
     ASSERT_EQ(clientHeight(), 144);
-    EXPECT_EQ(text(0).y, 144 - 40);
-    expectBand(127, 143);
-    expectPictureRow(126);
+    EXPECT_EQ(text(0).y, 144 + 29 - 40);
+    expectBand(144 + 29 - 42, 143);
+    expectPictureRow(144 + 29 - 43);
 }
 
 TEST_F(BandRowsTest, TheLabelOfAnAnimationCoversSixteenRowsAtTheFoot) {
@@ -166,9 +166,9 @@ TEST_F(BandRowsTest, TheStatusLineHasSeventeenRowsAndUnderTheControlBarThirtyNin
         bool bar;
         int bandRows, baseline;
     };
-    for (const Row& row : {Row{false, 17, 15}, Row{true, 39, 37}}) {
+    for (const Row& row : {Row{false, 17, 15}, Row{true, 39 - 29, 37 - 29}}) {
         SetUp();
-        windowContext().controlBarShown = row.bar;
+        windowContext().controlBarWanted = row.bar;
         showWide(232, true);
         ASSERT_EQ(viewerState.layout.marginY, 4);
         redraw();

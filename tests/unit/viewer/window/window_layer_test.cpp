@@ -38,7 +38,7 @@ TEST_F(WindowLayerTest, AnExistingWindowIsRetitledResizedAndItsQueueEmptied) {
 }
 
 TEST_F(WindowLayerTest, TheControlBarTakesItsRows) {
-    windowContext().controlBarShown = 1;
+    windowContext().controlBarWanted = true;
     setPreferredPosition(100, 500, 100, 400);
     ASSERT_TRUE(openViewerWindow("VisTel"));
     EXPECT_EQ(headless::windowRect().height(), 300 + 29);
