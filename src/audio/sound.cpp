@@ -51,11 +51,17 @@ void Sound::stop() {
 
 bool Sound::feed(int32_t chunksPerSecond) { return feeder_ && feeder_->feed(chunksPerSecond); }
 
-bool Sound::feedPicture(int32_t frameRate) {
-    return feed(output_ && output_->pendingSamples() > 0 ? frameRate : 0);
+void Sound::feedPicture(int32_t picture, int32_t frameRate) {
+    if (!output_) return;
+    if (output_->pendingSamples() == 0) {
+        seek(picture, frameRate);
+        feed(0);
+    } else if (output_->freeFrames() > 0) {
+        feed(frameRate);
+    } else {
+        feeder_->seek(track_->position() + track_->rate() / std::max(frameRate, 1));
+    }
 }
-
-bool Sound::hasRoom() { return output_ && output_->freeFrames() > 0; }
 
 void Sound::seek(int32_t frame, int32_t frameRate) {
     if (feeder_) feeder_->seek(int64_t{track_->rate()} * frame / std::max(frameRate, 1));

@@ -19,7 +19,7 @@ namespace vistel::platform {
 
 struct Window;
 
-// Pixels of the client area's height.
+// Rows of the client area, in pixels at usual density.
 constexpr int controlBarHeight = 29;
 
 void openControlBar(Window* window);

@@ -105,6 +105,9 @@ class Desktop:
         """The screen as (height, width) words 0xRRGGBB."""
         return np.array(self._pixels) & 0xFFFFFF
 
+    def pixel(self, x, y):
+        return int(self._pixels[y, x]) & 0xFFFFFF
+
     def screenshot(self):
         """The screen as (height, width, 3) bytes red, green, blue."""
         return unpack(self.packed())

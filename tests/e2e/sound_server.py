@@ -4,7 +4,10 @@ sample. Needs the packages pulseaudio and pulseaudio-utils."""
 import os
 import subprocess
 import threading
+import time
 from pathlib import Path
+
+import numpy as np
 
 from desktop import wait_until
 
@@ -42,6 +45,7 @@ class SoundServer:
             )
         wait_until(lambda: self.socket.exists() and self.pipe.exists(), what="the sound server")
         self._heard = bytearray()
+        self._began = None  # when the first sample of what is heard was played
         self._lock = threading.Lock()
         self._reader = threading.Thread(target=self._listen, daemon=True)
         self._reader.start()
@@ -49,12 +53,26 @@ class SoundServer:
     def _listen(self):
         with self.pipe.open("rb", buffering=0) as pipe:
             while block := pipe.read(1 << 16):
+                now = time.monotonic()
                 with self._lock:
+                    # What follows is written as soon as all before it was played.
+                    began = now - len(self._heard) / FRAME_BYTES / RATE
+                    self._began = min(self._began or began, began)
                     self._heard += block
 
     def heard(self):
         with self._lock:
             return bytes(self._heard)
+
+    def starts(self, since=0):
+        """When each sound began that silence came before, seconds of time.monotonic()."""
+        with self._lock:
+            began, heard = self._began, bytes(self._heard)
+        frames = np.frombuffer(heard[: len(heard) // FRAME_BYTES * FRAME_BYTES], "<i2").reshape(-1, 2)
+        loud = np.flatnonzero(frames.any(axis=1))
+        quiet_before = np.diff(loud, prepend=-RATE) > RATE // 20
+        times = began + loud[quiet_before] / RATE if len(loud) else np.array([])
+        return times[times >= since]
 
     def vanish(self):
         """The server ends; its clients are told."""

@@ -1,9 +1,10 @@
 // demo_sequence: writes a numbered sequence of frames worth looking at, with colour, mask and
-// depth.
+// depth, and its sound.
 //
 //     demo_sequence STEM [FRAMES [WIDTH HEIGHT]]
 //
-// writes STEM1, STEM2 ... (the stem usually ends in a dot).
+// writes STEM1, STEM2 ... (the stem usually ends in a dot) and the beeps to STEM-sound.wav, without
+// the dot.
 
 #include <cerrno>
 #include <cstdio>
@@ -11,6 +12,7 @@
 #include <cstring>
 #include <string>
 
+#include "beeps.h"
 #include "iff/image_writer.h"
 #include "iff/result_codes.h"
 #include "platform/files.h"
@@ -71,6 +73,13 @@ int main(int argc, char** argv) {
                          system ? std::strerror(errno) : vistel::errorText(result).c_str());
             return 1;
         }
+    }
+    std::string sound = argv[1];
+    if (sound.ends_with('.')) sound.pop_back();
+    sound += "-sound.wav";
+    if (!vistel::demo::writeBeeps(sound, frames)) {
+        std::fprintf(stderr, "demo_sequence: %s: %s\n", sound.c_str(), std::strerror(errno));
+        return 1;
     }
     std::printf("wrote %s1 to %s%d, %d x %d\n", argv[1], argv[1], frames, width, height);
     if (vistel::platform::finishStandardOutput()) return 0;

@@ -30,7 +30,9 @@ using platform::FileQuestion;
 
 FileFilter allFiles() { return {messageText(Message::rVTAllFiles), "*.*"}; }
 
-std::optional<FileChoice> ask(const platform::FileRequest& request) {
+// Where no folder is remembered, the one of what is on screen.
+std::optional<FileChoice> ask(platform::FileRequest request) {
+    if (request.folder.empty()) request.folder = platform::currentDirectory();
     return platform::askForFile(windowContext().window, request);
 }
 

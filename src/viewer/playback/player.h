@@ -58,7 +58,8 @@ struct Loading {
 struct SoundPlaying {
     std::unique_ptr<Sound> sound;
     std::optional<int> soundFrame;  // whose part was fed last
-    bool soundBehind = false;       // a part was left out
+    std::optional<int> soundStart;  // the frame with which it began, since it was loaded
+    bool soundBehind = false;       // the pictures went backward, in silence
 };
 
 struct Player : Picture, Playing, Saving, SoundOptions, SoundPlaying, PlayerSession {

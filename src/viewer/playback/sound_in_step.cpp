@@ -9,6 +9,7 @@ namespace vistel {
 static void load(Player& player) {
     if (!player.sound) player.sound = std::make_unique<Sound>();
     player.soundLoaded = player.sound->load(player.audioFile);
+    player.soundStart.reset();
 }
 
 void openSound(Player& player) {
@@ -41,19 +42,17 @@ Way wayTo(const Player& player, int before, int frame) {
     return late ? Way::jump : Way::onward;
 }
 
-// Backward nothing is heard; what the device has no room for is left out. Either is made up for
-// when the pictures go on. A jump begins with an empty device: what it still has belongs to other
-// pictures.
+// Backward nothing is heard. A jump begins with an empty device: what it still has belongs to other
+// pictures. The sound begins with the first picture of a pass, whatever its number; after a jump
+// with the picture that the offset names.
 void followPicture(Player& player, Way way) {
-    const int frame = player.currentFrame - player.audioOffset, rate = effectiveFrameRate(player);
+    const int frame = player.currentFrame, rate = effectiveFrameRate(player);
     player.soundBehind = way == Way::backward;
     if (way == Way::backward || (!player.soundLoaded && way != Way::toStart)) return;
     if (way != Way::onward) load(player);
-    if (way == Way::jump) player.sound->seek(frame, rate);
-    if (player.sound->hasRoom())
-        player.sound->feedPicture(rate);
-    else
-        player.soundBehind = true;
+    if (way == Way::jump) player.soundStart = player.audioOffset;
+    if (!player.soundStart) player.soundStart = frame;
+    player.sound->feedPicture(frame - *player.soundStart, rate);
 }
 
 }  // namespace

@@ -1,10 +1,13 @@
 #include "viewer/window/window_geometry.h"
 
+#include "platform/text.h"
 #include "viewer/window/window_context.h"
 
 namespace vistel {
 
-int controlBarRows() { return windowContext().controlBarShown ? CONTROL_BAR_HEIGHT : 0; }
+int controlBarRows() {
+    return windowContext().controlBarShown ? platform::scaledForText(CONTROL_BAR_HEIGHT) : 0;
+}
 
 void clientSize(int& width, int& height) {
     platform::clientArea(windowContext().window, width, height);

@@ -5,6 +5,7 @@
 
 #include "platform/control_bar.h"
 #include "platform/surface.h"
+#include "platform/text.h"
 #include "platform/window.h"
 #include "viewer/window/drawing.h"
 #include "viewer/window/front_image.h"
@@ -198,7 +199,8 @@ void showControlBar(bool wanted) {
     context.controlBarWanted = wanted;
     if (!platform::windowExists(context.window)) return;
     platform::PixelRect client = clientOnScreen();
-    client.top += wanted ? -CONTROL_BAR_HEIGHT : CONTROL_BAR_HEIGHT;
+    const int rows = platform::scaledForText(CONTROL_BAR_HEIGHT);
+    client.top += wanted ? -rows : rows;
     context.controlBarShown = wanted;
     placeViewerWindow(limitedToWorkArea(client, context.border));
 }

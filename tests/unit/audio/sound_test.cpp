@@ -150,16 +150,43 @@ TEST_F(SoundTest, APictureThatFindsTheDeviceEmptyGetsMoreThanItsPart) {
     headless::resetWaves({.playsAtOnce = false});
     const TemporaryFile file(counted(44100));
     Sound sound;
-    EXPECT_FALSE(sound.hasRoom());
-    EXPECT_FALSE(sound.feedPicture(24));
+    sound.feedPicture(0, 24);
     ASSERT_TRUE(sound.load(file.name()));
-    EXPECT_TRUE(sound.feedPicture(24));
-    EXPECT_TRUE(sound.feedPicture(24));
-    EXPECT_TRUE(sound.hasRoom());  // 0.15 seconds are what it is to hold
-    EXPECT_TRUE(sound.feedPicture(24));
-    EXPECT_FALSE(sound.hasRoom());
+    for (int picture = 0; picture < 4; ++picture) sound.feedPicture(picture, 24);
     headless::playWaves(SIZE_MAX);
+    // 0.15 seconds are what it is to hold: the last one had none.
     EXPECT_EQ(headless::recordedWaves().heard.size(), (4410 + 2 * (44100 / 24)) * 2u);
+}
+
+TEST_F(SoundTest, AnEmptyDeviceGoesOnWithThePictureAndAFullOneLeavesItsPartOut) {
+    headless::resetWaves({.playsAtOnce = false});
+    const Bytes bytes = counted(44100);
+    const TemporaryFile file(bytes);
+    const auto whole = soundOf(bytes);
+    const auto part = [&](size_t from, size_t frames) {
+        const auto begin = whole.begin() + static_cast<std::ptrdiff_t>(from * 2);
+        return std::vector<uint8_t>(begin, begin + static_cast<std::ptrdiff_t>(frames * 2));
+    };
+    auto newlyHeard = [before = size_t{0}]() mutable {
+        headless::playWaves(SIZE_MAX);
+        const auto heard = headless::recordedWaves().heard;
+        const auto begin = heard.begin() + static_cast<std::ptrdiff_t>(before);
+        before = heard.size();
+        return std::vector<uint8_t>(begin, heard.end());
+    };
+    Sound sound;
+    ASSERT_TRUE(sound.load(file.name()));
+    sound.feedPicture(0, 25);
+    EXPECT_EQ(newlyHeard(), part(0, 4410));
+    sound.feedPicture(1, 25);  // what was heard too early is heard again
+    EXPECT_EQ(newlyHeard(), part(1764, 4410));
+    for (int picture = 10; picture < 14; ++picture) sound.feedPicture(picture, 25);
+    headless::playWaves(4410 * 2);
+    sound.feedPicture(14, 25);
+    EXPECT_EQ(newlyHeard().size(), (4410u + 3 * 1764) * 2);
+    const auto heard = headless::recordedWaves().heard;
+    EXPECT_EQ(std::vector<uint8_t>(heard.end() - 1764 * 2, heard.end()),
+              part(10 * 1764 + 4410 + 3 * 1764, 1764));
 }
 
 TEST_F(SoundTest, SeeksWhileItPlays) {

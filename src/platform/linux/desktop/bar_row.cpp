@@ -8,12 +8,14 @@
 #include <QWheelEvent>
 #include <algorithm>
 
+#include "platform/text.h"
 #include "resources/command_ids.h"
 
 namespace vistel::platform {
 
 namespace {
 
+constexpr int narrowestWindow = 320;
 constexpr int buttonTop = 3, buttonHeight = 23;
 constexpr int fieldTop = 4, fieldHeight = 21;
 constexpr int longestText = 255;
@@ -106,21 +108,22 @@ void RateField::wheelEvent(QWheelEvent* event) {
 
 ControlBarRow::ControlBarRow(QWidget* parent, const Owner& owner) : QWidget(parent) {
     setAutoFillBackground(true);
+    const auto add = [&](QWidget* made, int control, const QRect& place) {
+        controls[control] = {made, place};
+    };
     const auto addButton = [&](const char* caption, int control, int left, int width) {
         auto* made = new BarButton(this, caption);
-        made->setGeometry(left, buttonTop, width, buttonHeight);
         connect(made, &QAbstractButton::clicked, [owner, control] { owner.clicked(control); });
-        controls[control] = made;
+        add(made, control, {left, buttonTop, width, buttonHeight});
     };
     const auto addField = [&](int control, int left, int width) {
-        controls[control] = field = new RateField(this, owner.rateTyped, owner.left);
-        field->setGeometry(left, fieldTop, width, fieldHeight);
+        field = new RateField(this, owner.rateTyped, owner.left);
+        add(field, control, {left, fieldTop, width, fieldHeight});
     };
     const auto addLabel = [&](const char* text, int control, int left, int width) {
         auto* label = new QLabel(QString::fromUtf8(text), this);
-        label->setGeometry(left, fieldTop, width, fieldHeight);
         if (field) label->setBuddy(field);
-        controls[control] = label;
+        add(label, control, {left, fieldTop, width, fieldHeight});
     };
 #define BAR_BUTTON(caption, control, left, width) addButton(caption, control, left, width);
 #define BAR_FIELD(control, left, width) addField(control, left, width);
@@ -132,14 +135,31 @@ ControlBarRow::ControlBarRow(QWidget* parent, const Owner& owner) : QWidget(pare
     field->setAccessibleName(QStringLiteral("FPS"));
 }
 
+// As large as the density asks for; where a narrow window has no room for that, narrower.
+void ControlBarRow::resizeEvent(QResizeEvent*) {
+    const double rows = textScale(),
+                 columns = std::min<double>(rows, width() / double(narrowestWindow));
+    const auto scaled = [](int length, double scale) {
+        return static_cast<int>(length * scale + 0.5);
+    };
+    QFont texts = parentWidget()->font();
+    texts.setPixelSize(scaled(QFontInfo(texts).pixelSize() / rows, columns));
+    setFont(texts);
+    for (const auto& [control, placed] : controls) {
+        const QRect& at = placed.place;
+        placed.widget->setGeometry(scaled(at.left(), columns), scaled(at.top(), rows),
+                                   scaled(at.width(), columns), scaled(at.height(), rows));
+    }
+}
+
 void ControlBarRow::setTip(int control, const QString& text) {
     if (const auto found = controls.find(control); found != controls.end())
-        found->second->setToolTip(text);
+        found->second.widget->setToolTip(text);
 }
 
 BarButton* ControlBarRow::button(int control) {
     const auto found = controls.find(control);
-    return found == controls.end() ? nullptr : dynamic_cast<BarButton*>(found->second);
+    return found == controls.end() ? nullptr : dynamic_cast<BarButton*>(found->second.widget);
 }
 
 }  // namespace vistel::platform

@@ -56,8 +56,15 @@ class ControlBarRow : public QWidget {
     BarButton* button(int control);  // null: none
     RateField& rate() { return *field; }
 
+ protected:
+    void resizeEvent(QResizeEvent* event) override;
+
  private:
-    std::map<int, QWidget*> controls;
+    struct Placed {
+        QWidget* widget = nullptr;
+        QRect place;  // at usual density
+    };
+    std::map<int, Placed> controls;
     RateField* field = nullptr;
 };
 

@@ -74,8 +74,10 @@ void ViewerWindow::showControlBar(bool open) {
     arrange();
 }
 
+int ViewerWindow::barRows() const { return bar ? scaledForText(controlBarHeight) : 0; }
+
 QRect ViewerWindow::clientRectangle() const {
-    const int rows = bar ? controlBarHeight : 0;
+    const int rows = barRows();
     const QPoint corner = client->mapToGlobal(QPoint(0, -rows));
     return {corner, QSize(client->width(), client->height() + rows)};
 }
@@ -108,9 +110,8 @@ void ViewerWindow::waitForFrame() {
 void ViewerWindow::arrange() {
     const int top = menuHeight();
     menus->setGeometry(0, 0, width(), top);
-    const int barRows = bar ? controlBarHeight : 0;
-    if (bar) bar->setGeometry(0, top, width(), barRows);
-    client->setGeometry(0, top + barRows, width(), std::max(height() - top - barRows, 1));
+    if (bar) bar->setGeometry(0, top, width(), barRows());
+    client->setGeometry(0, top + barRows(), width(), std::max(height() - top - barRows(), 1));
 }
 
 void ViewerWindow::resizeEvent(QResizeEvent*) { arrange(); }

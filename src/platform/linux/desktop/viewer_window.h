@@ -49,6 +49,7 @@ class ViewerWindow : public QWidget {
     void showBorder(bool border);
     void showFullScreenState(bool full);
     void arrange();
+    int barRows() const;
     void sendCommand(int id);
     void barClicked(int control);
     void openMenuOf(char mnemonic);

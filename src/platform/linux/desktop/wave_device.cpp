@@ -3,6 +3,7 @@
 // done. Blocks that come while the server still connects are kept until it has.
 #include "platform/wave_device.h"
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
@@ -38,6 +39,8 @@ struct WaveDevice {
     };
     std::deque<Queued> unwritten, written;
     uint64_t bytesWritten = 0;
+    std::chrono::steady_clock::time_point started;  // when it was last written to with nothing left
+    uint64_t bytesBeforeStart = 0;
     bool ending = false;
     std::thread watcher;
 };
@@ -112,6 +115,10 @@ void writeQueued(WaveDevice& device) {
     const LoopLock loop(device);
     const std::lock_guard guard(device.mutex);
     if (device.state != WaveDevice::State::playing) return;
+    if (device.written.empty()) {
+        device.started = std::chrono::steady_clock::now();
+        device.bytesBeforeStart = device.bytesWritten;
+    }
     for (; !device.unwritten.empty(); device.unwritten.pop_front()) {
         WaveBlock& block = *device.unwritten.front().block;
         if (device.pulse->stream_write(device.stream, block.samples.data(), block.samples.size(),
@@ -129,10 +136,14 @@ uint64_t bytesOf(const WaveDevice& device, pa_usec_t time) {
 
 uint64_t bytesHeard(WaveDevice& device) {
     pa_usec_t time = 0;
-    const bool known = device.pulse->stream_get_time(device.stream, &time) == 0;
-    // At the end of the sound the time that is guessed may stop a little before it.
+    if (device.pulse->stream_get_time(device.stream, &time) != 0) return 0;
+    // The stream's time is a guess. At the end of the sound it may stop a little before it; where
+    // the stream was idle it runs ahead at first, but nothing is played faster than time goes by.
     constexpr pa_usec_t tolerance = 1000;
-    return known ? bytesOf(device, time + tolerance) : 0;
+    const auto playing = std::chrono::steady_clock::now() - device.started;
+    const auto most = std::chrono::duration_cast<std::chrono::microseconds>(playing).count();
+    return std::min(bytesOf(device, time + tolerance),
+                    device.bytesBeforeStart + bytesOf(device, static_cast<pa_usec_t>(most)));
 }
 
 // The blocks that were heard; of a device that has gone, all.

@@ -1,0 +1,102 @@
+"""Pictures and sound in step: when a flash comes to the screen and when its beep is played."""
+
+import threading
+import time
+
+import numpy as np
+import pytest
+
+import soundfile
+from desktop import wait_until
+from framefile import Picture, noise, on_screen, write
+from sound_server import RATE, SoundServer
+
+FRAMES = 48  # of the animation, with a flash on the first frame of each second
+SIDE = 16  # of the square that flashes
+
+
+@pytest.fixture(scope="module")
+def server(tmp_path_factory):
+    made = SoundServer(tmp_path_factory.mktemp("sound"))
+    yield made
+    made.close()
+
+
+def flashes(number, rate):
+    return (number - 1) % rate == 0
+
+
+def write_frames(folder, rate, frames=FRAMES):
+    plain = noise(96, 64, seed=7)
+    for number in range(1, frames + 1):
+        colour = plain.copy()
+        colour[:SIDE, :SIDE] = 255 if flashes(number, rate) else 0
+        write(folder / f"shot.{number}", Picture(colour=colour))
+    beeps = np.zeros((frames * RATE // rate, 2), np.int16)
+    tone = 12000 * np.cos(2 * np.pi * 1000 * np.arange(RATE // rate) / RATE)
+    for number in range(1, frames + 1):
+        if flashes(number, rate):
+            start = (number - 1) * RATE // rate
+            beeps[start : start + len(tone)] = np.where(tone == 0, 1, tone)[:, None]
+    (folder / "shot-sound.wav").write_bytes(soundfile.wave(beeps, RATE))
+    return on_screen(Picture(colour=plain[SIDE:]))
+
+
+class Watch:
+    """Notes when the square turns white."""
+
+    def __init__(self, desktop, x, y):
+        self.desktop, self.x, self.y = desktop, x, y
+        self.times, self._going = [], True
+        self._thread = threading.Thread(target=self._look, daemon=True)
+        self._thread.start()
+
+    def _look(self):
+        white = True  # what is there already came before
+        while self._going:
+            before, white = white, self.desktop.pixel(self.x, self.y) == 0xFFFFFF
+            if white and not before:
+                self.times.append(time.monotonic())
+            time.sleep(0.001)
+
+    def stop(self):
+        self._going = False
+        self._thread.join()
+
+
+class Show:
+    """An animation with sound that plays."""
+
+    def __init__(self, start, folder, server, rate, *options):
+        part = write_frames(folder, rate)
+        self.server, self.rate = server, rate
+        self.program = start(
+            "-r", str(rate), "-n", "1", str(FRAMES), "1", *options, "-u", "shot-sound.wav", "shot.",
+            environment=server.environment,
+        )
+        place = self.program.find_part(part)
+        self.watch = Watch(self.program.desktop, place[0] + SIDE // 2, place[1] + len(part) + SIDE // 2)
+        self.since = time.monotonic()
+
+    def offsets(self, count):
+        """Of so many flashes, seconds from the flash to its beep."""
+        wait_until(lambda: len(self.watch.times) > count, what="the flashes", timeout=90)
+        seen = np.array(self.watch.times[:count])
+        wait_until(
+            lambda: len(self.server.starts(seen[0] - 0.5)) >= count,
+            what=lambda: f"the beeps {self.program.report()}",
+        )
+        beeps = self.server.starts(seen[0] - 0.5)
+        return np.array([beeps[np.abs(beeps - flash).argmin()] - flash for flash in seen])
+
+
+@pytest.mark.parametrize("rate", [24, 25])
+def test_each_beep_is_heard_with_its_flash(start, folder, server, rate):
+    show = Show(start, folder, server, rate)
+    offsets = show.offsets(8)
+    show.watch.stop()
+    print((offsets * 1000).round(1))
+    frame = 1 / rate
+    assert np.median(np.abs(offsets)) <= frame / 2
+    assert np.abs(offsets).max() <= frame
+    assert show.program.close() == 0
