@@ -109,7 +109,8 @@ def test_nothing_of_the_picture_moves_when_the_bar_closes_and_opens(play):
         toggle_bar(program)
         resized = lambda: program.desktop.rectangle(program.window())[3] == height
         wait_until(resized, what=lambda: f"a window {height} high {program.report()}")
-        assert program.find_part(picture) == place
+        stays = lambda: view.place_of(program.desktop.packed(), picture) == place
+        wait_until(stays, what=lambda: f"the picture in its place {program.report()}")
 
 
 def test_an_image_is_opened_over_a_running_animation(start, folder):

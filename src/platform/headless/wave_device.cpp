@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <deque>
 #include <mutex>
+#include <vector>
 
 #include "platform/headless/headless.h"
 #include "platform/wave_ring.h"
@@ -34,7 +35,7 @@ namespace {
 std::recursive_mutex lock;
 headless::WaveFaults faults;
 headless::RecordedWaves recorded;
-WaveDevice* device = nullptr;
+std::vector<WaveDevice*> devices;  // those that are open
 WaveRing* ring = nullptr;
 WaveTimer* timer = nullptr;
 
@@ -45,21 +46,21 @@ void noteOpened(const WaveFormat& format) {
     recorded.bits = format.bits;
 }
 
-void playBlocks(size_t bytes) {
-    while (!device->queue.empty()) {
-        WaveBlock& block = *device->queue.front();
-        const size_t count = std::min(bytes, block.samples.size() - device->played);
-        const auto from = block.samples.begin() + static_cast<std::ptrdiff_t>(device->played);
+void playBlocks(WaveDevice& device, size_t bytes) {
+    while (!device.queue.empty()) {
+        WaveBlock& block = *device.queue.front();
+        const size_t count = std::min(bytes, block.samples.size() - device.played);
+        const auto from = block.samples.begin() + static_cast<std::ptrdiff_t>(device.played);
         if (faults.blocksToLose == 0)
             recorded.heard.insert(recorded.heard.end(), from,
                                   from + static_cast<std::ptrdiff_t>(count));
-        device->played += count;
+        device.played += count;
         bytes -= count;
-        if (device->played < block.samples.size()) return;
+        if (device.played < block.samples.size()) return;
         if (faults.blocksToLose > 0) --faults.blocksToLose;
-        device->played = 0;
-        device->queue.pop_front();
-        device->done(device->user, block);
+        device.played = 0;
+        device.queue.pop_front();
+        device.done(device.user, block);
     }
 }
 
@@ -78,17 +79,17 @@ WaveDevice* openWaveDevice(const WaveFormat& format, WaveBlockDone done, void* u
     const std::lock_guard guard(lock);
     if (faults.absent) return nullptr;
     noteOpened(format);
-    device = new WaveDevice{done, user, {}, 0};
-    return device;
+    devices.push_back(new WaveDevice{done, user, {}, 0});
+    return devices.back();
 }
 
-bool playWaveBlock(WaveDevice&, WaveBlock& block) {
+bool playWaveBlock(WaveDevice& device, WaveBlock& block) {
     const std::lock_guard guard(lock);
     if (faults.blocksToTake == 0) return false;
     if (faults.blocksToTake > 0) --faults.blocksToTake;
     ++recorded.blocks;
-    device->queue.push_back(&block);
-    if (faults.playsAtOnce) playBlocks(SIZE_MAX);
+    device.queue.push_back(&block);
+    if (faults.playsAtOnce) playBlocks(device, SIZE_MAX);
     return true;
 }
 
@@ -111,7 +112,7 @@ void resetWaveDevice(WaveDevice& which) {
 void closeWaveDevice(WaveDevice* which) {
     const std::lock_guard guard(lock);
     ++recorded.closed;
-    if (device == which) device = nullptr;
+    std::erase(devices, which);
     delete which;
 }
 
@@ -221,7 +222,7 @@ void headless::setWaveFaults(const WaveFaults& wanted) {
 
 void headless::playWaves(size_t bytes) {
     const std::lock_guard guard(lock);
-    if (device) playBlocks(bytes);
+    for (WaveDevice* device : devices) playBlocks(*device, bytes);
     if (ring) playRing(bytes);
 }
 

@@ -57,6 +57,7 @@ struct Loading {
 // The sound that was loaded, which outlives sources.
 struct SoundPlaying {
     std::unique_ptr<Sound> sound;
+    std::unique_ptr<Sound> nextSound;  // of the next pass, loaded ahead; null: not yet
     std::optional<int> soundFrame;  // whose part was fed last
     std::optional<int> soundStart;  // the frame with which it began, since it was loaded
     bool soundBehind = false;       // the pictures went backward, in silence

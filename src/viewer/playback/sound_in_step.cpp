@@ -3,17 +3,29 @@
 #include <utility>
 
 #include "host/messages.h"
+#include "viewer/playback/stepping.h"
 
 namespace vistel {
 
-static void load(Player& player) {
-    if (!player.sound) player.sound = std::make_unique<Sound>();
-    player.soundLoaded = player.sound->load(player.audioFile);
+static std::unique_ptr<Sound> loaded(const Player& player) {
+    auto sound = std::make_unique<Sound>();
+    sound->load(player.audioFile);
+    return sound;
+}
+
+// What was played before is silent once the result has gone.
+static std::unique_ptr<Sound> begin(Player& player) {
+    if (!player.nextSound) player.nextSound = loaded(player);
+    auto before = std::exchange(player.sound, std::move(player.nextSound));
+    player.soundLoaded = player.sound->isLoaded();
     player.soundStart.reset();
+    return before;
 }
 
 void openSound(Player& player) {
-    load(player);
+    player.sound.reset();
+    player.nextSound.reset();
+    begin(player);
     player.soundFrame.reset();
 }
 
@@ -27,6 +39,7 @@ void startSound(Player& player) {
 
 void closeSound(Player& player) {
     player.sound.reset();
+    player.nextSound.reset();
     player.soundFrame.reset();
 }
 
@@ -49,10 +62,21 @@ void followPicture(Player& player, Way way) {
     const int frame = player.currentFrame, rate = effectiveFrameRate(player);
     player.soundBehind = way == Way::backward;
     if (way == Way::backward || (!player.soundLoaded && way != Way::toStart)) return;
-    if (way != Way::onward) load(player);
+    // To end it takes some milliseconds, too: first the new one is heard.
+    const std::unique_ptr<Sound> before = way == Way::onward ? nullptr : begin(player);
     if (way == Way::jump) player.soundStart = player.audioOffset;
     if (!player.soundStart) player.soundStart = frame;
     player.sound->feedPicture(frame - *player.soundStart, rate);
+}
+
+// A device takes some milliseconds to open: the next pass's is opened while the last picture of this
+// one is shown.
+void prepareNextPass(Player& player) {
+    const bool ends = UpcomingFrames(player).next() == player.playFirst;
+    if (!ends || player.currentFrame == player.playFirst)
+        player.nextSound.reset();
+    else if (!player.nextSound)
+        player.nextSound = loaded(player);
 }
 
 }  // namespace
@@ -66,7 +90,8 @@ void keepSoundInStep(Player& player) {
     if (frame >= player.audioOffset)
         followPicture(player, way);
     else if (way != Way::onward)
-        load(player);  // it begins anew when its frame comes
+        begin(player);  // it begins anew when its frame comes
+    prepareNextPass(player);
 }
 
 }  // namespace vistel
