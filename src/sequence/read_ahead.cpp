@@ -137,18 +137,10 @@ void ReadAhead::work() {
 
 // The frame that the stream holds, if it is whole.
 bool ReadAhead::readFrame(Job& job, FILE* stream) const {
-    struct Reading {
-        const ReadAhead& ahead;
-        const Job& job;
-    } reading{*this, job};
     ImageLoadRequest request = job.request;
     request.stream = stream;
     request.verbose = request.waitForWriter = false;
-    request.owner = &reading;
-    request.keepGoing = [](void* owner) {
-        const auto& [ahead, job] = *static_cast<const Reading*>(owner);
-        return ahead.isWanted(job);
-    };
+    request.goOn = [&] { return isWanted(job); };
     bool found = false;
     return readForm(request, 1, job.frame, found) == iffOk && found;
 }
