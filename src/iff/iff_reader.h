@@ -106,7 +106,7 @@ class IffReader {
     // Bytes left in the body: no more than the chunk and the group around it have room for.
     uint64_t chunkBytesLeft() const;
 
-    // --- the context ---
+    // --- the context; consumed, groupEnd and streamBytesLeft have no caller in the viewer ---
     IffReader* parent() const { return parent_; }  // its current chunk is the group around this one
     uint32_t flags() const { return flags_; }      // IffFlag
     bool onGroup() const { return (flags_ & iffFlagGroup) != 0; }
