@@ -90,16 +90,6 @@ bool isInputPipe(const SequenceState& state, const OpenedSource& source, const T
            platform::streamStatus(source.stream.file()).kind == platform::StreamKind::fifo;
 }
 
-int reportInputNotKept() {
-    std::perror(messageText(Message::rVTStdin).c_str());
-    return iffNotIff;
-}
-
-int reportNoImage(const Tstring& name) {
-    printError(name + ": " + messageText(Message::rVTNoImage));
-    return iffNotIff;
-}
-
 void reportEnd(SequenceState& state, const Tstring& name, int code, bool told) {
     if (state.verbose) std::printf("\n");
     std::fflush(stdout);
@@ -117,7 +107,10 @@ int openSource(SequenceState& state, const Tstring& name, const ReadTerms& terms
     if (isInputPipe(state, source, name)) {
         const InputTaken taken = takeForeignInput(source.stream.file(), terms.goOn);
         if (taken == InputTaken::notWanted) return iffAborted;
-        if (taken == InputTaken::failed) return reportInputNotKept();
+        if (taken == InputTaken::failed) {
+            std::perror(messageText(Message::rVTStdin).c_str());
+            return iffNotIff;
+        }
         if (taken == InputTaken::intoFile)
             source = chooseSource(state, name, state.currentFrame, Reading::first);
     }
@@ -143,7 +136,10 @@ int openSource(SequenceState& state, const Tstring& name, const ReadTerms& terms
     // The early end of what is no file says no more than that no image came: a command that failed
     // writes nothing.
     const bool empty = code == iffOk || (code == iffBrokenPipe && !regular);
-    if (pass.forms == 0 && empty) return reportNoImage(shownName);
+    if (pass.forms == 0 && empty) {
+        printError(shownName + ": " + messageText(Message::rVTNoImage));
+        return iffNotIff;
+    }
     reportEnd(state, source.name, code, told);
     return code;
 }

@@ -110,17 +110,12 @@ ReadAhead::Taken ReadAhead::take(const Tstring& path, const ImageLoadRequest& re
     return current ? Taken::frame : Taken::nothing;
 }
 
-ReadAhead::Jobs::iterator ReadAhead::nextQueued() {
-    return std::find_if(jobs_.begin(), jobs_.end(),
-                        [](const Job& job) { return job.state == State::queued; });
-}
-
 void ReadAhead::work() {
     std::unique_lock lock(mutex_);
     for (;;) {
         auto job = jobs_.end();
         wanted_.wait(lock, [&] {
-            job = nextQueued();
+            job = std::ranges::find(jobs_, State::queued, &Job::state);
             return stopping_ || job != jobs_.end();
         });
         if (stopping_) return;

@@ -39,11 +39,6 @@ std::string systemError() {
     return errno != 0 ? std::strerror(errno) : "the system gives no reason";
 }
 
-// A folder, pipe or device.
-bool isSpecial(const std::string& path) {
-    return platform::fileExists(path) && !platform::isRegularFile(path);
-}
-
 Failure readFrom(FILE* file, const std::string& path, Picture& picture) {
     const SourceFile source{path, file, platform::streamStatus(file).size};
     Failure failure;
@@ -80,7 +75,8 @@ Failure readStandardInput(FILE* in, Picture& picture) {
 }
 
 Failure readPicture(const std::string& path, Picture& picture) {
-    if (isSpecial(path)) return "only regular files can be read, no folders, pipes or devices";
+    if (platform::fileExists(path) && !platform::isRegularFile(path))
+        return "only regular files can be read, no folders, pipes or devices";
     errno = 0;
     const platform::FilePtr file(platform::openFile(path, "r"));
     if (!file) return systemError();
