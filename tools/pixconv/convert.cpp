@@ -96,7 +96,7 @@ Failure writeTo(FILE* file, const Codec& codec, const Picture& picture, const st
 
 // Why a file could not be opened, by the error that it gave.
 Failure whyNotOpened(const std::string& path) {
-    const Failure failure = systemError();
+    Failure failure = systemError();
     if (platform::fileExists(path) || platform::followLinks(path)) return failure;
     if (errno == ELOOP) return "a symbolic link that leads in a circle";
     if (errno == ENOENT) return "a symbolic link to a file that is not there";
@@ -172,7 +172,7 @@ const Codec* codecForWriting(const std::string& path, const std::string& key, Fa
 template <class Read>
 static Failure frameOf(Read&& read, FILE* out) {
     Picture picture;
-    const Failure failure = withoutExceptions([&] { return read(picture); });
+    Failure failure = withoutExceptions([&] { return read(picture); });
     const bool part = failure && picture.partIsThere();
     if (failure && !part) {
         if (!platform::isStandardStream(out)) std::fclose(out);
