@@ -30,7 +30,8 @@ class ReliefShader {
     void shade(const uint32_t* heights, size_t width, size_t height, float slope, bool tableWanted,
                uint8_t* shade);
 
-    // How often the table was built. It never is where the processor shades faster without.
+    // How often the table was built, for tests. It never is where the processor shades faster
+    // without.
     unsigned tableBuilds() const { return tableBuilds_; }
 
     // From how many pixels on the table is used.

@@ -26,8 +26,6 @@ Tstring optionSyntax(const OptionRow& row) {
     return syntax;
 }
 
-Tstring baseName(const Tstring& path) { return path.substr(path.find_last_of("/\\") + 1); }
-
 void write(const Tstring& text, FILE* stream) { std::fwrite(text.data(), 1, text.size(), stream); }
 
 // False when there is no pager.
@@ -61,7 +59,7 @@ Tstring bannerText() {
 }
 
 Tstring usageText(const Tstring& programName) {
-    const Tstring name = baseName(programName);
+    const Tstring name = programName.substr(programName.find_last_of("/\\") + 1);
     return bannerText() + formatMessage(Message::rVTUsage, {name, optionList()}) +
            formatMessage(Message::rVTUsageCont, {name}) + "\n";
 }

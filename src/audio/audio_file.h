@@ -11,6 +11,8 @@
 //
 // What the caller is given is interleaved by channel, native in byte order, 1 byte for widths up to
 // 8 bits, 2 up to 16, else 4; 24-bit samples are sign-extended to 32 bits, not shifted.
+//
+// The interface is whole: writing, setups and opening by descriptor have no caller in the viewer.
 #pragma once
 
 #include <cstdint>

@@ -31,7 +31,8 @@ class AudioOutput {
     // Waits until all is played, but not for a device that plays nothing.
     void drain();
 
-    // Samples that the device is to hold, and the frames in which it gets them, two thirds of that.
+    // Samples that the device is to hold (looked at by tests), and the frames in which it gets
+    // them, two thirds of that.
     int64_t bufferSamples() const { return bufferSamples_; }
     int64_t chunkFrames() const { return bufferSamples_ * 2 / 3 / conversion_.format.channels; }
 

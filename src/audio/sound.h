@@ -1,6 +1,8 @@
 // The sound beside the frames: a track, the device it is played on and what keeps the two in step
 // with the pictures. All failures are silent: without a file or a device the pictures go on alone.
-// Called on one thread.
+// Called on one thread. The interface is whole: playing on its own (play, isPlaying, timePlayed)
+// and the levels (read, write) have no caller in the viewer, which feeds the sound picture by
+// picture.
 #pragma once
 
 #include <cstdint>
@@ -67,7 +69,7 @@ class Sound {
     void write(std::span<const SoundSetting> settings);
 
     const SoundTrack* track() const { return track_ ? &*track_ : nullptr; }
-    int32_t deviceRate() const { return deviceRate_; }
+    int32_t deviceRate() const { return deviceRate_; }  // looked at by tests
 
  private:
     std::optional<WaveInterface> interface_;  // chosen when first needed

@@ -23,7 +23,7 @@ class SoundTrack {
     // Why a file that the library opened is not played; null when it is.
     static const char* whyNotPlayed(AFfilehandle& file);
 
-    int32_t fileFormat() const { return fileFormat_; }
+    int32_t fileFormat() const { return fileFormat_; }  // AfFileFormat; nobody in the viewer asks
     int32_t sampleFormat() const { return sampleFormat_; }
     int32_t channels() const { return channels_; }
     int32_t rate() const { return rate_; }  // frames per second, without their fraction
@@ -34,7 +34,8 @@ class SoundTrack {
     int32_t frameBytes() const { return containerBytes_ * channels_; }
 
     int64_t position() const { return position_; }
-    // So many frames of silence come before the file's first.
+    // So many frames of silence come before the file's first; none unless this is called, which the
+    // viewer does not: it shifts sound and pictures by seeking.
     void setStart(int64_t frames) { start_ = frames; }
     void seek(int64_t frame);
 

@@ -7,13 +7,6 @@
 
 namespace vistel {
 
-int32_t fileBytesOfWidth(int32_t width) { return width <= 0 ? 0 : width / 8 + (width % 8 != 0); }
-
-int32_t containerBytesOfFileBytes(int32_t bytes) {
-    constexpr int32_t containers[] = {0, 1, 2, 4, 4};
-    return bytes <= 4 ? containers[bytes] : 0;
-}
-
 bool startReadingTrack(const char* operation, AFfilehandle& file, const AFfilesetup*) try {
     file.tracks.resize(1);
     file.misc.resize(10);
@@ -24,9 +17,13 @@ bool startReadingTrack(const char* operation, AFfilehandle& file, const AFfilese
     return false;
 }
 
+// Bytes of a sample: in the file (0 for no width at all), and as the caller gets it (0 where the
+// file has more than 4).
 static void setSizes(AFtrack& track) {
-    track.bytesPerSample = fileBytesOfWidth(track.width);
-    track.containerBytes = containerBytesOfFileBytes(track.bytesPerSample);
+    constexpr int32_t containers[] = {0, 1, 2, 4, 4};
+    const int32_t bytes = track.width <= 0 ? 0 : track.width / 8 + (track.width % 8 != 0);
+    track.bytesPerSample = bytes;
+    track.containerBytes = bytes <= 4 ? containers[bytes] : 0;
     track.conversion = {};
 }
 

@@ -5,11 +5,6 @@
 
 namespace vistel {
 
-// Bytes that hold samples of a width: in the file (0 for no width at all), and as the caller gets
-// them (0 where that is none of 1, 2, 4).
-int32_t fileBytesOfWidth(int32_t width);
-int32_t containerBytesOfFileBytes(int32_t bytes);
-
 // A new track, for a header parser to fill in, and ten free slots for miscellaneous chunks.
 bool startReadingTrack(const char* operation, AFfilehandle& file, const AFfilesetup* setup);
 

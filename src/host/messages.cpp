@@ -19,15 +19,11 @@ constexpr bool rowsAreInPlace() {
 }
 static_assert(rowsAreInPlace());
 
-const CatalogueEntry& entryOf(Message message) { return table[static_cast<size_t>(message)]; }
-
 }  // namespace
 
 std::span<const CatalogueEntry> messageCatalogue() { return std::span(table).subspan(1); }
 
-const char* messageId(Message message) { return entryOf(message).id; }
-
-Tstring messageText(Message message) { return entryOf(message).text; }
+Tstring messageText(Message message) { return table[static_cast<size_t>(message)].text; }
 
 Tstring formatMessage(Message message, std::initializer_list<FormatArgument> arguments) {
     return formatPositional(messageText(message), arguments);

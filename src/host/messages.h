@@ -22,11 +22,9 @@ struct CatalogueEntry {
     const char* text;
 };
 
-// All messages but `none`, in the order of their enumerators, which is that of their ids.
+// All messages but `none`, in the order of their enumerators, which is that of their ids. Tests
+// look at each by it.
 std::span<const CatalogueEntry> messageCatalogue();
-
-// The id under which the catalogue has the message.
-const char* messageId(Message message);
 
 // The text, with its placeholders.
 Tstring messageText(Message message);

@@ -83,14 +83,14 @@ static int handleColour(IffReader& chunk, ImageParse& parse, std::string& conten
     if (!parse.formCounts()) return iffOk;
     if (!parse.form->headerRead) return iffNoImageHeader;
     if (!parse.request.loadPixels) return handleRect(chunk, parse, content);
-    return parse.goOn() ? loadColourTile(chunk, parse) : iffAborted;
+    return platform::mayGoOn(parse.request.goOn) ? loadColourTile(chunk, parse) : iffAborted;
 }
 
 static int handleDepth(IffReader& chunk, ImageParse& parse, std::string& content) {
     if (!parse.formCounts() || !parse.request.loadZ) return iffOk;
     if (!parse.form->headerRead) return iffNoImageHeader;
     if (!parse.request.loadPixels) return handleRect(chunk, parse, content);
-    return parse.goOn() ? loadDepthTile(chunk, parse) : iffAborted;
+    return platform::mayGoOn(parse.request.goOn) ? loadDepthTile(chunk, parse) : iffAborted;
 }
 
 static int handleDepthPlanes(IffReader& chunk, ImageParse& parse, std::string& content) {

@@ -1,6 +1,7 @@
 #include "iff/iff_reader.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "host/byte_order.h"
 #include "platform/files.h"
@@ -29,7 +30,7 @@ int IffReader::open(FILE* stream, bool forceStream) {
     fresh.handlers = handlers;
     fresh.user = user;
     fresh.retryCount = retryCount;
-    fresh.keepWaiting = keepWaiting;
+    fresh.goOn = goOn;
     fresh.stream_ = stream;
     fresh.mayHaveToWait_ = status.kind != platform::StreamKind::regular;
     fresh.flags_ = iffFlagReading | (seekable ? 0u : uint32_t{iffFlagStream});
@@ -37,7 +38,7 @@ int IffReader::open(FILE* stream, bool forceStream) {
         fresh.fileSize_ = static_cast<uint32_t>(std::min<uint64_t>(status.size, UINT32_MAX));
         fresh.streamStart_ = std::max<int64_t>(platform::streamPosition(stream), 0);
     }
-    *this = fresh;
+    *this = std::move(fresh);
     return iffOk;
 }
 

@@ -18,7 +18,7 @@
 //     }
 //
 // Every size is taken as hostile: no read passes a chunk or a group, every step moves forward,
-// nesting is bounded. Not thread-safe; nothing is allocated.
+// nesting is bounded. Not thread-safe; nothing is allocated but what a copy of goOn takes.
 #pragma once
 
 #include <cstddef>
@@ -27,6 +27,7 @@
 
 #include "iff/iff_context.h"
 #include "iff/result_codes.h"
+#include "platform/go_on.h"
 
 namespace vistel {
 
@@ -54,10 +55,9 @@ class IffReader {
     // What to do at the end of a file that is still being written: 0 give up at once; R > 0 wait
     // about a second (R + 1000 / R x R times 1 ms) for each next byte; R < 0 wait for ever.
     int32_t retryCount = 0;
-    // Called with `user` after each 1 ms of waiting, for a file that grows or for whoever writes
-    // into a pipe, and about once for each MB that is read; false ends the read with iffAborted.
-    // May be null.
-    bool (*keepWaiting)(void* user) = nullptr;
+    // Asked after each 1 ms of waiting, for a file that grows or for whoever writes into a pipe,
+    // and about once for each MB that is read; false ends the read with iffAborted.
+    platform::GoOn goOn;
 
     // Starts a root context on a stream (not owned, not closed). forceStream treats a regular file
     // as one that cannot seek. iffNotAFile for anything but a file, FIFO or character device.
@@ -106,7 +106,7 @@ class IffReader {
     // Bytes left in the body: no more than the chunk and the group around it have room for.
     uint64_t chunkBytesLeft() const;
 
-    // --- the context ---
+    // --- the context; consumed, groupEnd and streamBytesLeft have no caller in the viewer ---
     IffReader* parent() const { return parent_; }  // its current chunk is the group around this one
     uint32_t flags() const { return flags_; }      // IffFlag
     bool onGroup() const { return (flags_ & iffFlagGroup) != 0; }
@@ -144,7 +144,7 @@ class IffReader {
     int32_t seenId_ = 0;
     uint64_t consumed_ = 0;
     uint64_t position_ = 0;
-    uint64_t askedAt_ = 0;        // position at which keepWaiting was last asked while reading
+    uint64_t askedAt_ = 0;        // position at which goOn was last asked while reading
     uint64_t startPosition_ = 0;  // where this context began
     uint64_t groupEnd_ = iffRootEnd;
     uint32_t alignMask_ = 0;       // of the chunks in this context
@@ -154,7 +154,7 @@ class IffReader {
     bool mayHaveToWait_ = false;  // a read may have to wait for whoever writes the stream
 };
 
-// Opens the root context on the stream, takes handlers, user, retryCount and keepWaiting from
+// Opens the root context on the stream, takes handlers, user, retryCount and goOn from
 // `root`, and dispatches once. What the handler returned; iffNotIff when the stream does not start
 // with a group. `root` stays positioned behind what was read.
 [[nodiscard]] int parseFile(IffReader& root, FILE* stream);

@@ -35,13 +35,13 @@ int IffReader::waitForMore(int64_t& waits) {
     if (retries > 0 && waits >= retries * (1 + retryPasses / retries)) return iffIncomplete;
     ++waits;
     platform::sleepMilliseconds(1);
-    return keepWaiting && !keepWaiting(user) ? iffAborted : iffOk;
+    return platform::mayGoOn(goOn) ? iffOk : iffAborted;
 }
 
 bool IffReader::mayGoOn() {
     if (position_ - askedAt_ < askedPiece) return true;
     askedAt_ = position_;
-    return !keepWaiting || keepWaiting(user);
+    return platform::mayGoOn(goOn);
 }
 
 // Waits until a read has not to wait for whoever writes the stream: how much it may ask for.
@@ -51,7 +51,7 @@ int IffReader::awaitBytes(size_t& ready) {
     for (unsigned milliseconds = 0;; milliseconds = 1) {
         ready = platform::awaitBytes(stream_, milliseconds);
         if (ready > 0) return iffOk;
-        if (keepWaiting && !keepWaiting(user)) return iffAborted;
+        if (!platform::mayGoOn(goOn)) return iffAborted;
     }
 }
 
@@ -71,7 +71,7 @@ int IffReader::readRaw(void* buffer, size_t n) {
             continue;
         }
         // What ends the wait for a command may have ended the command too.
-        if (!seekable()) return keepWaiting && !keepWaiting(user) ? iffAborted : iffBrokenPipe;
+        if (!seekable()) return platform::mayGoOn(goOn) ? iffBrokenPipe : iffAborted;
         const int code = waitForMore(waits);
         if (code == iffIncomplete && got > 0) return iffPartialIo;
         if (code != iffOk) return code;

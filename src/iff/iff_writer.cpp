@@ -112,16 +112,15 @@ int IffWriter::write(const void* bytes, size_t n) {
 
 // --- chunks ---
 
-int IffWriter::reserveChunk() {
-    if (chunks_.size() == chunks_.capacity()) chunks_.reserve(2 * chunks_.size() + 4);
-    return iffOk;
-}
-
 int IffWriter::beginAny(int32_t id, const IffGroupRow* group, uint32_t size) {
     if (!iffSizeKnown(size)) size = seekable() ? iffSizePatched : iffSizeStreamed;
     if (!roomFor(iffHeaderSize + (iffSizeKnown(size) ? size : 0))) return iffPastBoundary;
     // The header may only be written when its end can be remembered.
-    if (const int code = withMemory([this] { return reserveChunk(); }); code != iffOk) return code;
+    const int reserved = withMemory([this] {
+        if (chunks_.size() == chunks_.capacity()) chunks_.reserve(2 * chunks_.size() + 4);
+        return int{iffOk};
+    });
+    if (reserved != iffOk) return reserved;
     if (const int code = writeHeader(id, size); code != iffOk) return code;
 
     OpenChunk chunk;

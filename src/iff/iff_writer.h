@@ -81,7 +81,7 @@ class IffWriter {
     bool seekable() const { return (flags_ & iffFlagStream) == 0; }
     uint32_t flags() const { return flags_; }
     uint32_t depth() const { return static_cast<uint32_t>(chunks_.size()); }  // 1 in the root group
-    // The innermost open chunk or group; 0 when there is none.
+    // The innermost open chunk or group; 0 when there is none. The id has no caller in the viewer.
     int32_t openId() const { return chunks_.empty() ? 0 : chunks_.back().id; }
     int32_t openType() const { return chunks_.empty() ? 0 : chunks_.back().type; }
     const std::string& name() const { return name_; }
@@ -102,7 +102,6 @@ class IffWriter {
 
     int openOutput(const std::string& name, const std::optional<std::string>& format);
     int startRoot(bool forceStream);
-    int reserveChunk();
     int beginAny(int32_t id, const IffGroupRow* group, uint32_t size);
     int endInnermost();
     int patchSize(uint64_t written, uint64_t pad);

@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "iff/frame_store.h"
+#include "platform/go_on.h"
 
 namespace vistel {
 
@@ -19,9 +20,9 @@ struct ImageLoadRequest {
     bool waitForWriter = false;      // `synchro`: wait for bytes that are still being written
     DisplayFit fit;
 
-    // Called about every millisecond while waiting for a writer and once per tile; false aborts the
-    // load with iffAborted. May be null.
-    bool (*keepGoing)(void* owner) = nullptr;
+    // Asked about every millisecond while waiting for a writer, about once for each MB that is
+    // read, and once per tile; false aborts the load with iffAborted.
+    platform::GoOn goOn;
     // Called when an image form was read to its end, in a full pass or a re-read. The planes may be
     // moved out. Its result goes on as the form handler's: iffParsingComplete ends the load. A form
     // that ended in an error is handed over too when it has any plane, with that error, and then

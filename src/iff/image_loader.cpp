@@ -114,15 +114,13 @@ static int handleProperties(IffReader& group) {
     return listedAndOpen(group) ? walkGroup(group, parseOf(group)) : iffBlockIgnored;
 }
 
-static bool keepWaiting(void* user) { return static_cast<ImageParse*>(user)->goOn(); }
-
 static int parseImages(const ImageLoadRequest& request, FrameStore& frame) {
     ImageParse parse(request, frame);
     IffReader root;
     root.handlers = {handleForm, handleGroup, handleGroup, handleProperties, {}};
     root.user = &parse;
     root.retryCount = request.waitForWriter ? -1 : 0;
-    root.keepWaiting = keepWaiting;
+    root.goOn = request.goOn;
     const int result = parseWholeFile(root, request.stream);
     if (result == iffIoError && parse.systemError != 0) errno = parse.systemError;
     return result == iffParsingComplete ? iffOk : result;

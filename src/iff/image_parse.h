@@ -60,7 +60,6 @@ struct ImageParse {
     bool listing() const { return request.verbose && !rereading(); }
     // Chunks that make the picture count in a full pass and in the wanted form.
     bool formCounts() const { return !rereading() || form->wanted; }
-    bool goOn() const { return !request.keepGoing || request.keepGoing(request.owner); }
 };
 
 // Reads, lists or skips one plain chunk.

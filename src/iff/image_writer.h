@@ -10,7 +10,9 @@
 //     writer.close();
 //
 // Every operation returns iffOk or a code of result_codes.h. An operation that fails leaves the
-// writer open; close it and drop the file.
+// writer open; close it and drop the file. The interface is whole: single tiles (writeTile),
+// several images in a file (nextImage) and another packing (setCompression) have no caller in the
+// viewer.
 #pragma once
 
 #include <cstddef>

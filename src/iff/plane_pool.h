@@ -23,7 +23,7 @@ void givePlaneMemory(PlaneMemory memory, size_t bytes);
 
 constexpr size_t planePoolLimit = size_t{128} << 20;
 
-// Gives everything that is kept to the system.
+// Gives everything that is kept to the system, for tests that begin without.
 void emptyPlanePool();
 
 }  // namespace vistel

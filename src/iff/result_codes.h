@@ -66,7 +66,7 @@ struct ResultText {
     const char* text;
 };
 
-// The complete table, codes descending from 0.
+// The complete table, codes descending from 0; tests tell listed codes from others by it.
 std::span<const ResultText> resultTexts();
 
 // "(28) compression error"; "invalid error code" for a positive code; code -3 carries the system's

@@ -64,7 +64,8 @@ class TileDecoder {
     void settle();
 
     // A table of 256 bytes through which the run-length coded values of a colour channel are looked
-    // up before they are stored; null for none. Not copied.
+    // up before they are stored; null for none. Not copied. No file that the viewer reads asks for
+    // one.
     void setValueTable(FileChannel channel, const uint8_t* table) { tables_[channel] = table; }
 
  private:

@@ -148,8 +148,9 @@ std::vector<uint32_t> drawBarButton(const BarButtonLook& look, BarTouch touch,
             const bool edge = row == 0 || column == 0 || row == height - 1 || column == width - 1;
             Colour sum{};
             for (int i = 0; i < samples * samples; ++i) {
-                const float x = float(column - left) + (float(i % samples) + 0.5f) / samples;
-                const float y = float(row - top) + (float(i / samples) + 0.5f) / samples;
+                const int across = i % samples, down = i / samples;
+                const float x = float(column - left) + (float(across) + 0.5f) / samples;
+                const float y = float(row - top) + (float(down) + 0.5f) / samples;
                 const Colour part = colourAt(icon, x / float(side), y / float(side),
                                              edge ? frame : ground, ofText, strength);
                 for (size_t c = 0; c < sum.size(); ++c) sum[c] += part[c] / (samples * samples);

@@ -9,15 +9,9 @@ namespace vistel {
 namespace {
 
 struct Reading {
-    const ImageLoadRequest& request;
     FrameStore& frame;
     bool& found;
 };
-
-bool keepGoing(void* owner) {
-    const ImageLoadRequest& request = static_cast<Reading*>(owner)->request;
-    return !request.keepGoing || request.keepGoing(request.owner);
-}
 
 int takeForm(void* owner, FrameStore& frame, int error) {
     auto& reading = *static_cast<Reading*>(owner);
@@ -31,10 +25,9 @@ int takeForm(void* owner, FrameStore& frame, int error) {
 
 int readForm(const ImageLoadRequest& request, int number, FrameStore& frame, bool& found) {
     found = false;
-    Reading reading{request, frame, found};
+    Reading reading{frame, found};
     ImageLoadRequest one = request;
     one.wantedForm = number;
-    one.keepGoing = keepGoing;
     one.formRead = takeForm;
     one.owner = &reading;
     FrameStore working;

@@ -15,10 +15,6 @@ bool startsWithIgnoringCase(const Tstring& text, const Tstring& start) {
     return Tstring(text.substr(0, start.size())).equalsIgnoringCase(start);
 }
 
-// What the folder that lists the frames' names shows of them behind their number: the rest of the
-// name, or up to the separator where the number is that of a folder.
-Tstring firstPart(const Tstring& after) { return after.substr(0, after.find_first_of("/\\")); }
-
 }  // namespace
 
 Tstring fromStartDirectory(const Tstring& startDirectory, const Tstring& name) {
@@ -60,7 +56,10 @@ std::vector<NumberedFile> listNumberedFiles(const Tstring& startDirectory,
 
 std::vector<int> numbersBetween(const FramePlaces& places, const NameParts& parts) {
     std::vector<int> numbers;
-    const Tstring base = splitStem(parts.before).base, after = firstPart(parts.after);
+    const Tstring base = splitStem(parts.before).base;
+    // What the folder that lists the frames' names shows of them behind their number: the rest of
+    // the name, or up to the separator where the number is that of a folder.
+    const Tstring after = parts.after.substr(0, parts.after.find_first_of("/\\"));
     for (const Tstring& directory : places.searchDirs) {
         for (const Tstring name : listFolderOf(places.startDirectory, directory, parts.before)) {
             if (!startsWithIgnoringCase(name, base)) continue;

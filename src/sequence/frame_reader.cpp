@@ -42,10 +42,7 @@ int FrameReading::nothingOpened(const OpenedSource& source) {
 
 int FrameReading::readOpened(OpenedSource& source, int form, bool& found) {
     ImageLoadRequest request = loadRequest(state, terms.fit, source.stream.file());
-    request.owner = const_cast<platform::GoOn*>(&terms.goOn);
-    request.keepGoing = [](void* goOn) {
-        return platform::mayGoOn(*static_cast<platform::GoOn*>(goOn));
-    };
+    request.goOn = terms.goOn;
     const int code = readForm(request, form, frame, found);
     partly = found && code != iffOk && frame.hasPicture();
     int exitStatus = 0;

@@ -164,8 +164,6 @@ int takePrintfPattern(const FramePlaces& places, const Tstring& name, const Fram
     return 1;
 }
 
-bool isOnlyDots(const Tstring& base) { return base.find_first_not_of('.') == Tstring::npos; }
-
 // A file that is there but cannot be read tells the user more than one that is not there.
 int moreTelling(int error, int later) {
     const bool telling = later == EACCES || later == EISDIR;
@@ -177,7 +175,7 @@ int moreTelling(int error, int later) {
 int discoverNumberedFiles(const FramePlaces& places, const Tstring& stem, FramePosition& position) {
     position.padWidth = 0;  // that of the sequence before tells nothing of this one
     position.nameParts.reset();
-    const bool folder = isOnlyDots(splitStem(stem).base);
+    const bool folder = splitStem(stem).base.find_first_not_of('.') == Tstring::npos;  // ".."
     const std::vector<NumberedFile> files =
         folder ? std::vector<NumberedFile>{} : firstListing(places, stem);
     position.animation = files.empty() ? 0 : 1;

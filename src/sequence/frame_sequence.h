@@ -28,7 +28,8 @@ void patternFromFirstFrame(const Tstring& startDirectory, Tstring& name, FrameRa
                            int32_t& padWidth);
 
 // For the same dialog: name of the k-th frame after the start of the range (k = -1: the last
-// frame); empty outside the range or when the pattern has no "#".
+// frame); empty outside the range or when the pattern has no "#". The interface is whole: the
+// dialog asks for the range alone.
 Tstring frameName(const Tstring& pattern, const FrameRange& range, int k, int padWidth);
 
 // Sets padWidth from the run of "@" in the base name when it is not known yet. At signs of folders

@@ -54,7 +54,6 @@ bool awaitCommand(FILE* stream, const Tstring& name, const platform::GoOn& goOn,
 
 // The pass over a source up to its first picture.
 struct FirstPass {
-    const platform::GoOn& goOn;
     FrameStore& frame;  // receives the picture
     int forms = 0;      // image forms met
 };
@@ -68,16 +67,14 @@ int takeForm(void* owner, FrameStore& frame, int error) {
     return error == iffOk ? int{iffParsingComplete} : error;
 }
 
-int readFirst(const SequenceState& state, const OpenedSource& source, const DisplayFit& fit,
+int readFirst(const SequenceState& state, const OpenedSource& source, const ReadTerms& terms,
               FirstPass& pass) {
-    ImageLoadRequest request = loadRequest(state, fit, source.stream.file());
+    ImageLoadRequest request = loadRequest(state, terms.fit, source.stream.file());
     // Forms before the first frame of a one-file animation are passed over.
     if (source.oneFile && state.currentFrame > 1) request.wantedForm = state.currentFrame;
     request.owner = &pass;
     request.formRead = takeForm;
-    request.keepGoing = [](void* owner) {
-        return platform::mayGoOn(static_cast<FirstPass*>(owner)->goOn);
-    };
+    request.goOn = terms.goOn;
     FrameStore working;
     const int code = loadImages(request, working);
     return code == iffParsingComplete ? int{iffOk} : code;
@@ -91,16 +88,6 @@ bool isRegularFile(const OpenedSource& source, const Tstring& name) {
 bool isInputPipe(const SequenceState& state, const OpenedSource& source, const Tstring& name) {
     return name.empty() && !state.testMode && source.stream &&
            platform::streamStatus(source.stream.file()).kind == platform::StreamKind::fifo;
-}
-
-int reportInputNotKept() {
-    std::perror(messageText(Message::rVTStdin).c_str());
-    return iffNotIff;
-}
-
-int reportNoImage(const Tstring& name) {
-    printError(name + ": " + messageText(Message::rVTNoImage));
-    return iffNotIff;
 }
 
 void reportEnd(SequenceState& state, const Tstring& name, int code, bool told) {
@@ -120,7 +107,10 @@ int openSource(SequenceState& state, const Tstring& name, const ReadTerms& terms
     if (isInputPipe(state, source, name)) {
         const InputTaken taken = takeForeignInput(source.stream.file(), terms.goOn);
         if (taken == InputTaken::notWanted) return iffAborted;
-        if (taken == InputTaken::failed) return reportInputNotKept();
+        if (taken == InputTaken::failed) {
+            std::perror(messageText(Message::rVTStdin).c_str());
+            return iffNotIff;
+        }
         if (taken == InputTaken::intoFile)
             source = chooseSource(state, name, state.currentFrame, Reading::first);
     }
@@ -133,8 +123,8 @@ int openSource(SequenceState& state, const Tstring& name, const ReadTerms& terms
     const bool regular = isRegularFile(source, name);
     const bool waited = !source.throughPipe() ||
                         awaitCommand(source.stream.file(), shownName, terms.goOn, windowOpen);
-    FirstPass pass{terms.goOn, frame};
-    const int code = waited ? readFirst(state, source, terms.fit, pass) : int{iffAborted};
+    FirstPass pass{frame};
+    const int code = waited ? readFirst(state, source, terms, pass) : int{iffAborted};
     const bool partly = code != iffOk && code != iffAborted && frame.hasPicture();
     if (partly && stamp) state.incomplete.note(state.currentFrame, source.located, *stamp);
     if (source.convertedAs && code != iffAborted)
@@ -146,7 +136,10 @@ int openSource(SequenceState& state, const Tstring& name, const ReadTerms& terms
     // The early end of what is no file says no more than that no image came: a command that failed
     // writes nothing.
     const bool empty = code == iffOk || (code == iffBrokenPipe && !regular);
-    if (pass.forms == 0 && empty) return reportNoImage(shownName);
+    if (pass.forms == 0 && empty) {
+        printError(shownName + ": " + messageText(Message::rVTNoImage));
+        return iffNotIff;
+    }
     reportEnd(state, source.name, code, told);
     return code;
 }

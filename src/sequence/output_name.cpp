@@ -27,11 +27,6 @@ Tstring chosenName(const Saving& saving, int frame) {
     return folder + base.substr(0, dot) + paddedNumber(frame, 0) + base.substr(dot);
 }
 
-// Whether frames are read from files, so that there is one to be overwritten.
-bool readsFiles(const SequenceState& state) {
-    return !state.testMode && !state.openedName.empty() && !namesCommand(state.openedName);
-}
-
 // The file keeps its type.
 void keepType(SourceReader reader, OutputTarget& target) {
     if (reader == SourceReader::direct) return;
@@ -62,7 +57,7 @@ OutputTarget outputTarget(const Saving& saving, SequenceState& state) {
     if (saving.saveNameSet && !saving.saveFormatKey.empty())
         target.formatKey = saving.saveFormatKey;
     if (saving.saveNameSet || !saving.overwriteMode) return target;
-    if (!readsFiles(state)) {
+    if (state.testMode || state.openedName.empty() || namesCommand(state.openedName)) {
         target.refusal = messageText(Message::rVTSourceIsNoFile);
         return target;
     }

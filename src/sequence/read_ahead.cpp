@@ -110,17 +110,12 @@ ReadAhead::Taken ReadAhead::take(const Tstring& path, const ImageLoadRequest& re
     return current ? Taken::frame : Taken::nothing;
 }
 
-ReadAhead::Jobs::iterator ReadAhead::nextQueued() {
-    return std::find_if(jobs_.begin(), jobs_.end(),
-                        [](const Job& job) { return job.state == State::queued; });
-}
-
 void ReadAhead::work() {
     std::unique_lock lock(mutex_);
     for (;;) {
         auto job = jobs_.end();
         wanted_.wait(lock, [&] {
-            job = nextQueued();
+            job = std::ranges::find(jobs_, State::queued, &Job::state);
             return stopping_ || job != jobs_.end();
         });
         if (stopping_) return;
@@ -137,18 +132,10 @@ void ReadAhead::work() {
 
 // The frame that the stream holds, if it is whole.
 bool ReadAhead::readFrame(Job& job, FILE* stream) const {
-    struct Reading {
-        const ReadAhead& ahead;
-        const Job& job;
-    } reading{*this, job};
     ImageLoadRequest request = job.request;
     request.stream = stream;
     request.verbose = request.waitForWriter = false;
-    request.owner = &reading;
-    request.keepGoing = [](void* owner) {
-        const auto& [ahead, job] = *static_cast<const Reading*>(owner);
-        return ahead.isWanted(job);
-    };
+    request.goOn = [&] { return isWanted(job); };
     bool found = false;
     return readForm(request, 1, job.frame, found) == iffOk && found;
 }

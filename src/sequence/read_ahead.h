@@ -44,7 +44,7 @@ class ReadAhead {
 
     // Frames that have been taken.
     size_t taken() const { return taken_; }
-    // Files that the threads have done with.
+    // Files that the threads have done with; tests wait for it.
     size_t readSoFar() const { return readSoFar_; }
 
     // Queues the first image form of a file, to be read as the request says; its stream and
@@ -77,7 +77,6 @@ class ReadAhead {
     class ConverterTurn;
 
     void work();
-    Jobs::iterator nextQueued();
     bool isWanted(const Job& job) const { return !stopping_ && !job.dropped; }
     [[nodiscard]] bool read(Job& job) const;
     [[nodiscard]] bool readFrame(Job& job, FILE* stream) const;

@@ -58,12 +58,6 @@ bool stepIsDue(const Player& player) {
     return player.clock.timeAhead(rate) + 1000.0f * float(stepSize(player)) / float(rate) <= 1;
 }
 
-// A key without a meaning of its own takes the message band away when it is released.
-void takeBandAway(Picture& picture, const Press& released) {
-    if (isButton(released.code)) return;
-    if (std::exchange(picture.bandShown, false)) restoreFrontImage();
-}
-
 // The cursor may be where no move led to: where the window opened under it. Where one did, the
 // cursor may have left the place by now.
 void findCursor() {
@@ -113,7 +107,8 @@ bool dispatch(Viewer& viewer, const Press& press) {
         findCursor();
     }
     if (press.value || findBinding(press)) return runKey(viewer, press);
-    takeBandAway(viewer, press);
+    // A key without a meaning of its own takes the message band away when it is released.
+    if (!isButton(press.code) && std::exchange(viewer.bandShown, false)) restoreFrontImage();
     return false;
 }
 

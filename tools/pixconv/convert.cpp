@@ -39,11 +39,6 @@ std::string systemError() {
     return errno != 0 ? std::strerror(errno) : "the system gives no reason";
 }
 
-// A folder, pipe or device.
-bool isSpecial(const std::string& path) {
-    return platform::fileExists(path) && !platform::isRegularFile(path);
-}
-
 Failure readFrom(FILE* file, const std::string& path, Picture& picture) {
     const SourceFile source{path, file, platform::streamStatus(file).size};
     Failure failure;
@@ -80,7 +75,8 @@ Failure readStandardInput(FILE* in, Picture& picture) {
 }
 
 Failure readPicture(const std::string& path, Picture& picture) {
-    if (isSpecial(path)) return "only regular files can be read, no folders, pipes or devices";
+    if (platform::fileExists(path) && !platform::isRegularFile(path))
+        return "only regular files can be read, no folders, pipes or devices";
     errno = 0;
     const platform::FilePtr file(platform::openFile(path, "r"));
     if (!file) return systemError();
@@ -100,7 +96,7 @@ Failure writeTo(FILE* file, const Codec& codec, const Picture& picture, const st
 
 // Why a file could not be opened, by the error that it gave.
 Failure whyNotOpened(const std::string& path) {
-    const Failure failure = systemError();
+    Failure failure = systemError();
     if (platform::fileExists(path) || platform::followLinks(path)) return failure;
     if (errno == ELOOP) return "a symbolic link that leads in a circle";
     if (errno == ENOENT) return "a symbolic link to a file that is not there";
@@ -176,7 +172,7 @@ const Codec* codecForWriting(const std::string& path, const std::string& key, Fa
 template <class Read>
 static Failure frameOf(Read&& read, FILE* out) {
     Picture picture;
-    const Failure failure = withoutExceptions([&] { return read(picture); });
+    Failure failure = withoutExceptions([&] { return read(picture); });
     const bool part = failure && picture.partIsThere();
     if (failure && !part) {
         if (!platform::isStandardStream(out)) std::fclose(out);

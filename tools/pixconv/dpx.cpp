@@ -66,7 +66,6 @@ constexpr Packing packings[] = {
 
 // The curve of codes, and what primaries they have.
 enum Curve : uint8_t { printingDensity = 1, logarithmic = 3, video = 6 };
-bool isFilmCurve(uint8_t code) { return code == printingDensity || code == logarithmic; }
 
 struct Header {
     uint32_t width, height;
@@ -167,7 +166,8 @@ Failure readHeader(ByteSource& source, Header& header) {
     header.place = number32(&bytes[4], order);
     const uint32_t declared = number32(&bytes[16], order);
     header.declaredSize = declared == unknown ? 0 : declared;
-    header.filmCodes = isFilmCurve(bytes[firstElement + 21]);
+    const uint8_t curve = bytes[firstElement + 21];
+    header.filmCodes = curve == printingDensity || curve == logarithmic;
     header.width = number32(&bytes[772], order);
     header.height = number32(&bytes[776], order);
     return readElements(bytes.data(), order, header);

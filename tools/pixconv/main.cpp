@@ -66,11 +66,6 @@ constexpr const char* details =
     "\n"
     "Exit status 0, or 1 with a line on standard error.\n";
 
-int usageError() {
-    std::fputs(usage, stderr);
-    return 1;
-}
-
 // The exit status of what was printed.
 int printed() {
     if (platform::finishStandardOutput()) return 0;
@@ -177,7 +172,10 @@ int main(int argc, char** argv) {
         return finish(failure, words[0]);
     }
     const std::optional<Target> target = parseTarget(words);
-    if (!target) return usageError();
+    if (!target) {
+        std::fputs(usage, stderr);
+        return 1;
+    }
     if (platform::isTerminal(0)) return finish(terminalRefusal(target->file), target->file);
     return finish(fromFrame(stdin, target->file, target->key), target->file);
 }

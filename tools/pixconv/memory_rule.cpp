@@ -33,10 +33,6 @@ const Row* rowOf(std::string_view key) {
     return row == std::end(rows) ? nullptr : row;
 }
 
-std::string megabytes(uint64_t bytes) {
-    return std::to_string((bytes + megabyte - 1) / megabyte) + " MB";
-}
-
 }  // namespace
 
 uint64_t justifiedBytes(std::string_view key, uint64_t fileBytes) {
@@ -49,8 +45,8 @@ uint64_t justifiedBytes(std::string_view key, uint64_t fileBytes) {
 bool hasMemoryRule(std::string_view key) { return rowOf(key) != nullptr; }
 
 Failure notJustified(uint64_t bytes) {
-    return "the picture would take " + megabytes(bytes) +
-           ", more than the size of its file justifies";
+    return "the picture would take " + std::to_string((bytes + megabyte - 1) / megabyte) +
+           " MB, more than the size of its file justifies";
 }
 
 }  // namespace vistel

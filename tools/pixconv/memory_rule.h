@@ -18,7 +18,7 @@ namespace vistel {
 // Never more than mostPictureBytes; `key` is that of the file's type.
 uint64_t justifiedBytes(std::string_view key, uint64_t fileBytes);
 
-// Whether the type has a row in the rule's table.
+// Whether the type has a row in the rule's table: a test sees to it that all have.
 bool hasMemoryRule(std::string_view key);
 
 // For a picture (or a part of it) that takes more than that.

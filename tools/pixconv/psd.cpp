@@ -207,7 +207,7 @@ void placeRow(const Header& header, const std::vector<uint8_t>& bytes, Picture& 
 template <class Sample>
 void lightOfLabRow(Sample* pixel, uint32_t count) {
     constexpr float full = std::numeric_limits<Sample>::max();
-    constexpr float step = (std::numeric_limits<Sample>::max() + 1) / 256, middle = 128 * step;
+    constexpr float step = (full + 1) / 256, middle = 128 * step;
     for (; count > 0; --count, pixel += 4) {
         const auto light =
             lightOfLab(float(pixel[0]) * 100 / full, (float(pixel[1]) - middle) / step,

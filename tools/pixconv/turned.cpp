@@ -35,7 +35,8 @@ void turnPixels(const Sample* from, const Picture& stored, const Turn& turn, uin
 Failure turnUpright(Picture& picture, int orientation) {
     if (orientation < 2 || orientation > 8) return {};
     const Turn& turn = turns[orientation - 1];
-    const Picture stored = std::move(picture);
+    const Picture stored = std::exchange(picture, {});
+    picture.mostBytes = stored.mostBytes;
     const uint32_t width = turn.exchange ? stored.height : stored.width;
     const uint32_t height = turn.exchange ? stored.width : stored.height;
     if (Failure failure = picture.allocate(width, height, stored.wide)) return failure;

@@ -140,8 +140,9 @@ Wanted wantedOf(const Viewer& viewer, std::vector<std::string> names) {
 // The files in a folder, with its name; hidden ones are no pictures.
 std::vector<std::string> filesIn(const std::string& folder) {
     std::vector<std::string> files;
+    const std::string beginning = folder + "/";
     for (const std::string& name : platform::listFolder(folder, "/")) {
-        const std::string path = folder + "/" + name;
+        const std::string path = beginning + name;
         if (!name.starts_with('.') && platform::isRegularFile(path)) files.push_back(path);
     }
     return files;

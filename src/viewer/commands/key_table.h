@@ -22,6 +22,7 @@ struct KeyBinding {
     const char* help;
 };
 
+// All rows: the page of keys is made from them.
 std::span<const KeyBinding> keyBindings();
 
 // The row of a pressed or released key; null when nothing is bound.

@@ -32,7 +32,7 @@ const LabelRow& rowOf(ChannelMode mode) { return labels[static_cast<size_t>(mode
 Tstring viewLabel(const Picture& picture) {
     if (!isRelief(picture.mode)) return messageText(rowOf(picture.mode).view);
     if (!picture.bumpSource) return {};
-    const Tstring label = messageText(rowOf(*picture.bumpSource).relief);
+    Tstring label = messageText(rowOf(*picture.bumpSource).relief);
     if (picture.mode == ChannelMode::bump || label.empty()) return label;
     return formatMessage(Message::rVTInv, {label});
 }
@@ -47,7 +47,7 @@ struct LabelKey {
 };
 
 Tstring makeLabel(const Picture& picture) {
-    const Tstring label = viewLabel(picture);
+    Tstring label = viewLabel(picture);
     if (picture.controlChannel == 0) return label;
     const std::string letter(
         1, (picture.controlComplement ? "YMC" : "BGR")[picture.controlChannel - 1]);

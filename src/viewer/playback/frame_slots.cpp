@@ -21,9 +21,10 @@ size_t readFrameMemoryLimit() {
     return environmentNumber(variable, usualFrameMegabytes(platform::physicalMemory())) << 20;
 }
 
-size_t FrameSlots::ownLimit() {
-    static const size_t limit = readFrameMemoryLimit();
-    return limit;
+size_t FrameSlots::limit() const {
+    if (limit_) return *limit_;
+    static const size_t own = readFrameMemoryLimit();
+    return own;
 }
 
 bool FrameSlots::hasRoomFor(int32_t frame, const FrameStore& store) const {

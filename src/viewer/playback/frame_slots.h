@@ -43,14 +43,12 @@ class FrameSlots {
         });
     }
     // Bytes of all planes together; readFrameMemoryLimit's unless another was set.
-    size_t limit() const { return limit_ ? *limit_ : ownLimit(); }
-    void setLimit(size_t bytes) { limit_ = bytes; }
+    size_t limit() const;
+    void setLimit(size_t bytes) { limit_ = bytes; }  // for tests
     size_t count() const { return slots_.size(); }
     void clear();
 
  private:
-    static size_t ownLimit();  // read once
-
     std::unordered_map<int32_t, FrameStore> slots_;  // only frames that were read have an entry
     size_t bytes_ = 0;
     std::optional<size_t> limit_;

@@ -87,13 +87,12 @@ std::vector<int> followingFrames(const Player& player, int64_t frame, size_t cou
     return frames;
 }
 
-int megabytes(size_t bytes) { return static_cast<int>(std::min<size_t>(bytes >> 20, INT32_MAX)); }
-
 }  // namespace
 
 void loadRemainingFrames(Player& player) {
     if (player.kmem <= 0) return;
-    const int limit = megabytes(player.slots.limit());
+    const size_t megabytes = player.slots.limit() >> 20;
+    const int limit = static_cast<int>(std::min<size_t>(megabytes, INT32_MAX));
     if (player.verbose)
         std::printf("%s\n", formatMessage(Message::rVTMemoryLimit, {limit}).c_str());
     const int64_t first = player.currentFrame, step = stepSize(player);

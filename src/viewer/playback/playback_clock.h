@@ -28,7 +28,7 @@ class PlaybackClock {
     // Later than this many milliseconds the player skips frames when skipping is on. None is
     // allowed: what is late is skipped.
     float allowedLag() const { return 0.0f; }
-    int64_t framesDue() const { return framesDue_; }
+    int64_t framesDue() const { return framesDue_; }  // looked at by tests
 
  private:
     uint32_t start_ = 0;  // tick, milliseconds

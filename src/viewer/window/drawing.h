@@ -22,10 +22,11 @@ void setColourPacked(uint32_t packed);
 // Fills the scissor rectangle (the window, when none is in force) with the current colour.
 void clearDrawing();
 
-void setUnpackRowLength(int which, int pixels);  // only when which is 1
-
-// Pixels into the rectangle with both corners inclusive, one window pixel each.
+// Pixels into the rectangle with both corners inclusive, one window pixel each; rows as wide as the
+// rectangle, or as the row length says when it is not 0, which is set only when `which` is 1. The
+// interface is whole: neither has a caller in the viewer, which draws frames by their fit.
 void drawPixelRectangle(int x0, int y0, int x1, int y1, const uint32_t* pixels);
+void setUnpackRowLength(int which, int pixels);
 
 void fillRectangle(int x0, int y0, int x1, int y1);  // corners inclusive
 void penMove(int x, int y);

@@ -23,8 +23,8 @@ void runUntilQuit();
 int deviceValue(int code);
 // Where the cursor is now, as EV_MOUSEX and EV_MOUSEY would say it.
 void cursorPlace(int& x, int& y);
-// The same for several codes: EV_REDRAW and EV_TIMER give 0, the cursor codes give raw screen
-// coordinates from the upper left.
+// deviceValue for several codes: EV_REDRAW and EV_TIMER give 0, the cursor codes give raw screen
+// coordinates from the upper left. The interface is whole: this has no caller in the viewer.
 void deviceValues(int count, const int* codes, int* values);
 
 }  // namespace vistel

@@ -15,6 +15,7 @@ void clientSize(int& width, int& height);
 // The whole client area, in screen pixels from the upper left.
 platform::PixelRect clientOnScreen();
 // Left edge on the screen, and distance of the client's bottom edge from the foot of the screen.
+// The interface is whole: this has no caller in the viewer.
 void clientOrigin(int& x, int& y);
 // 1 screen width, 2 screen height, 3 and 4: 24 (colour bits), else 0.
 int screenMetric(int which);

@@ -11,12 +11,17 @@
 namespace vistel {
 namespace {
 
-TEST(Messages, EveryMessageFindsItsIdAndItsText) {
+// The id under which the catalogue has the message; empty when it has none.
+const char* idOf(Message message) {
+    for (const CatalogueEntry& entry : messageCatalogue())
+        if (entry.message == message) return entry.id;
+    return "";
+}
+
+TEST(Messages, EveryMessageFindsItsText) {
     ASSERT_GT(messageCatalogue().size(), 100u);
-    for (const CatalogueEntry& entry : messageCatalogue()) {
-        EXPECT_STREQ(messageId(entry.message), entry.id);
+    for (const CatalogueEntry& entry : messageCatalogue())
         EXPECT_EQ(messageText(entry.message), entry.text) << entry.id;
-    }
 }
 
 // Read here once more, without the program that makes the table.
@@ -31,14 +36,14 @@ TEST(Messages, TheCatalogueIsTheFilesLines) {
 }
 
 TEST(Messages, AnEnumeratorIsItsIdsOwn) {
-    EXPECT_STREQ(messageId(Message::rVTNoZBuffer), "s_VistelStrings.rVTNoZBuffer");
+    EXPECT_STREQ(idOf(Message::rVTNoZBuffer), "s_VistelStrings.rVTNoZBuffer");
     EXPECT_EQ(messageText(Message::rVTNoZBuffer), "This image has no depth plane.");
-    EXPECT_STREQ(messageId(Message::rVTOff), "s_VistelStrings.rVTOff");
+    EXPECT_STREQ(idOf(Message::rVTOff), "s_VistelStrings.rVTOff");
     EXPECT_EQ(messageText(Message::rVTOff), "off");
 }
 
 TEST(Messages, NoneHasNeitherIdNorText) {
-    EXPECT_STREQ(messageId(Message::none), "");
+    EXPECT_STREQ(idOf(Message::none), "");
     EXPECT_EQ(messageText(Message::none), "");
     EXPECT_EQ(formatMessage(Message::none, {"a"}), "");
 }

@@ -18,17 +18,15 @@ struct OtherWriter {
     int waits = 0;
     int patience = 1000000;
 
-    static bool onWait(void* user) {
-        OtherWriter& self = *static_cast<OtherWriter*>(user);
-        ++self.waits;
-        for (const auto& [when, bytes] : self.pieces) {
-            if (when == self.waits) self.file.append(bytes);
+    bool onWait() {
+        ++waits;
+        for (const auto& [when, bytes] : pieces) {
+            if (when == waits) file.append(bytes);
         }
-        return self.waits < self.patience;
+        return waits < patience;
     }
     void attach(IffReader& root, int retryCount) {
-        root.user = this;
-        root.keepWaiting = onWait;
+        root.goOn = [this] { return onWait(); };
         root.retryCount = retryCount;
     }
 };

@@ -201,9 +201,8 @@ TEST(ImageLoading, StopsInsideALongBody) {
     const ImageHeader head = test::header(1, 1, 0);
     Loading load(test::imageForm(head, test::tile("RGBA", {0, 0, 0, 0}, Bytes().u8(1)),
                                  Bytes().streamedChunk("USER", Bytes().fill(5 << 20))));
-    static int calls;
-    calls = 0;
-    load.request.keepGoing = [](void*) { return ++calls < 3; };
+    int calls = 0;
+    load.request.goOn = [&] { return ++calls < 3; };
     EXPECT_EQ(load.run(), iffAborted);
     EXPECT_EQ(calls, 3);
 }
@@ -211,9 +210,8 @@ TEST(ImageLoading, StopsInsideALongBody) {
 TEST(ImageLoading, StopsWhenItIsToldTo) {
     const ImageHeader head = test::header(8, 8, maskFlags);
     Loading load(test::imageForm(head, sampleTiles(head, 4, 4)));
-    static int calls;
-    calls = 0;
-    load.request.keepGoing = [](void*) { return ++calls < 3; };
+    int calls = 0;
+    load.request.goOn = [&] { return ++calls < 3; };
     EXPECT_EQ(load.run(), iffAborted);
     EXPECT_EQ(calls, 3);
     ASSERT_EQ(load.frames.size(), 1u);
@@ -224,16 +222,12 @@ TEST(ImageLoading, StopsWhenItIsToldTo) {
 TEST(ImageLoading, WaitsForTheBytesOfAWriter) {
     const Bytes file = flatImage(5);
     Loading load(file.cut(file.size() - 20));
-    static Loading* waiting;
-    static Bytes rest;
-    static int calls;
-    waiting = &load;
-    calls = 0;
-    rest = Bytes();
+    int calls = 0;
+    Bytes rest;
     rest.data.assign(file.data.end() - 20, file.data.end());
     load.request.waitForWriter = true;
-    load.request.keepGoing = [](void*) {
-        if (++calls == 5) waiting->file.append(rest);
+    load.request.goOn = [&] {
+        if (++calls == 5) load.file.append(rest);
         return calls < 5000;
     };
     ASSERT_EQ(load.run(), iffOk);
@@ -244,10 +238,9 @@ TEST(ImageLoading, WaitsForTheBytesOfAWriter) {
 TEST(ImageLoading, WaitingCanBeAborted) {
     const Bytes file = flatImage(5);
     Loading load(file.cut(file.size() - 20));
-    static int calls;
-    calls = 0;
+    int calls = 0;
     load.request.waitForWriter = true;
-    load.request.keepGoing = [](void*) { return ++calls < 10; };
+    load.request.goOn = [&] { return ++calls < 10; };
     EXPECT_EQ(load.run(), iffAborted);
 }
 

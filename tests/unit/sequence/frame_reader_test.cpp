@@ -100,7 +100,7 @@ TEST(LoadRequest, IsAFullPassAsTheOptionsSay) {
     EXPECT_EQ(usual.wantedForm, 0);
     EXPECT_TRUE(usual.loadPixels && usual.loadZ);
     EXPECT_FALSE(usual.verbose || usual.showAll || usual.waitForWriter);
-    EXPECT_FALSE(usual.keepGoing || usual.formRead);
+    EXPECT_FALSE(usual.goOn || usual.formRead);
 
     LoadOptions options;
     options.verbose = options.showAll = options.synchro = 1;

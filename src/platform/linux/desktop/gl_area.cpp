@@ -127,13 +127,12 @@ void GlArea::keyReleased(const QKeyEvent& event) {
     post(code, 0);
 }
 
-void GlArea::releaseHeldKeys() {
+// The releases of the keys that are held will go elsewhere.
+void GlArea::focusOutEvent(QFocusEvent*) {
     const std::map<unsigned, int> keys = std::move(held);
     held.clear();
     for (const auto& [key, code] : keys) post(code, 0);
 }
-
-void GlArea::focusOutEvent(QFocusEvent*) { releaseHeldKeys(); }
 
 // What became of the modifiers meanwhile is looked up with every tick: now at once.
 void GlArea::focusInEvent(QFocusEvent*) { post(EV_TIMER, 1); }

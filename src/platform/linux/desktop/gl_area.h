@@ -46,7 +46,6 @@ class GlArea : public QWidget {
     void keyPressed(const QKeyEvent& event);
     void keyReleased(const QKeyEvent& event);
     void postTyped(int code);
-    void releaseHeldKeys();
     bool handledBySystem(int code, bool alt);
 
     WindowSink sink;

@@ -17,12 +17,6 @@ namespace {
 
 constexpr UINT_PTR timerId = 1;
 
-int clientHeight(HWND window) {
-    RECT client;
-    GetClientRect(window, &client);
-    return client.bottom;
-}
-
 void post(Window& window, int code, unsigned value) {
     window.sink.postEvent(window.sink.owner, code, value);
 }
@@ -119,28 +113,6 @@ bool isSystemsOwnKey(WPARAM virtualKey) {
            virtualKey == VK_F10;
 }
 
-// The letters that open the File and the View menu.
-bool isMenuMnemonic(WPARAM character) { return character == 'f' || character == 'v'; }
-
-// --- mouse ---
-
-void buttonDown(Window& window, int code) {
-    SetCapture(window.handle);
-    post(window, code, 1);
-}
-
-// A release counts only where the press was seen.
-void buttonUp(Window& window, int code) {
-    if (GetCapture() != window.handle) return;
-    ReleaseCapture();
-    post(window, code, 0);
-}
-
-void mouseMoved(Window& window, LPARAM position) {
-    post(window, EV_MOUSEX, static_cast<uint16_t>(LOWORD(position)));
-    post(window, EV_MOUSEY, static_cast<uint16_t>(clientHeight(window.handle) - HIWORD(position)));
-}
-
 // --- window ---
 
 void created(Window& window) {
@@ -174,34 +146,6 @@ void sized(Window& window) {
     window.sink.resized(window.sink.owner);
 }
 
-void paint(Window& window) {
-    PAINTSTRUCT painting;
-    BeginPaint(window.handle, &painting);
-    EndPaint(window.handle, &painting);
-    window.sink.paint(window.sink.owner);
-}
-
-bool showOwnCursor(const Window& window, LPARAM hit) {
-    if (LOWORD(hit) != HTCLIENT || !window.cursor) return false;
-    SetCursor(window.cursor);
-    return true;
-}
-
-// A maximised window is as large as the window is already.
-void limitMaximisedSize(HWND window, MINMAXINFO& limits) {
-    RECT outer;
-    GetWindowRect(window, &outer);
-    limits.ptMaxSize = {outer.right - outer.left, outer.bottom - outer.top};
-}
-
-// The window may be gone when the command returns.
-void runCommand(const Window& window, int id) {
-    const WindowSink sink = window.sink;
-    sink.commandStarts(sink.owner);
-    sink.command(sink.owner, id);
-    sink.commandEnds(sink.owner);
-}
-
 UINT fileDialogHelpMessage() {
     static const UINT message = RegisterWindowMessageW(L"commdlg_help");
     return message;
@@ -228,20 +172,25 @@ LRESULT plainKey(const Message& m) {
 }
 
 LRESULT character(const Message& m) {
-    if (m.id == WM_SYSCHAR && isMenuMnemonic(m.wide)) return m.systemsWay();
+    const bool opensMenu = m.wide == 'f' || m.wide == 'v';  // File, View
+    if (m.id == WM_SYSCHAR && opensMenu) return m.systemsWay();
     learnKey(m.window, m.wide);
     return 0;
 }
 
 template <int code>
 LRESULT buttonPressed(const Message& m) {
-    buttonDown(m.window, code);
+    SetCapture(m.handle);
+    post(m.window, code, 1);
     return 0;
 }
 
+// A release counts only where the press was seen.
 template <int code>
 LRESULT buttonReleased(const Message& m) {
-    buttonUp(m.window, code);
+    if (GetCapture() != m.handle) return 0;
+    ReleaseCapture();
+    post(m.window, code, 0);
     return 0;
 }
 
@@ -251,16 +200,22 @@ LRESULT handledThenSystem(const Message& m) {
     return m.systemsWay();
 }
 
+// A maximised window is as large as the window is already.
 LRESULT sizeLimits(const Message& m) {
     const LRESULT result = m.systemsWay();
-    if (!m.window.creating) {
-        limitMaximisedSize(m.handle, *reinterpret_cast<MINMAXINFO*>(m.lengthy));
-    }
+    if (m.window.creating) return result;
+    RECT outer;
+    GetWindowRect(m.handle, &outer);
+    reinterpret_cast<MINMAXINFO*>(m.lengthy)->ptMaxSize = {outer.right - outer.left,
+                                                           outer.bottom - outer.top};
     return result;
 }
 
 LRESULT painted(const Message& m) {
-    paint(m.window);
+    PAINTSTRUCT painting;
+    BeginPaint(m.handle, &painting);
+    EndPaint(m.handle, &painting);
+    m.window.sink.paint(m.window.sink.owner);
     return 0;
 }
 
@@ -273,11 +228,17 @@ LRESULT closed(const Message& m) {
 LRESULT erased(const Message&) { return 1; }
 
 LRESULT cursorWanted(const Message& m) {
-    return showOwnCursor(m.window, m.lengthy) ? TRUE : m.systemsWay();
+    if (LOWORD(m.lengthy) != HTCLIENT || !m.window.cursor) return m.systemsWay();
+    SetCursor(m.window.cursor);
+    return TRUE;
 }
 
+// The window may be gone when the command returns.
 LRESULT commandChosen(const Message& m) {
-    runCommand(m.window, LOWORD(m.wide));
+    const WindowSink sink = m.window.sink;
+    sink.commandStarts(sink.owner);
+    sink.command(sink.owner, LOWORD(m.wide));
+    sink.commandEnds(sink.owner);
     return m.systemsWay();
 }
 
@@ -308,7 +269,10 @@ LRESULT keyboardCame(const Message& m) {
 }
 
 LRESULT cursorMoved(const Message& m) {
-    mouseMoved(m.window, m.lengthy);
+    RECT client;
+    GetClientRect(m.handle, &client);
+    post(m.window, EV_MOUSEX, static_cast<uint16_t>(LOWORD(m.lengthy)));
+    post(m.window, EV_MOUSEY, static_cast<uint16_t>(client.bottom - HIWORD(m.lengthy)));
     return m.systemsWay();
 }
 
@@ -356,11 +320,6 @@ Window* windowOf(HWND handle, UINT id, LPARAM lengthy) {
     return reinterpret_cast<Window*>(GetWindowLongPtrW(handle, GWLP_USERDATA));
 }
 
-void forgetWindow(HWND handle, Window& window) {
-    SetWindowLongPtrW(handle, GWLP_USERDATA, 0);
-    window.handle = nullptr;
-}
-
 LRESULT CALLBACK windowProcedure(HWND handle, UINT id, WPARAM wide, LPARAM lengthy) {
     Window* const window = windowOf(handle, id, lengthy);
     if (!window) return DefWindowProcW(handle, id, wide, lengthy);
@@ -368,7 +327,10 @@ LRESULT CALLBACK windowProcedure(HWND handle, UINT id, WPARAM wide, LPARAM lengt
     for (const auto& row : handlers) {
         if (row.id != id) continue;
         const LRESULT result = row.handle(message);
-        if (id == WM_DESTROY) forgetWindow(handle, *window);
+        if (id == WM_DESTROY) {
+            SetWindowLongPtrW(handle, GWLP_USERDATA, 0);
+            window->handle = nullptr;
+        }
         return result;
     }
     if (id != fileDialogHelpMessage()) return message.systemsWay();

@@ -44,10 +44,6 @@ std::vector<std::string> linesOf(const std::string& text) {
     return lines;
 }
 
-// No file name holds a question mark: one in a listing stands for a character that the code page
-// does not have.
-bool lostCharacters(const std::string& listing) { return listing.find('?') != std::string::npos; }
-
 // The same listing in UTF-16, which loses nothing and costs a second interpreter.
 std::string unicodeOutputOf(const std::string& command) {
     const std::string bytes = outputOf("cmd /u /c " + command);
@@ -68,7 +64,9 @@ std::vector<std::string> listFolder(const std::string& searchDirectory, const st
     std::replace(path.begin(), path.end(), '/', '\\');  // a slash can begin a switch
     const std::string command = "dir /b \"" + path + "\" 2>nul";
     const std::string listing = outputOf(command);
-    if (lostCharacters(listing)) return linesOf(unicodeOutputOf(command));
+    // No file name holds a question mark: one in a listing stands for a character that the code
+    // page does not have.
+    if (listing.find('?') != std::string::npos) return linesOf(unicodeOutputOf(command));
     return linesOf(utf8FromCodePage(listing, listingCodePage()));
 }
 
