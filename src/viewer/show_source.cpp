@@ -10,6 +10,7 @@
 #include "viewer/commands/queued_input.h"
 #include "viewer/picture/display_setup.h"
 #include "viewer/picture/draw_pass.h"
+#include "viewer/picture/empty_window.h"
 #include "viewer/picture/title.h"
 #include "viewer/playback/frame_display.h"
 #include "viewer/playback/load_animation.h"
@@ -73,7 +74,11 @@ void showSource(Viewer& viewer, FrameStore&& firstFrame) {
 
 void runEmptyWindow(Viewer& viewer) {
     openWindowOrExit(viewer, "VisTel");
-    runUntilQuit();
+    windowContext().drawPass = drawEmptyWindow;
+    runUntilQuit([] {
+        drawEmptyWindow();
+        swapDrawing();
+    });
 }
 
 }  // namespace vistel

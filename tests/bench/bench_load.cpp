@@ -1,6 +1,6 @@
 // bench_load: loads a sequence into memory as the viewer does, without a window, and ends.
 //
-//     bench_load STEM FRAMES
+//     bench_load STEM FRAMES [SAVED]
 //
 // STEM ends in a dot; its first FRAMES files are loaded by the viewer's own loader into the
 // viewer's frame slots (VISTEL_THREADS says with how many threads). The time of the whole process
@@ -9,8 +9,9 @@
 //     frame_seconds   from opening the source until the last frame is kept, for each frame
 //     frame_bytes     growth of the resident set, for each frame
 //     needed_bytes    pixels and tile list of one frame
+//     save_seconds    when SAVED is given: until each frame is written as SAVED with its number
 //
-// Ends non-zero unless every frame was kept at full size.
+// Ends non-zero unless every frame was kept at full size, and saved.
 
 #include <unistd.h>
 
@@ -23,6 +24,7 @@
 #include "platform/files.h"
 #include "sequence/frame_range.h"
 #include "sequence/frame_sequence.h"
+#include "sequence/frame_writer.h"
 #include "sequence/image_source.h"
 #include "viewer/playback/frame_display.h"
 #include "viewer/playback/load_animation.h"
@@ -87,6 +89,22 @@ int countComplete() {
     return complete;
 }
 
+bool saveAll(const Tstring& stem) {
+    for (int frame = viewerState.firstFrame; frame <= viewerState.lastFrame;
+         frame += viewerState.frameStep) {
+        OutputTarget target;
+        target.path = stem + std::to_string(frame);
+        FrameWriter writer;
+        if (!writer.open(target)) return false;
+        if (writer.write(*viewerState.slots.find(frame), false).code != iffOk) return false;
+    }
+    return true;
+}
+
+double secondsSince(uint64_t start) {
+    return static_cast<double>(platform::tickMicroseconds() - start) * 1e-6;
+}
+
 int fail(const char* what) {
     std::fprintf(stderr, "bench_load: %s\n", what);
     return 1;
@@ -95,8 +113,8 @@ int fail(const char* what) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    const int frames = argc == 3 ? std::atoi(argv[2]) : 0;
-    if (frames < 1) return fail("usage: bench_load STEM FRAMES");
+    const int frames = argc == 3 || argc == 4 ? std::atoi(argv[2]) : 0;
+    if (frames < 1) return fail("usage: bench_load STEM FRAMES [SAVED]");
     Tstring stem = argv[1];
     prepareState();
 
@@ -105,7 +123,7 @@ int main(int argc, char** argv) {
     if (!chooseRange(stem, frames)) return fail("no such sequence");
     stem.pop_back();
     if (!loadAllFrames(stem)) return fail("a frame could not be read");
-    const double seconds = static_cast<double>(platform::tickMicroseconds() - start) * 1e-6;
+    const double seconds = secondsSince(start);
     const size_t bytes = residentBytes() - bytesBefore;
 
     if (countComplete() != frames) return fail("not every frame was kept");
@@ -113,5 +131,10 @@ int main(int argc, char** argv) {
     std::printf("frame_seconds %.9f\n", seconds / frames);
     std::printf("frame_bytes %.0f\n", static_cast<double>(bytes) / frames);
     std::printf("needed_bytes %zu\n", bytesNeeded(first));
+    if (argc == 4) {
+        const uint64_t saving = platform::tickMicroseconds();
+        if (!saveAll(argv[3])) return fail("a frame could not be saved");
+        std::printf("save_seconds %.9f\n", secondsSince(saving) / frames);
+    }
     return 0;
 }

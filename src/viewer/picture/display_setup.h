@@ -14,8 +14,8 @@ DisplayFit currentDisplayFit(const Picture& picture);
 enum class Refit {
     growWindow,  // a frame change: the window grows for a frame larger than any before, and stays
                  // as it is for the others, which are centred in it
-    fitWindow,  // first frame, reload, full screen or full resolution: margins and window are made
-                // anew
+    fitWindow,   // first frame, reload, full screen or full resolution: margins and window are made
+                 // anew
 };
 
 // Shows `frame`. Creates the window on the first call of a source; a failure ends the program with

@@ -18,8 +18,6 @@ namespace vistel {
 
 namespace {
 
-constexpr uint32_t bandColour = 0xFF202020;  // packed; dark grey
-
 void drawMargins(PictureLayout& layout) {
     if (!layout.marginX && !layout.marginY) return;
     const WindowContext& context = windowContext();

@@ -37,9 +37,10 @@ InputEvent waitEvent() {
     return queue.take();
 }
 
-void runUntilQuit() {
-    while (waitEvent().code != EV_QUIT) {
-    }
+void runUntilQuit(const std::function<void()>& redraw) {
+    redraw();
+    for (int code = 0; code != EV_QUIT; code = waitEvent().code)
+        if (code == EV_REDRAW) redraw();
 }
 
 int deviceValue(int code) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 
 #include "platform/input_event.h"
 
@@ -15,8 +16,8 @@ void pumpEvents();
 int peekEvent();
 // Waits for an event and removes it. After a quit message it never blocks: it returns EV_QUIT.
 InputEvent waitEvent();
-// Handles messages until the window is closed.
-void runUntilQuit();
+// Handles messages until the window is closed; `redraw` presents what it shows.
+void runUntilQuit(const std::function<void()>& redraw);
 
 // Cursor on the screen (EV_MOUSEX from the left, EV_MOUSEY from the foot), or whether a key is
 // down.
