@@ -51,10 +51,11 @@ void Sound::stop() {
 
 bool Sound::feed(int32_t chunksPerSecond) { return feeder_ && feeder_->feed(chunksPerSecond); }
 
-void Sound::feedPicture(int32_t picture, int32_t frameRate) {
+void Sound::feedPicture(int32_t picture, int32_t frameRate, double late) {
     if (!output_) return;
     if (output_->pendingSamples() == 0) {
-        seek(picture, frameRate);
+        const int64_t begin = int64_t{track_->rate()} * picture / std::max(frameRate, 1);
+        feeder_->seek(begin + static_cast<int64_t>(late * track_->rate()));
         feed(0);
     } else if (output_->freeFrames() > 0) {
         feed(frameRate);

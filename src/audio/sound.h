@@ -55,10 +55,11 @@ class Sound {
 
     // Queues one chunk: an n-th of a second for n of 10 and more. False at the end.
     bool feed(int32_t chunksPerSecond);
-    // Queues the part of a picture, counted from that with which the sound began. A device that has
-    // nothing left gets a whole chunk from there on, so that the next picture may be late; one that
-    // has enough already, because it plays slower than the pictures, none.
-    void feedPicture(int32_t picture, int32_t frameRate);
+    // Queues the part of a picture, counted from that with which the sound began, which came so many
+    // seconds late. A device that has nothing left goes on where the sound should be now, with a
+    // whole chunk, so that the next picture may be late; one that has enough already, because it
+    // plays slower than the pictures, gets none.
+    void feedPicture(int32_t picture, int32_t frameRate, double late = 0);
     // To a picture's number at a frame rate.
     void seek(int32_t frame, int32_t frameRate);
     // Seconds of the recording that were heard; 0 without a device.

@@ -55,6 +55,14 @@ Way wayTo(const Player& player, int before, int frame) {
     return late ? Way::jump : Way::onward;
 }
 
+// How late the picture is that is about to be made up for. Where none is on time the sound keeps to
+// the pictures.
+double secondsLate(const Player& player) {
+    constexpr float longest = 100;
+    const float late = -player.clock.timeAhead(effectiveFrameRate(player));
+    return playing(player) && late > 0 && late <= longest ? late / 1000 : 0;
+}
+
 // Backward nothing is heard. A jump begins with an empty device: what it still has belongs to other
 // pictures. The sound begins with the first picture of a pass, whatever its number; after a jump
 // with the picture that the offset names.
@@ -66,11 +74,11 @@ void followPicture(Player& player, Way way) {
     const std::unique_ptr<Sound> before = way == Way::onward ? nullptr : begin(player);
     if (way == Way::jump) player.soundStart = player.audioOffset;
     if (!player.soundStart) player.soundStart = frame;
-    player.sound->feedPicture(frame - *player.soundStart, rate);
+    player.sound->feedPicture(frame - *player.soundStart, rate, secondsLate(player));
 }
 
-// A device takes some milliseconds to open: the next pass's is opened while the last picture of this
-// one is shown.
+// A device takes some milliseconds to open: the next pass's is opened while the last picture of
+// this one is shown.
 void prepareNextPass(Player& player) {
     const bool ends = UpcomingFrames(player).next() == player.playFirst;
     if (!ends || player.currentFrame == player.playFirst)

@@ -180,6 +180,8 @@ TEST_F(SoundTest, AnEmptyDeviceGoesOnWithThePictureAndAFullOneLeavesItsPartOut) 
     EXPECT_EQ(newlyHeard(), part(0, 4410));
     sound.feedPicture(1, 25);  // what was heard too early is heard again
     EXPECT_EQ(newlyHeard(), part(1764, 4410));
+    sound.feedPicture(1, 25, 0.06);  // where it should be by now
+    EXPECT_EQ(newlyHeard(), part(1764 + 2646, 4410));
     for (int picture = 10; picture < 14; ++picture) sound.feedPicture(picture, 25);
     headless::playWaves(4410 * 2);
     sound.feedPicture(14, 25);
