@@ -7,7 +7,7 @@ import pytest
 
 from desktop import Desktop, wait_until
 from framefile import Animation, Picture, noise, on_screen, write
-from program import Program
+from program import Program, processes_marked
 
 
 @pytest.fixture
@@ -52,20 +52,22 @@ def test_a_hang_up_ends_the_program_as_termination_does(linux, start, folder, tm
     assert "17" in (tmp_path / "settings" / "config" / "vistel" / "vistel.conf").read_text()
 
 
-def test_a_display_that_goes_away_ends_the_program(linux, tmp_path, folder):
+def test_a_display_that_goes_away_ends_the_program_and_its_commands(linux, tmp_path, folder):
     Animation(last=3).write(folder)
     settings, private = tmp_path / "own settings", tmp_path / "own run"
     settings.mkdir(), private.mkdir()
     display = Desktop()
     try:
+        stays = f"{linux.emit_command()} -s 600000 shot.$FRAME"
         program = Program(
-            linux, ["-r", "19", "shot."], folder, private, settings,
-            environment={"DISPLAY": display.name},
+            linux, ["-r", "19", "-n", "1", "3", "1", f"pipe:trap '' TERM; {stays}; :"], folder,
+            private, settings, environment={"DISPLAY": display.name},
         )
         wait_until(lambda: display.windows(), what="a window on the other display")
         program.wait_for_rest()
         display._server.kill()
         assert program.wait_for_exit() == 1
+        assert [name for _, name in processes_marked(program.marker) if name == "emit"] == []
     finally:
         program.kill()
         display.close()
