@@ -4,10 +4,13 @@ import signal
 
 import numpy as np
 import pytest
+from Xlib import Xatom
 
 from desktop import Desktop, wait_until
 from framefile import Animation, Picture, noise, on_screen, write
 from program import Program, processes_marked
+
+BAR_ROWS = 29
 
 
 @pytest.fixture
@@ -17,16 +20,40 @@ def linux(system):
     return system
 
 
-def test_menu_and_texts_follow_the_density_and_the_picture_does_not(linux, start, folder):
+def say_density(desktop, dots):
+    """As the user's resources say it; None: they say nothing."""
+    display, root = desktop._display, desktop._root
+    resources = display.intern_atom("RESOURCE_MANAGER")
+    if dots is None:
+        root.delete_property(resources)
+    else:
+        root.change_property(resources, Xatom.STRING, 8, f"Xft.dpi:\t{dots}\n".encode())
+    display.sync()
+
+
+@pytest.fixture(params=["variable", "resources"])
+def environment_of(request, linux):
+    """What a program needs to be started with for texts of a size."""
+
+    def by_resources(factor):
+        say_density(linux.desktop, 96 * factor)
+        return {}
+
+    ways = {"variable": lambda factor: {"QT_SCALE_FACTOR": str(factor)}, "resources": by_resources}
+    yield ways[request.param]
+    say_density(linux.desktop, None)
+
+
+def test_menu_and_texts_follow_the_density_and_the_picture_does_not(environment_of, start, folder):
     picture = Picture(colour=noise(200, 100))
     write(folder / "one", picture)
     rows, ink = {}, {}
-    for factor in ("1", "2"):
-        program = start("one", environment={"QT_SCALE_FACTOR": factor})
+    for factor in (1, 2):
+        program = start("one", environment=environment_of(factor))
         place = program.find(on_screen(picture))
         assert place.margins()[:2] == (60, 60), "an image pixel is a pixel of the screen"
         left, top, width, height = program.desktop.rectangle(program.window())
-        rows[factor] = height - 144
+        rows[factor] = height - 144 - BAR_ROWS
         program.key("g")
 
         def label():
@@ -37,8 +64,8 @@ def test_menu_and_texts_follow_the_density_and_the_picture_does_not(linux, start
         columns = wait_until(label, what="the label")
         ink[factor] = columns[-1] - columns[0] + 1
         assert program.close() == 0
-    assert 1.6 < rows["2"] / rows["1"] < 2.4, rows
-    assert 1.7 < ink["2"] / ink["1"] < 2.3, ink
+    assert 1.6 < rows[2] / rows[1] < 2.4, rows
+    assert 1.7 < ink[2] / ink[1] < 2.3, ink
 
 
 @pytest.mark.parametrize("number", [signal.SIGHUP, signal.SIGTERM])

@@ -122,23 +122,28 @@ void drawBandWithText(const Picture& picture, std::string_view text, int width, 
     drawText(left, y, text);
 }
 
+// Rows at the window's upper edge, with the control bar, which does not grow with the texts, or
+// without it.
+int rowsAtTop(int withBar, int withoutBar) {
+    const int bar = controlBarRows();
+    return bar == 0 ? platform::scaledForText(withoutBar)
+                    : bar + platform::scaledForText(withBar - bar);
+}
+
 void drawLabel(const Picture& picture, int width, int height) {
     const std::string_view label = channelLabel(picture);
     if (label.empty()) return;
-    const bool bar = windowContext().controlBarShown;
     const auto scaled = platform::scaledForText;
     if (picture.animation)
         return drawBandWithText(picture, label, width, {0, scaled(16) - 1}, scaled(5));
-    drawBandWithText(picture, label, width, {height - scaled(bar ? 42 : 17), height - 1},
-                     height - scaled(bar ? 40 : 15));
+    drawBandWithText(picture, label, width, {height - rowsAtTop(42, 17), height - 1},
+                     height - rowsAtTop(40, 15));
 }
 
 void drawStatusLine(const Picture& picture, int width, int height) {
     if (!picture.animation) return;
-    const bool bar = windowContext().controlBarShown;
-    const auto scaled = platform::scaledForText;
     drawBandWithText(picture, statusLine(picture.status), width,
-                     {height - scaled(bar ? 39 : 17), height - 1}, height - scaled(bar ? 37 : 15));
+                     {height - rowsAtTop(39, 17), height - 1}, height - rowsAtTop(37, 15));
 }
 
 }  // namespace

@@ -17,6 +17,7 @@ namespace {
 constexpr int buttonTop = 3, buttonHeight = 23;
 constexpr int fieldTop = 4, fieldHeight = 21;
 constexpr int longestText = 255;
+constexpr int tallestText = 14;
 
 uint32_t colourOf(const QPalette& palette, QPalette::ColorRole role) {
     return palette.color(QPalette::Active, role).rgb() & 0xFFFFFF;
@@ -106,6 +107,10 @@ void RateField::wheelEvent(QWheelEvent* event) {
 
 ControlBarRow::ControlBarRow(QWidget* parent, const Owner& owner) : QWidget(parent) {
     setAutoFillBackground(true);
+    // The bar keeps its size whatever that of texts is.
+    QFont ours = font();
+    ours.setPixelSize(std::min(QFontInfo(ours).pixelSize(), tallestText));
+    setFont(ours);
     const auto addButton = [&](const char* caption, int control, int left, int width) {
         auto* made = new BarButton(this, caption);
         made->setGeometry(left, buttonTop, width, buttonHeight);
