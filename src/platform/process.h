@@ -70,6 +70,7 @@ void setEnvironmentVariable(const std::string& name, const std::string& value);
 
 // Makes an interrupt from the console (Ctrl+C, SIGTERM, a hang-up) set a flag instead of ending the
 // process at once; a second interrupt ends it. interruptRequested tells whether the flag is set.
+// Where a write can be called off, one that nobody reads does not wait any more a second later.
 void catchInterrupts();
 bool interruptRequested();
 

@@ -103,9 +103,9 @@ int reportNoImage(const Tstring& name) {
     return iffNotIff;
 }
 
-void reportEnd(SequenceState& state, const Tstring& name, int code, bool told) {
-    if (state.verbose) std::printf("\n");
-    std::fflush(stdout);
+void reportEnd(SequenceState& state, const Tstring& name, int code, bool told,
+               const platform::GoOn& goOn) {
+    if (state.verbose) platform::writeReport("\n", goOn);
     if (code == iffOk || code == iffAborted || told) return;
     const Tstring reason = errorText(code);
     if (state.told.add(name, reason)) printError(name + ": " + reason);
@@ -147,7 +147,7 @@ int openSource(SequenceState& state, const Tstring& name, const ReadTerms& terms
     // writes nothing.
     const bool empty = code == iffOk || (code == iffBrokenPipe && !regular);
     if (pass.forms == 0 && empty) return reportNoImage(shownName);
-    reportEnd(state, source.name, code, told);
+    reportEnd(state, source.name, code, told, terms.goOn);
     return code;
 }
 
