@@ -23,9 +23,9 @@ bool interrupted(const StartUpServices& services) {
     return services.interrupted && services.interrupted();
 }
 
-void print(FILE* stream, const Tstring& text) {
-    std::fwrite(text.data(), 1, text.size(), stream);
-    std::fflush(stream);
+void printComplaint(const Tstring& text) {
+    std::fwrite(text.data(), 1, text.size(), stderr);
+    std::fflush(stderr);
 }
 
 // Opens and shows the source, and counts it.
@@ -103,13 +103,13 @@ void takeFileName(const Tstring& name) {
 // Standard input carries one image only: a range for it is forgotten before anything follows it.
 void refuseAnimationFromInput() {
     if (!viewerState.animation) return;
-    print(stderr, messageText(Message::rVTNoAnimPipeMode));
+    printComplaint(messageText(Message::rVTNoAnimPipeMode));
     forgetAnimation(viewerState);
 }
 
 // The empty name stands for standard input elsewhere; as an argument it names nothing.
 void refuseEmptyName(FileCounts& counts) {
-    print(stderr, messageText(Message::rVTEmptyName));
+    printComplaint(messageText(Message::rVTEmptyName));
     ++counts.processed;
     ++counts.failed;
 }
@@ -122,7 +122,8 @@ void showArgument(const Tstring& argument, const StartUpServices& services, File
     takeFileName(name);
     normaliseRange(services);
     if (viewerState.verbose)
-        print(stdout, formatMessage(Message::rVTFileName, {printable(argument)}));
+        platform::writeReport(formatMessage(Message::rVTFileName, {printable(argument)}),
+                              viewerState.goOn);
     open(standardInput ? Tstring() : name, services, counts);
 }
 
@@ -184,7 +185,7 @@ void showFilesRepeatedly(CommandLine& line, const StartUpServices& services, Fil
 }
 
 void showTestImage(const StartUpServices& services, FileCounts& counts) {
-    if (viewerState.animation) print(stderr, messageText(Message::rVTNoAnimTestMode));
+    if (viewerState.animation) printComplaint(messageText(Message::rVTNoAnimTestMode));
     forgetAnimation(viewerState);
     beginSource(services);
     open(testModeSource, services, counts);

@@ -66,7 +66,9 @@ StartUpServices joinedServices() {
 int runVistel(int argc, char** argv) {
     platform::keepStandardStreams();
     platform::catchInterrupts();
-    return runSession(argc, argv, joinedServices());
+    const int status = runSession(argc, argv, joinedServices());
+    platform::leaveStuckReport(status);
+    return status;
 }
 
 }  // namespace vistel

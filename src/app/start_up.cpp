@@ -5,6 +5,7 @@
 
 #include "app/option_table.h"
 #include "host/application.h"
+#include "platform/file_address.h"
 #include "platform/files.h"
 #include "platform/process.h"
 #include "settings/saved_settings.h"
@@ -30,17 +31,6 @@ Tstring locateInstallation() {
     Tstring root = installRoot(platform::programPath());
     platform::setEnvironmentVariable(locationVariable, root);
     return root;
-}
-
-Tstring helpBaseOf(const Tstring& root) {
-    Tstring base = "file:///";
-    for (const char c : root) {
-        if (c == ' ')
-            base += "%20";
-        else
-            base += c;
-    }
-    return base;
 }
 
 struct NamedRate {
@@ -87,9 +77,8 @@ void prepareProcess(const StartUpServices& services) {
     callIfSet(services.joinViewer);
     platform::setNativeLocale();
     setApplicationName("VisTel");
-    const Tstring helpBase = helpBaseOf(locateInstallation());
+    viewerState.helpBase = platform::fileAddress(locateInstallation() + helpFolder);
     callIfSet(services.loadPlugins);
-    viewerState.helpBase = helpBase + helpFolder;
     readSettings(viewerState);
     platform::setBinaryFileMode();
     viewerState.startDirectory = platform::currentDirectory();

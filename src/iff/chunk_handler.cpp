@@ -175,10 +175,11 @@ constexpr ChunkRow chunkTable[] = {
 
 int handleChunk(IffReader& chunk, ImageParse& parse) {
     const bool listing = parse.listing();
+    const auto report = [&](const std::string& text) {
+        platform::writeReport(text, [&] { return parse.goOn(); });
+    };
     if (listing)
-        std::fputs(
-            printable(listingLine(chunk.depth(), chunk.chunkId(), chunk.chunkSize(), 0)).c_str(),
-            stdout);
+        report(printable(listingLine(chunk.depth(), chunk.chunkId(), chunk.chunkSize(), 0)));
     std::string content;
     int code = iffOk;
     for (const ChunkRow& row : chunkTable) {
@@ -186,7 +187,7 @@ int handleChunk(IffReader& chunk, ImageParse& parse) {
         code = row.handle(chunk, parse, content);
         break;
     }
-    if (listing) std::fputs(contentLine(content).c_str(), stdout);
+    if (listing) report(contentLine(content));
     return code;
 }
 

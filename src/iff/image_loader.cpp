@@ -10,6 +10,7 @@
 #include "iff/image_description.h"
 #include "iff/image_parse.h"
 #include "iff/with_memory.h"
+#include "platform/files.h"
 
 namespace vistel {
 
@@ -19,7 +20,7 @@ static void listGroup(const IffReader& group, const ImageParse& parse) {
     if (!parse.listing()) return;
     const std::string line =
         listingLine(group.depth(), group.chunkId(), group.chunkSize(), group.groupType());
-    std::fputs((printable(line) + "\n").c_str(), stdout);
+    platform::writeReport(printable(line) + "\n", [&] { return parse.goOn(); });
 }
 
 static int walkGroup(IffReader& group, ImageParse& parse) {

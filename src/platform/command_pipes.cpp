@@ -1,13 +1,15 @@
 // The commands that were started and not collected yet. Nobody has to wait for one that takes its
 // time or never ends: it lingers without a pipe until it is seen to have ended. One that was
-// released is the user's and is never ended; one that was abandoned always is.
+// released goes on as long as the program does; one that was abandoned is ended.
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <list>
 #include <map>
 #include <mutex>
 #include <new>
 #include <thread>
+#include <vector>
 
 #include "platform/command.h"
 #include "platform/process.h"
@@ -22,7 +24,8 @@ using Clock = std::chrono::steady_clock;
 constexpr ptrdiff_t mostLingering = 8;
 // A command that was told to end and has not after this time is made to.
 constexpr std::chrono::seconds patience{1};
-// How long the end of the program waits for commands that were told to end.
+// How long the end of the program waits for commands that were told to end, and again for those
+// that had to be made to.
 constexpr std::chrono::milliseconds lastPatience{500};
 
 enum class Leaving { released, abandoned };
@@ -60,10 +63,8 @@ class Commands {
         const auto entry = byStream_.find(stream);
         if (entry != byStream_.end()) endFamily(entry->second, true);
     }
-    void endAll() {
-        const std::lock_guard lock(mutex_);
-        endAbandoned();
-    }
+    // For the end of the program: none lives on, and no more are started.
+    void endAll();
     void tidy() {
         const std::lock_guard lock(mutex_);
         collectEnded();
@@ -71,9 +72,9 @@ class Commands {
 
  private:
     void collectEnded();
-    void endAbandoned();
 
     std::mutex mutex_;
+    bool over_ = false;
     std::map<FILE*, Command> byStream_;
     std::list<Lingering> lingering_;  // in the order in which they were left
 };
@@ -95,6 +96,10 @@ void Commands::collectEnded() {
 
 FILE* Commands::start(const std::string& text, bool reading, CommandErrors errors) {
     const std::lock_guard lock(mutex_);
+    if (over_) {
+        errno = ECANCELED;
+        return nullptr;
+    }
     collectEnded();
     std::map<FILE*, Command> started;
     Command& command = started[nullptr];  // whatever memory it takes is there before it runs
@@ -134,27 +139,28 @@ void Commands::linger(Command& command, Leaving leaving) try {
 } catch (const std::bad_alloc&) {
 }
 
-// None of the abandoned is left behind, and those whose reader has gone without a word are told to
-// end (their streams may be closed already). What was released goes on by itself.
-void Commands::endAbandoned() {
-    std::erase_if(lingering_,
-                  [](const Lingering& entry) { return entry.leaving == Leaving::released; });
+// Those that have ended by themselves are forgotten, with what they have left behind. One that is
+// being written finds the end of its input, and completes what it was given.
+void Commands::endAll() {
+    const std::lock_guard lock(mutex_);
+    over_ = true;
+    collectEnded();
+    std::vector<Command*> living;
     for (auto& [stream, command] : byStream_)
-        if (command.reading) endFamily(command, false);
-    const Clock::time_point end = Clock::now() + lastPatience;
-    for (Lingering& entry : lingering_) {
-        bool ended = collectIfEnded(entry);
-        while (!ended && Clock::now() < end) {
+        if (command.reading) living.push_back(&command);
+    for (Lingering& entry : lingering_) living.push_back(&entry.command);
+    for (const bool force : {false, true}) {
+        for (Command* command : living) endFamily(*command, force);
+        const Clock::time_point end = Clock::now() + lastPatience;
+        while (std::erase_if(living, [](Command* command) { return familyHasEnded(*command); }),
+               !living.empty() && Clock::now() < end)
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
-            ended = collectIfEnded(entry);
-        }
-        if (!ended) endFamily(entry.command, true);
     }
 }
 
 Commands::~Commands() {
     try {
-        endAbandoned();
+        endAll();
     } catch (const std::bad_alloc&) {  // without memory nobody can be told
     }
 }

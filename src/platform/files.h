@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/go_on.h"
+
 namespace vistel::platform {
 
 struct FileCloser {
@@ -139,6 +141,15 @@ bool wasClosed(int descriptor);
 // not be written, EBADF when the caller had closed it: to be asked before a program says that it
 // did its work.
 [[nodiscard]] bool finishStandardOutput();
+
+// Writes text to standard output at once. While a reader does not read, `goOn` is asked about every
+// millisecond; false ends that soon, and what is written to standard output from then on goes
+// nowhere.
+void writeReport(const std::string& text, const GoOn& goOn);
+
+// The last step of a program that writes reports: ends it with this status at once where its end
+// would wait for a reader that does not read; else returns.
+void leaveStuckReport(int status);
 
 // Puts the process's standard streams into binary mode and makes binary the default of files
 // opened later (a no-operation where text mode does not exist).

@@ -25,8 +25,8 @@ int closePipe(FILE* pipe);
 // The same, but `goOn` is asked about every millisecond; false abandons the command (-1).
 int closePipe(FILE* pipe, const GoOn& goOn);
 
-// Closes our end: what the command still writes fails, what it still does it may do, even when the
-// program ends before it. Does not wait for it, unless so many linger already that one of them has
+// Closes our end: what the command still writes fails, what it still does it may do until the
+// program ends. Does not wait for it, unless so many linger already that one of them has
 // to end first: `goOn` then is asked about every millisecond, false ends that wait (none: never
 // waits).
 void releasePipe(FILE* pipe, const GoOn& goOn = {});
@@ -43,7 +43,9 @@ void endCommand(FILE* pipe);
 // none stays behind while the program does nothing else. To be called now and then.
 void collectEndedCommands();
 
-// What the end of the program does to its commands, for an end that runs no destructors.
+// What the end of the program does to its commands, for an end that runs no destructors: they are
+// ended with everything they have started, with force when they have not ended after a moment. What
+// lives on behind one that has ended by itself is left alone. No more are started.
 void endCommands();
 
 // The command that runs one program with one argument (and further words as they are) through the
@@ -68,6 +70,7 @@ void setEnvironmentVariable(const std::string& name, const std::string& value);
 
 // Makes an interrupt from the console (Ctrl+C, SIGTERM, a hang-up) set a flag instead of ending the
 // process at once; a second interrupt ends it. interruptRequested tells whether the flag is set.
+// Where a write can be called off, one that nobody reads does not wait any more a second later.
 void catchInterrupts();
 bool interruptRequested();
 

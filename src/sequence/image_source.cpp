@@ -90,9 +90,9 @@ bool isInputPipe(const SequenceState& state, const OpenedSource& source, const T
            platform::streamStatus(source.stream.file()).kind == platform::StreamKind::fifo;
 }
 
-void reportEnd(SequenceState& state, const Tstring& name, int code, bool told) {
-    if (state.verbose) std::printf("\n");
-    std::fflush(stdout);
+void reportEnd(SequenceState& state, const Tstring& name, int code, bool told,
+               const platform::GoOn& goOn) {
+    if (state.verbose) platform::writeReport("\n", goOn);
     if (code == iffOk || code == iffAborted || told) return;
     const Tstring reason = errorText(code);
     if (state.told.add(name, reason)) printError(name + ": " + reason);
@@ -140,7 +140,7 @@ int openSource(SequenceState& state, const Tstring& name, const ReadTerms& terms
         printError(shownName + ": " + messageText(Message::rVTNoImage));
         return iffNotIff;
     }
-    reportEnd(state, source.name, code, told);
+    reportEnd(state, source.name, code, told, terms.goOn);
     return code;
 }
 

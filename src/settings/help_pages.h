@@ -10,7 +10,7 @@ struct Window;
 }
 
 struct HelpLocation {
-    Tstring helpBase;  // "file:///" + install root + "/docs/ext/VisTel/"
+    Tstring helpBase;  // address of the install root's folder "/docs/ext/VisTel/"
 };
 
 // Shows the page with this address in a web browser. Where the system tells that there is none a

@@ -165,10 +165,18 @@ class Desktop:
 
     def ask_to_close(self, window):
         """What a window manager's close button does."""
+        self._send_protocol(window, "WM_DELETE_WINDOW")
+
+    def give_keyboard(self, window):
+        """What a window manager does that brings the keyboard back from another window."""
+        self.focus(window)
+        self._send_protocol(window, "WM_TAKE_FOCUS")
+
+    def _send_protocol(self, window, name):
         message = xevent.ClientMessage(
             window=window,
             client_type=self._display.intern_atom("WM_PROTOCOLS"),
-            data=(32, [self._display.intern_atom("WM_DELETE_WINDOW"), X.CurrentTime, 0, 0, 0]),
+            data=(32, [self._display.intern_atom(name), X.CurrentTime, 0, 0, 0]),
         )
         window.send_event(message)
         self._display.sync()

@@ -307,11 +307,12 @@ class Program:
 
     def __init__(
         self, system, arguments, folder, private, settings, stdin=None, environment=None,
-        stderr=None, name="vistel",
+        stderr=None, name="vistel", stdout=None,
     ):
         """`folder` is the current directory, `private` holds what the run writes to the console,
         `settings` what it keeps for the next one. `stdin`: a file object, None for a null device,
-        or "closed". `stderr`: a descriptor, None for a file that stderr() reads. `name`: of the
+        or "closed". `stdout`, `stderr`: a descriptor, None for a file that stdout() and stderr()
+        read. `name`: of the
         program, when it is another one of ours."""
         system.require_binary(name)
         self.system, self.desktop = system, system.desktop
@@ -328,7 +329,7 @@ class Program:
                 cwd=folder,
                 env=variables,
                 stdin=subprocess.DEVNULL if stdin is None else stdin,
-                stdout=out,
+                stdout=out if stdout is None else stdout,
                 stderr=err if stderr is None else stderr,
                 start_new_session=True,
             )

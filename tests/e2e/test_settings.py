@@ -1,9 +1,16 @@
 """What survives from one run to the next, and what a damaged or closed store does to a start."""
 
+import fcntl
+import os
+import signal
+import struct
+import termios
+import time
+
 import pytest
 
 from desktop import wait_until
-from framefile import Animation, Picture, noise, on_screen, write
+from framefile import Animation, Picture, Style, noise, on_screen, write
 from program import BUILD, SETTINGS_KEY, Player, compile_helper
 
 NAMES = ("FilterIndex", "FPS", "LastFolder")
@@ -176,3 +183,44 @@ def test_a_store_that_is_closed_never_prevents_a_start(start, folder, system, st
         assert store.read() == {}
     finally:
         assert system._run(lock, "open") == (0, "")
+
+
+ENDINGS = {
+    "the window": lambda program: program.system.close_window(program.window()),
+    "an interrupt": lambda program: program.interrupt(),
+    "termination": lambda program: program.process.send_signal(signal.SIGTERM),
+    "a hang-up": lambda program: program.process.send_signal(signal.SIGHUP),
+}
+
+
+def bytes_in(pipe):
+    return struct.unpack("i", fcntl.ioctl(pipe, termios.FIONREAD, bytes(4)))[0]
+
+
+STREAMS = {"the report": ["stdout"], "all that is said": ["stdout", "stderr"]}
+
+
+@pytest.mark.parametrize("streams", STREAMS.values(), ids=STREAMS.keys())
+@pytest.mark.parametrize("end", ENDINGS.values(), ids=ENDINGS.keys())
+def test_a_report_that_nobody_reads_does_not_hold_up_the_end(
+    system, start, folder, store, end, streams
+):
+    if system.name == "wine" and end in (ENDINGS["termination"], ENDINGS["a hang-up"]):
+        pytest.skip("there are no such signals there")
+    # In a list that is shown again and again the window is there while the next file is read.
+    long_report = Style(after_header=[("ANNO", b"x" * 200)] * 500)
+    write(folder / "one", PICTURE)
+    write(folder / "two", PICTURE, long_report)
+    read_end, write_end = os.pipe()
+    with os.fdopen(read_end), os.fdopen(write_end):
+        streams = dict.fromkeys(streams, write_end)
+        program = start("-S", "-v", "-r", "17", "one", "two", **streams)
+        program.find(on_screen(PICTURE))
+        wait_until(lambda: bytes_in(read_end) > 50_000, what="a pipe that is full")
+        program.wait_for_rest(0.5)
+        began = time.monotonic()
+        end(program)
+        assert program.wait_for_exit() == 0
+        took = time.monotonic() - began
+    assert took < 5
+    assert store.read()["FPS"] == "17"

@@ -2,6 +2,7 @@
 misbehave), one-file animations, and files that are still being written."""
 
 import os
+import signal
 import subprocess
 import threading
 import time
@@ -493,13 +494,28 @@ def test_a_command_that_stalls_is_left_by_an_interrupt(system, start, folder, op
     assert_no_commands_left(program)
 
 
-def test_a_command_that_has_written_its_image_and_stays_is_not_waited_for(system, start, folder):
+ENDINGS = {
+    "the window": lambda program: program.system.close_window(program.window()),
+    "an interrupt": lambda program: program.interrupt(),
+    "termination": lambda program: program.process.send_signal(signal.SIGTERM),
+    "a hang-up": lambda program: program.process.send_signal(signal.SIGHUP),
+}
+
+
+@pytest.mark.parametrize("end", ENDINGS.values(), ids=ENDINGS.keys())
+def test_a_command_that_has_written_its_image_and_stays_ends_with_the_program(
+    system, start, folder, end
+):
+    if system.name == "wine" and end in (ENDINGS["termination"], ENDINGS["a hang-up"]):
+        pytest.skip("there are no such signals there")
     write(folder / "one", PICTURE)
     program = start(command(system, f"-s {LONG} one"))
     program.find(SHOWN)
-    assert program.close() == 0
-    time.sleep(1)
-    assert commands_left(program), "what it still does is the user's"
+    program.wait_for_rest()
+    assert commands_left(program), "what it still does it may do while the picture is shown"
+    end(program)
+    assert program.wait_for_exit() == 0
+    assert_no_commands_left(program)
 
 
 # The command itself, a part of it, and one that the command leaves behind as it ends.
@@ -519,6 +535,17 @@ def test_a_command_that_will_not_end_is_made_to(system, start, folder, words):
     program.interrupt()
     assert program.wait_for_exit() == 0
     assert_no_commands_left(program)
+
+
+@pytest.mark.parametrize("words", STUBBORN[:2])
+def test_one_that_has_written_its_image_and_will_not_end_is_made_to(system, start, folder, words):
+    if system.name == "wine":
+        pytest.skip("there an end cannot be refused")
+    write(folder / "one", PICTURE)
+    program = start("pipe:" + words.replace("EMIT", f"{system.emit_command()} -s {LONG} one"))
+    program.find(SHOWN)
+    assert program.close() == 0
+    assert commands_left(program) == []
 
 
 def told_on_a_terminal(start, name):

@@ -94,7 +94,7 @@ void loadRemainingFrames(Player& player) {
     const size_t megabytes = player.slots.limit() >> 20;
     const int limit = static_cast<int>(std::min<size_t>(megabytes, INT32_MAX));
     if (player.verbose)
-        std::printf("%s\n", formatMessage(Message::rVTMemoryLimit, {limit}).c_str());
+        platform::writeReport(formatMessage(Message::rVTMemoryLimit, {limit}) + "\n", player.goOn);
     const int64_t first = player.currentFrame, step = stepSize(player);
     const auto count = [&](int64_t last) { return static_cast<int>((last - first) / step + 1); };
     player.loading.progress = std::make_unique<Progress>(
@@ -118,7 +118,6 @@ void loadRemainingFrames(Player& player) {
     if (!room)
         printError(formatMessage(Message::rVTMemoryUsedUp, {static_cast<int>(frame), limit}));
     player.loading = {};
-    std::fflush(stdout);  // what is told of the frames is there while they are shown
 }
 
 }  // namespace vistel

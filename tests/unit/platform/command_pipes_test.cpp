@@ -180,6 +180,17 @@ TEST_F(CommandPipes, AReleasedCommandMayFinish) {
     EXPECT_TRUE(appears(late.file));
 }
 
+TEST_F(CommandPipes, AReleasedCommandHasEndedWhenTheProgramHas) {
+    for (const std::string task : {"late", "stubborn"}) {
+        const LateFile late = lateFile(task);
+        FILE* pipe = openPipe(command("leave", task + " " + late.words()), "r");
+        ASSERT_TRUE(pipe);
+        EXPECT_EQ(closePipe(pipe), 0);
+        ASSERT_TRUE(fileExists(late.gate + ".reached"));
+        expectEnded(late);
+    }
+}
+
 TEST_F(CommandPipes, ReleasedCommandsAreNeverEndedHoweverManyTheyAre) {
     std::vector<LateFile> all;
     for (int i = 0; i < 12; ++i) {

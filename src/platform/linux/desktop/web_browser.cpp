@@ -12,7 +12,6 @@
 #include <csignal>
 #include <mutex>
 #include <optional>
-#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -51,12 +50,6 @@ Words commandOf(const std::string& entry, const std::string& address) {
     }
     if (!placed) words.push_back(address);
     return words;
-}
-
-// A path that begins with a slash makes "file:////": not every browser takes that for "file:///".
-std::string usualForm(const std::string& address) {
-    constexpr std::string_view doubled = "file:////";
-    return address.starts_with(doubled) ? "file:///" + address.substr(doubled.size()) : address;
 }
 
 std::vector<Words> browserCommands(const std::string& address) {
@@ -112,7 +105,7 @@ bool succeeds(pid_t child) {
 }  // namespace
 
 bool showInBrowser(const std::string& address) {
-    for (Words& words : browserCommands(usualForm(address))) {
+    for (Words& words : browserCommands(address)) {
         const std::optional<pid_t> child = start(words);
         if (child && succeeds(*child)) return true;
     }

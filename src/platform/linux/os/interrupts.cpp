@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <csignal>
 
+#include "platform/linux/os/stuck_output.h"
 #include "platform/process.h"
 
 namespace vistel::platform {
@@ -23,8 +24,16 @@ static void noteInterrupt(int signalNumber) {
         raise(signalNumber);
     }
     requested = 1;
+    alarm(1);
     [[maybe_unused]] const ssize_t written = write(wakePipe[1], "!", 1);
     errno = before;
+}
+
+// After an interrupt nobody is waited for who does not read what the program says. The signal comes
+// to the first thread, whose write then begins anew.
+static void noteAlarm(int) {
+    dropStuckOutput();
+    alarm(1);
 }
 }
 
@@ -40,6 +49,8 @@ void catchInterrupts() {
         // Started with the signal ignored (in the background): it stays ignored.
         if (present.sa_handler != SIG_IGN) sigaction(number, &action, nullptr);
     }
+    action.sa_handler = noteAlarm;
+    sigaction(SIGALRM, &action, nullptr);
 }
 
 void ignoreClosedReaders() {

@@ -7,6 +7,8 @@
 //   pipe_partner kind            writes what standard input is: regular, fifo, device or other
 //   pipe_partner late GATE FILE  makes GATE.reached, waits until there is a file GATE, makes FILE
 //   pipe_partner stubborn GATE FILE  the same, and does not end when it is asked to
+//   pipe_partner leave TASK GATE FILE  starts itself with the other words as a command, releases that
+//                                and ends when there is GATE.reached
 //   pipe_partner unfinished MS FILE  creates an unfinished file for FILE, with a name, writes
 //                                "ready", waits
 //   pipe_partner complain WORD   writes the word to output and standard error, ends with 4
@@ -41,6 +43,16 @@ void makeBehindGate(const std::string& gate, const char* name) {
     FilePtr(openFile((gate + ".reached").c_str(), "w"));
     while (!fileExists(gate)) rest("20");
     FilePtr(openFile(name, "w"));
+}
+
+int leaveCommand(char** words) {
+    const std::string gate = words[1], task = words[0];
+    const std::string further = "\"" + gate + "\" \"" + words[2] + "\" || exit 1";
+    FILE* pipe = openPipe(quotedCommand(programPath(), task, further), "r");
+    if (!pipe) return 1;
+    while (!fileExists(gate + ".reached")) rest("20");
+    releasePipe(pipe);
+    return 0;
 }
 
 int sumOfInput() {
@@ -99,6 +111,8 @@ int main(int count, char** arguments) {
     } else if (task == "stubborn" && count > 3) {
         std::signal(SIGTERM, SIG_IGN);
         makeBehindGate(arguments[2], arguments[3]);
+    } else if (task == "leave" && count > 4) {
+        return leaveCommand(arguments + 2);
     } else if (task == "unfinished" && count > 3) {
         return leaveUnfinished(arguments[3], arguments[2]);
     } else if (task == "complain" && count > 2) {
