@@ -148,6 +148,11 @@ class Desktop:
         corner = self._root.translate_coords(window, 0, 0)
         return corner.x, corner.y, geometry.width, geometry.height
 
+    def topmost(self):
+        """Screen rectangle of the window above all others; open menus are windows, too."""
+        shown = lambda window: window.get_attributes().map_state == X.IsViewable
+        return self.rectangle([w for w in self._root.query_tree().children if shown(w)][-1])
+
     def focus(self, window):
         focused = self._display.get_input_focus().focus
         if getattr(focused, "id", 0) in self._family(window):

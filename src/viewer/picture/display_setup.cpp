@@ -42,23 +42,30 @@ int fittedSide(const ShowOptions& options, int side, int screenSide, int workSid
     return options.noRescale ? std::min(side, std::max(1, workSide - workAreaReserve)) : side;
 }
 
-// The window around picture and margins: centred on the work area at first, later where it is.
+// The window around picture and margins: centred on the work area at first, later where it is. After
+// full screen it is where it was before.
 void placeAround(const Picture& picture, const Surround& surround) {
     const int width = surround.visibleWidth + 2 * surround.marginX;
     const int height = surround.visibleHeight + 2 * surround.marginY;
+    WindowContext& context = windowContext();
+    const bool shown = platform::windowExists(context.window);
     if (picture.fullScreen) {
+        if (shown && !context.coversScreen) context.beforeCovering = clientOnScreen();
         const platform::ScreenSize screen = platform::screenSize();
         clearPreferredPosition();
-        windowContext().coversScreen = true;
+        context.coversScreen = true;
         return setPreferredPosition(0, screen.width, 0, screen.height);
     }
-    const platform::PixelRect work = platform::workArea(windowContext().window);
+    const platform::PixelRect work = platform::workArea(context.window);
     int left = work.left + std::max(0, (work.width() - width) / 2);
     int top = work.top + std::max(0, (work.height() - height) / 2);
-    if (platform::windowExists(windowContext().window) && !windowContext().coversScreen) {
-        platform::clientScreenPosition(windowContext().window, left, top);
+    if (shown && !context.coversScreen) {
+        platform::clientScreenPosition(context.window, left, top);
+    } else if (shown && context.beforeCovering) {
+        left = context.beforeCovering->left;
+        top = context.beforeCovering->top;
     }
-    windowContext().coversScreen = false;
+    context.coversScreen = false;
     setPreferredPosition(left, left + width, top, top + height);
     if (picture.noWinBorder) clearPreferredPosition();
 }

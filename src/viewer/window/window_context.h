@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -58,6 +59,7 @@ struct WindowContext {
     Cursor cursor;
     bool border = true;         // of the open window
     bool coversScreen = false;  // full screen
+    std::optional<platform::PixelRect> beforeCovering;  // its client area until then
     bool quit = false;          // the quit message was seen; never cleared while this window lives
     bool creating = false;      // the window is being created or re-created
     bool controlBarWanted = true;  // where there is room for it: not over a full screen

@@ -5,6 +5,8 @@
 #include <QDragEnterEvent>
 #include <QElapsedTimer>
 #include <QMimeData>
+#include <QOffscreenSurface>
+#include <QOpenGLContext>
 #include <QScreen>
 #include <QTimer>
 #include <QUrl>
@@ -25,6 +27,16 @@ constexpr Qt::WindowFlags withBorder = Qt::Window | Qt::CustomizeWindowHint | Qt
                                        Qt::WindowSystemMenuHint | Qt::WindowMinimizeButtonHint |
                                        Qt::WindowCloseButtonHint;
 constexpr Qt::WindowFlags withoutBorder = Qt::Window | Qt::FramelessWindowHint;
+
+// A driver that draws in software asks for the size of a window at the first drawing after a swap, and
+// when another surface was current before it. What is drawn already may have been the first.
+void forgetSurfaceSize(QOpenGLContext& context) {
+    QOffscreenSurface other;
+    other.setFormat(context.format());
+    other.create();
+    context.makeCurrent(&other);
+    context.doneCurrent();
+}
 
 }  // namespace
 
@@ -88,6 +100,7 @@ void ViewerWindow::openMenuOf(char mnemonic) {
 
 void ViewerWindow::areaResized() {
     if (!window) return;
+    if (window->context) forgetSurfaceSize(*window->context);
     makeSurfaceCurrent(window);
     window->sink.resized(window->sink.owner);
 }

@@ -63,6 +63,16 @@ TEST_F(MenuCommandsTest, FullScreenChosenTwiceIsFullScreenChosenOnce) {
     expectPicture([](int x, int y) { return testPixel(1, x, y); });
 }
 
+TEST_F(MenuCommandsTest, AfterFullScreenTheWindowIsWhereItWasBefore) {
+    showImage(testFrame(1, 400, 300));
+    platform::placeWindow(windowContext().window, {30, 100, 430, 400}, true);
+    headless::choose(COMMAND_FULL_SCREEN);
+    redraw();
+    released(keyEscape);
+    EXPECT_EQ(headless::windowRect().left, 30);
+    EXPECT_EQ(headless::windowRect().top, 100);
+}
+
 TEST_F(MenuCommandsTest, AfterAnotherZoomInFullScreenThePanIsNotThatOfBefore) {
     showImage(testFrame(1, 400, 300));
     key(keyPadDecimal);
