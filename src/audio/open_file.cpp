@@ -74,6 +74,8 @@ bool validSetup(const Opening& opening) {
 
 OwnedHandle openForReading(const Opening& opening, platform::FilePtr stream) {
     if (opening.setup && !validSetup(opening)) return nullptr;
+    // Samples go straight to where they are wanted: a buffer would copy them once more.
+    std::setvbuf(stream.get(), nullptr, _IONBF, 0);
     const int32_t position = formatPosition(opening, stream.get());
     if (position < 0 || !audioFormatSupported(opening.operation, position)) return nullptr;
     OwnedHandle file = newHandle(opening, stream, afRead, position);

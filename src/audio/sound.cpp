@@ -60,7 +60,7 @@ void Sound::feedPicture(int32_t picture, int32_t frameRate, double late) {
     } else if (output_->freeFrames() > 0) {
         feed(frameRate);
     } else {
-        feeder_->seek(track_->position() + track_->rate() / std::max(frameRate, 1));
+        feeder_->skip(track_->rate() / std::max(frameRate, 1));
     }
 }
 
@@ -69,9 +69,8 @@ void Sound::seek(int32_t frame, int32_t frameRate) {
 }
 
 double Sound::timePlayed() {
-    if (!feeder_ || feeder_->framesSent() == 0) return 0.0;
-    const int64_t pending = output_->pendingSamples() / track_->channels();
-    return static_cast<double>(feeder_->framesSent() - pending) / track_->rate() * speed_;
+    if (!feeder_) return 0.0;
+    return static_cast<double>(feeder_->framesPlayed()) / track_->rate() * speed_;
 }
 
 // --- levels --------------------------------------------------------------------------------------

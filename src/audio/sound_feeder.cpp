@@ -56,6 +56,17 @@ void SoundFeeder::seek(int64_t frame) {
     track_.seek(frame);
 }
 
+void SoundFeeder::skip(int64_t frames) {
+    const std::lock_guard lock(trackMutex_);
+    track_.seek(track_.position() + frames);
+}
+
+// Of a device that went in the midst of a chunk, more may be pending than counts as sent.
+int64_t SoundFeeder::framesPlayed() {
+    const std::lock_guard lock(sendMutex_);
+    return std::max<int64_t>(0, sent_ - output_.pendingSamples() / track_.channels());
+}
+
 void SoundFeeder::readChunk(int64_t usual) {
     wanted_ = std::min(usual, toPlay_ - sent_);
     const auto bytes = static_cast<uint64_t>(wanted_ * track_.frameBytes());
@@ -67,6 +78,7 @@ void SoundFeeder::readChunk(int64_t usual) {
 
 // Whether there is more to come.
 bool SoundFeeder::sendChunk() {
+    const std::lock_guard lock(sendMutex_);
     if (got_ < 1 || !output_.write(chunk_.data(), got_)) return false;
     sent_ += got_;
     return got_ == wanted_ && sent_ < toPlay_;

@@ -29,14 +29,16 @@ class SoundFeeder {
     void stop();
     // From the start to the stop or the end of the sound.
     bool isRunning() const { return running_; }
-    // The next chunk begins with this frame of the track.
+    // The next chunk begins with this frame of the track, or so many further on.
     void seek(int64_t frame);
+    void skip(int64_t frames);
 
     // Reads one chunk and queues it: of the usual size, or an n-th of a second for n of 10 and
     // more. False at the end of the sound, or when the device has gone. Not while the thread runs.
     bool feed(int32_t chunksPerSecond);
 
-    int64_t framesSent() const { return sent_; }
+    // Frames that were given to the device and are not pending any more.
+    int64_t framesPlayed();
 
  private:
     void run();
@@ -53,6 +55,7 @@ class SoundFeeder {
     std::mutex trackMutex_;
     int64_t toPlay_ = 0;
     std::atomic<int64_t> sent_ = 0;
+    std::mutex sendMutex_;  // what is sent and what is pending are counted together
 
     std::thread thread_;
     std::mutex mutex_;

@@ -33,6 +33,7 @@ struct WaveTimer {
 namespace {
 
 std::recursive_mutex lock;
+std::mutex timerCalls;  // held while a timer calls, which takes locks of its own; never inside `lock`
 headless::WaveFaults faults;
 headless::RecordedWaves recorded;
 std::vector<WaveDevice*> devices;  // those that are open
@@ -151,10 +152,11 @@ RingLock lockRing(WaveRing& which, size_t offset, size_t bytes, RingRegion& regi
     const size_t first = std::min(bytes, which.bytes.size() - offset);
     region.parts[0] = {which.bytes.data() + offset, first};
     region.parts[1] = {which.bytes.data(), bytes - first};
+    lock.lock();  // nothing is played out of memory that is written
     return RingLock::locked;
 }
 
-void unlockRing(WaveRing&, const RingRegion&) {}
+void unlockRing(WaveRing&, const RingRegion&) { lock.unlock(); }
 
 bool restoreRing(WaveRing&) {
     const std::lock_guard guard(lock);
@@ -202,7 +204,7 @@ WaveTimer* startWaveTimer(unsigned, unsigned, void (*call)(void* user), void* us
 }
 
 void stopWaveTimer(WaveTimer* which) {
-    const std::lock_guard guard(lock);
+    const std::scoped_lock guard(timerCalls, lock);
     if (timer == which) timer = nullptr;
     delete which;
 }
@@ -232,8 +234,13 @@ headless::RecordedWaves headless::recordedWaves() {
 }
 
 void headless::fireWaveTimer() {
-    const std::lock_guard guard(lock);
-    if (timer) timer->call(timer->user);
+    const std::lock_guard calling(timerCalls);
+    const WaveTimer* running;
+    {
+        const std::lock_guard guard(lock);
+        running = timer;
+    }
+    if (running) running->call(running->user);
 }
 
 }  // namespace vistel::platform

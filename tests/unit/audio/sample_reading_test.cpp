@@ -33,6 +33,15 @@ TEST_F(SampleReadingTest, NoMoreThanThereIs) {
     EXPECT_EQ(reports.all(), "");
 }
 
+// What would be read ahead is copied twice.
+TEST_F(SampleReadingTest, NothingIsReadAhead) {
+    const int descriptor = platform::streamDescriptor(file->stream.get());
+    EXPECT_EQ(read(3), 3);
+    EXPECT_EQ(lseek(descriptor, 0, SEEK_CUR), file->track().dataStart + 3);
+    EXPECT_EQ(read(2), 2);
+    EXPECT_EQ(lseek(descriptor, 0, SEEK_CUR), file->track().dataStart + 5);
+}
+
 TEST_F(SampleReadingTest, GoesOnWhereItWasSoughtTo) {
     EXPECT_EQ(AFseekframe(file.handle.get(), afDefaultTrack, 5), 0);
     EXPECT_EQ(read(2), 2);

@@ -191,6 +191,24 @@ TEST_F(SoundTest, AnEmptyDeviceGoesOnWithThePictureAndAFullOneLeavesItsPartOut) 
               part(10 * 1764 + 4410 + 3 * 1764, 1764));
 }
 
+TEST_F(SoundTest, TimeNeverGoesBack) {
+    headless::resetWaves({.playsAtOnce = false});
+    const TemporaryFile file(counted(4 * 44100));
+    Sound sound;
+    sound.play(file.name(), 1);
+    double before = 0;
+    std::thread device([&] {
+        while (sound.isPlaying()) headless::playWaves(882);
+    });
+    while (sound.isPlaying()) {
+        const double now = sound.timePlayed();
+        EXPECT_GE(now, before);
+        before = now;
+    }
+    device.join();
+    EXPECT_GE(sound.timePlayed(), before);
+}
+
 TEST_F(SoundTest, SeeksWhileItPlays) {
     headless::resetWaves({.playsAtOnce = false});
     const Bytes bytes = counted(441000);
