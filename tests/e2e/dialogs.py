@@ -50,6 +50,7 @@ class Dialog:
 
     def end(self, stroke):
         """The stroke with which it goes."""
+        self.desktop.focus(self.window)  # a box over it may have had the keyboard
         self.key(stroke)
         what = lambda: f"the end of the dialog {self.title!r} {self.program.report()}"
         wait_until(lambda: not self.there(), what=what)
