@@ -77,12 +77,15 @@ class Dialog:
             self.key("Tab")
 
 
-def answer_file(program, title, name, type_letters=None, **fields):
+def answer_file(program, title, name, type_letters=None, offset=None, **fields):
     """Types a name into a dialog for files, and what else is asked; the dialog, which has gone."""
     dialog = Dialog(program, title)
     dialog.type(name)
     if type_letters:
         dialog.choose_type(type_letters)
+    if offset is not None:  # the only field
+        dialog.key(*["Tab"] * TO_THE_FIRST_FIELD, "Control_L+a")
+        dialog.type(str(offset))
     if fields:
         dialog.fill(**fields)
     dialog.end("Return")

@@ -1,6 +1,7 @@
 """The dialogs for files: what is typed and chosen in them is what is opened, saved, imported."""
 
 import io
+import time
 
 import numpy as np
 import pytest
@@ -14,6 +15,7 @@ from framefile import Animation, Picture, noise, on_screen, shrunk, stored_pixel
 from menus import choose, menu_picture
 from program import Player
 from scene import Scene
+from sound_server import SoundServer
 from test_saving import same, saved
 
 OTHER = Picture(colour=noise(200, 100, seed=5))
@@ -239,3 +241,37 @@ def test_without_a_sound_service_one_line_tells_and_the_pictures_go_on(start, fo
     program.key("space")
     player.playing()
     assert program.close() == 0
+
+
+def test_an_imported_sound_begins_with_the_frame_of_its_offset(start, folder, tmp_path):
+    server = SoundServer(tmp_path / "sound")
+    try:
+        animation = Animation(last=20).write(folder)
+        (folder / "noise.wav").write_bytes(soundfile.wave(soundfile.noise(8820)))  # 0.2 s
+        player = Player(start("-r", "10", "shot.", environment=server.environment), animation)
+        player.pause()
+        program = player.program
+        silent = menu_picture(program, "f")
+        program.key("space")
+        choose(program, "Import Sound")
+        began = time.monotonic()
+        answer_file(program, "Open", "noise.wav", offset=11)
+        player.wait_for(11)
+        shown = time.monotonic()
+        wait_until(lambda: len(server.starts(began)), what=lambda: f"a sound {program.report()}")
+        assert abs(server.starts(began)[0] - shown) < 0.5, "1 second after the first frame"
+        player.pause()
+        assert not np.array_equal(menu_picture(program, "f"), silent), "the item is there now"
+        choose(program, "Toggle Sound")  # off
+        program.key("space")
+        program.wait_for_rest()
+        muted = time.monotonic()
+        for frame in (10, 20, 10, 20):
+            player.wait_for(frame)
+        assert not len(server.starts(muted)), "silence"
+        choose(program, "Toggle Sound")
+        player.wait_for(11)
+        wait_until(lambda: len(server.starts(muted)), what=lambda: f"a sound {program.report()}")
+        assert program.close() == 0
+    finally:
+        server.close()
