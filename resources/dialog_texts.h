@@ -11,6 +11,8 @@
     "Saving writes the shown image, or every frame of the animation, in the chosen file type. In " \
     "the name of an animation a # stands for the frame number."
 
+#define FILE_MISSING "There is no such file."
+
 #define SET_END_FRAME_TEXT "Set End Frame"
 #define ZOOM_FACTOR_TEXT "Zoom Factor"
 #define SHRINK_FACTOR_TEXT "Shrink Factor"

@@ -50,6 +50,7 @@ class Dialog:
 
     def end(self, stroke):
         """The stroke with which it goes."""
+        self.desktop.focus(self.window)  # a box over it may have had the keyboard
         self.key(stroke)
         what = lambda: f"the end of the dialog {self.title!r} {self.program.report()}"
         wait_until(lambda: not self.there(), what=what)
@@ -76,12 +77,15 @@ class Dialog:
             self.key("Tab")
 
 
-def answer_file(program, title, name, type_letters=None, **fields):
+def answer_file(program, title, name, type_letters=None, offset=None, **fields):
     """Types a name into a dialog for files, and what else is asked; the dialog, which has gone."""
     dialog = Dialog(program, title)
     dialog.type(name)
     if type_letters:
         dialog.choose_type(type_letters)
+    if offset is not None:  # the only field
+        dialog.key(*["Tab"] * TO_THE_FIRST_FIELD, "Control_L+a")
+        dialog.type(str(offset))
     if fields:
         dialog.fill(**fields)
     dialog.end("Return")

@@ -33,6 +33,22 @@ QString filterText(const FileFilter& filter) {
            QLatin1Char(')');
 }
 
+// A file to be opened may be typed though its name has not the chosen type: any name is taken at
+// first, and the dialog stays open when there is no such file.
+class FileDialog : public QFileDialog {
+ public:
+    using QFileDialog::QFileDialog;
+
+    void accept() override {
+        const QStringList names = selectedFiles();
+        const bool opens = acceptMode() == AcceptOpen && !names.isEmpty();
+        if (!opens || QFileInfo::exists(names.constFirst())) return QFileDialog::accept();
+        QMessageBox::warning(this, windowTitle(),
+                             names.constFirst() + QLatin1String("\n\n") +
+                                 QStringLiteral(FILE_MISSING));
+    }
+};
+
 // The fields below a dialog.
 class Fields {
  public:
@@ -104,9 +120,9 @@ std::optional<FileChoice> askForFile(Window* over, const FileRequest& request) {
     const bool saves = request.question == FileQuestion::save;
     const bool asksMore = request.question == FileQuestion::openAnimation ||
                           request.question == FileQuestion::openSound;
-    QFileDialog dialog(boxParent(over));
+    FileDialog dialog(boxParent(over));
     dialog.setAcceptMode(saves ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
-    dialog.setFileMode(saves ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
+    dialog.setFileMode(QFileDialog::AnyFile);
     // Whether a file may be replaced is asked by who saves it.
     dialog.setOption(QFileDialog::DontConfirmOverwrite);
     dialog.setOption(QFileDialog::DontUseNativeDialog, asksMore);
