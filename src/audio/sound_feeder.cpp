@@ -90,14 +90,18 @@ bool SoundFeeder::feed(int32_t chunksPerSecond) {
     return sendChunk();
 }
 
-// Polls the device; false when the feeder was stopped meanwhile.
+// Polls the device, every millisecond when the room is near; false when the feeder was stopped
+// meanwhile.
 bool SoundFeeder::waitForRoom(int64_t frames) {
     std::unique_lock lock(mutex_);
     while (!stopped_) {
         lock.unlock();
-        if (output_.freeFrames() >= frames) return true;
+        const int64_t missing = frames - output_.freeFrames();
+        if (missing <= 0) return true;
         lock.lock();
-        changed_.wait_for(lock, milliseconds(1), [this] { return stopped_.load(); });
+        const int64_t halfTheWay = missing * 500 / track_.rate();
+        changed_.wait_for(lock, milliseconds(std::clamp<int64_t>(halfTheWay, 1, 5)),
+                          [this] { return stopped_.load(); });
     }
     return false;
 }

@@ -4,6 +4,7 @@ plays a file as the viewer does."""
 import re
 import subprocess
 import tempfile
+from pathlib import Path
 
 import numpy as np
 import pytest
@@ -73,6 +74,12 @@ def start_of_next(server):
     return len(server.heard()) // 4 * 4
 
 
+def helper_threads_time(process):
+    """Processor seconds of all its threads but the first, which only waits for the end."""
+    threads = [thread for thread in Path(f"/proc/{process}/task").iterdir() if thread.name != str(process)]
+    return sum(int((thread / "schedstat").read_text().split()[0]) for thread in threads) / 1e9
+
+
 def test_every_sample_is_heard_once_and_in_order(system, tmp_path, server):
     samples = soundfile.noise(44100)
     path, before = file_of(tmp_path, samples), start_of_next(server)
@@ -87,6 +94,23 @@ def test_twice_the_speed_takes_every_other_frame(system, tmp_path, server):
     path, before = file_of(tmp_path, samples), start_of_next(server)
     assert play(system, path, "2", environment=server.environment).status == 0
     wait_until(lambda: hears(system, server, before, samples[::2]), what="every other frame")
+
+
+def test_playing_takes_little_of_the_processor(system, tmp_path, server):
+    if system.name != "linux":
+        pytest.skip("under Wine the threads of its own sound service are counted, too")
+    path, before = file_of(tmp_path, soundfile.noise(44100 * 6)), start_of_next(server)
+    with subprocess.Popen(
+        [*system.command("play_sound"), str(path)],
+        env={**system.environment(system.folder, f"{system.marker}-tool"), **server.environment},
+        stdout=subprocess.DEVNULL,
+    ) as player:
+        wait_until(lambda: len(sounding(server.heard()[before:])) > 0, what="the sound")
+        used, heard = helper_threads_time(player.pid), len(server.heard())
+        wait_until(lambda: len(server.heard()) > heard + 4 * 44100 * 4, what="four seconds of sound")
+        used = helper_threads_time(player.pid) - used
+    print(f"{used / 4:.2%}")
+    assert used < 0.02 * 4
 
 
 def test_without_a_server_there_is_no_sound_and_no_wait(system, tmp_path):

@@ -178,7 +178,7 @@ void watch(WaveDevice& device) {
         if (device.written.empty())
             device.changed.wait(lock, hasWork);
         else
-            device.changed.wait_for(lock, milliseconds(2), hasWork);
+            device.changed.wait_for(lock, milliseconds(4), hasWork);
     }
 }
 
