@@ -176,7 +176,7 @@ constexpr ChunkRow chunkTable[] = {
 int handleChunk(IffReader& chunk, ImageParse& parse) {
     const bool listing = parse.listing();
     const auto report = [&](const std::string& text) {
-        platform::writeReport(text, [&] { return parse.goOn(); });
+        platform::writeReport(text, parse.request.goOn);
     };
     if (listing)
         report(printable(listingLine(chunk.depth(), chunk.chunkId(), chunk.chunkSize(), 0)));

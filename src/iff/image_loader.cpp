@@ -20,7 +20,7 @@ static void listGroup(const IffReader& group, const ImageParse& parse) {
     if (!parse.listing()) return;
     const std::string line =
         listingLine(group.depth(), group.chunkId(), group.chunkSize(), group.groupType());
-    platform::writeReport(printable(line) + "\n", [&] { return parse.goOn(); });
+    platform::writeReport(printable(line) + "\n", parse.request.goOn);
 }
 
 static int walkGroup(IffReader& group, ImageParse& parse) {
