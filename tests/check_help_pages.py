@@ -104,7 +104,7 @@ def coverage_faults(generator, tables, texts):
 
 def menu_faults(pages, menu):
     """The menu's pages are those that there are."""
-    opened = {f"VisTel{number}.html" for number in re.findall(r"openHelpPage, (\d+)}", menu)}
+    opened = {f"VisTel{number}.html" for number in re.findall(r"openHelpPage, +(\d+)}", menu)}
     for name in sorted(opened ^ set(pages)):
         yield f"{name}: " + ("the menu opens it, it is not there" if name in opened else "no menu item opens it")
 
@@ -155,7 +155,7 @@ def self_test(generator, tables):
             (folder / name).write_text(text.replace(old, new), encoding="utf-8")
             if not any(expected in fault for fault in faults(folder, generator, tables, menu)):
                 failures.append(f"{name} with {new!r}: nothing found like {expected!r}")
-    wrong_menu = menu.replace("openHelpPage, 13}", "openHelpPage, 14}")
+    wrong_menu = re.sub(r"(openHelpPage, +)13}", r"\g<1>14}", menu)
     told = " ".join(faults(source, generator, tables, wrong_menu))
     if "VisTel14.html: the menu opens it" not in told or "VisTel13.html: no menu item" not in told:
         failures.append("a menu item with a wrong page is not found")
