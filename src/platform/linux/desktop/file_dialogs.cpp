@@ -43,9 +43,9 @@ class FileDialog : public QFileDialog {
         const QStringList names = selectedFiles();
         const bool opens = acceptMode() == AcceptOpen && !names.isEmpty();
         if (!opens || QFileInfo::exists(names.constFirst())) return QFileDialog::accept();
-        QMessageBox::warning(this, windowTitle(),
-                             names.constFirst() + QLatin1String("\n\n") +
-                                 QStringLiteral(FILE_MISSING));
+        QMessageBox::warning(
+            this, windowTitle(),
+            names.constFirst() + QLatin1String("\n\n") + QStringLiteral(FILE_MISSING));
     }
 };
 

@@ -28,8 +28,8 @@ constexpr Qt::WindowFlags withBorder = Qt::Window | Qt::CustomizeWindowHint | Qt
                                        Qt::WindowCloseButtonHint;
 constexpr Qt::WindowFlags withoutBorder = Qt::Window | Qt::FramelessWindowHint;
 
-// A driver that draws in software asks for the size of a window at the first drawing after a swap, and
-// when another surface was current before it. What is drawn already may have been the first.
+// A driver that draws in software asks for the size of a window at the first drawing after a swap,
+// and when another surface was current before it. What is drawn already may have been the first.
 void forgetSurfaceSize(QOpenGLContext& context) {
     QOffscreenSurface other;
     other.setFormat(context.format());

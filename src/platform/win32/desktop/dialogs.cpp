@@ -57,7 +57,7 @@ void showSystemErrorBox(Window* over, const std::string& caption) {
 
 bool confirm(Window* over, const std::string& caption, const std::string& text) {
     return MessageBoxW(handleOf(over), wideText(text).c_str(), wideText(caption).c_str(),
-                       MB_YESNO | MB_ICONQUESTION) == IDYES;
+                       MB_YESNO | MB_ICONQUESTION | MB_DEFBUTTON2) == IDYES;
 }
 
 void showAbout(Window* over, const std::string& text) {
