@@ -55,7 +55,7 @@ static void copyInto(const platform::RingRegion& region, const std::vector<uint8
     for (const platform::RingPart& part : region.parts) {
         if (part.size == 0) continue;
         const size_t count = std::min(part.size, bytes.size() - done);
-        std::memcpy(part.bytes, bytes.data() + done, count);
+        std::copy_n(bytes.begin() + static_cast<std::ptrdiff_t>(done), count, part.bytes);
         std::memset(part.bytes + count, silence, part.size - count);
         done += count;
     }

@@ -37,6 +37,13 @@ TEST_F(WaveRingTest, PlaysWhatIsWrittenWithSilenceBehindIt) {
     EXPECT_EQ(ring->pendingBytes(), 0);
 }
 
+TEST_F(WaveRingTest, NothingCanBeWritten) {
+    const auto ring = open();
+    const auto bytes = counting(100, 1);
+    ASSERT_TRUE(ring->write(bytes.data(), 0));
+    EXPECT_EQ(ring->pendingBytes(), 0);
+}
+
 TEST_F(WaveRingTest, GoesRoundWithoutAGap) {
     const auto ring = open();
     std::vector<uint8_t> all;

@@ -227,6 +227,9 @@ bool startWatching(WaveDevice& device) try {
 }  // namespace
 
 WaveDevice* openWaveDevice(const WaveFormat& format, WaveBlockDone done, void* user) {
+    // A server that is there answers at once; one that takes its time is not waited for here. A
+    // tenth of a second is to do for the library, too.
+    const auto patience = std::chrono::steady_clock::now() + milliseconds(60);
     const PulseLibrary* pulse = pulseLibrary();
     if (!pulse) return nullptr;
     auto* device = new WaveDevice;
@@ -236,10 +239,9 @@ WaveDevice* openWaveDevice(const WaveFormat& format, WaveBlockDone done, void* u
     device->user = user;
     bool there = connect(*device);
     if (there) {
-        // A server that is there answers at once; one that takes its time is not waited for here.
         std::unique_lock lock(device->mutex);
-        device->changed.wait_for(lock, milliseconds(80),
-                                 [&] { return device->state != WaveDevice::State::connecting; });
+        device->changed.wait_until(lock, patience,
+                                   [&] { return device->state != WaveDevice::State::connecting; });
         there = device->state != WaveDevice::State::gone;
     }
     if (there && startWatching(*device)) return device;
