@@ -1,0 +1,78 @@
+"""The program killed while it saves: the old file or the new one is there, whole."""
+
+import re
+import subprocess
+
+import numpy as np
+import pytest
+
+import framefile
+import framereader
+from desktop import wait_until
+from framefile import Picture, noise
+
+OLD = b"what was there"
+PICTURE = Picture(colour=noise(101, 75, seed=3))
+# What saving asks of the system; some of the writes are the window's own.
+CALLS = "openat,write,pwrite64,fchmod,ftruncate,fdatasync,fsync,close,rename,renameat,renameat2,unlink"
+MOST_OF_A_CALL = 8
+
+
+class Traced:
+    """A tracer of a program from now on."""
+
+    def __init__(self, program, *options):
+        self.tracer = subprocess.Popen(
+            ["strace", "-f", "-p", str(program.process.pid), "-e", f"trace={CALLS}", *options],
+            stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True,
+        )
+        assert "attached" in self.tracer.stderr.readline()
+
+    def end(self):
+        self.tracer.terminate()
+        self.tracer.communicate()
+
+
+def show(start, folder):
+    framefile.write(folder / "one", PICTURE)
+    (folder / "vistel.out.1").write_bytes(OLD)
+    program = start("one")
+    program.find_part(framefile.on_screen(PICTURE))
+    program.wait_for_rest()
+    return program
+
+
+def what_is_there(target):
+    content = target.read_bytes()
+    if content == OLD:
+        return "old"
+    whole = np.array_equal(framereader.read(content).colour[::-1], PICTURE.colour)
+    return "new" if whole else "broken"
+
+
+def test_killed_at_any_system_call_the_old_file_or_the_new_one_is_there_whole(system, start, folder):
+    if system.name != "linux":
+        pytest.skip("needs strace")
+    target, log = folder / "vistel.out.1", folder / "log"
+    program = show(start, folder)
+    traced = Traced(program, "-o", str(log))
+    program.key("w")
+    wait_until(lambda: "done" in program.stderr(), what="the end of saving")
+    traced.end()
+    assert what_is_there(target) == "new"
+    assert program.close() == 0
+    calls = re.findall(r"^(?:\d+ +)?(\w+)\(", log.read_text(), re.MULTILINE)
+    assert {"fdatasync", "rename"} & set(calls), set(calls)
+    left = []
+    for name in sorted(set(calls)):
+        for count in range(1, min(calls.count(name), MOST_OF_A_CALL) + 1):
+            program = show(start, folder)
+            inject = f"inject={name}:signal=KILL:when={count}"
+            traced = Traced(program, "-o", "/dev/null", "-e", inject)
+            program.key("w")
+            ended = lambda: not program.running() or "done" in program.stderr()
+            wait_until(ended, what=lambda: f"the end at {name} {count}")
+            traced.end()
+            left.append(what_is_there(target))
+            program.kill()
+    assert set(left) == {"old", "new"}, left
