@@ -172,7 +172,8 @@ def test_a_range_of_which_nearly_all_is_missing_is_loaded_at_once(start, folder)
 def test_the_first_frame_of_a_huge_range_is_found_at_once(start, folder):
     animation = Animation(1_999_999_998, 2_000_000_000).write(folder, "s.{}")
     player = Player(start("-f", "-n", "-2000000000", "2000000000", "1", "s"), animation)
-    assert player.playing(2) == animation.numbers
+    # They pass once, then frames follow for years of which there is none.
+    assert player.record(1)[0] in animation.numbers
     assert player.program.close() == 0
 
 
