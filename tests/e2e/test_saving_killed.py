@@ -76,3 +76,22 @@ def test_killed_at_any_system_call_the_old_file_or_the_new_one_is_there_whole(sy
             left.append(what_is_there(target))
             program.kill()
     assert set(left) == {"old", "new"}, left
+
+
+FAILURES = {"fdatasync": ("ENOSPC", "No space left on device"), "rename": ("EROFS", "Read-only file system")}
+
+
+def test_a_disk_that_fails_at_the_end_leaves_the_old_file_and_is_named(system, start, folder):
+    if system.name != "linux":
+        pytest.skip("needs strace")
+    target = folder / "vistel.out.1"
+    for call, (error, reason) in FAILURES.items():
+        program = show(start, folder)
+        traced = Traced(program, "-o", "/dev/null", "-e", f"inject={call}:error={error}")
+        program.key("w")
+        wait_until(lambda: reason in program.stderr(), what=lambda: f"{reason} {program.report()}")
+        traced.end()
+        assert "vistel.out.1" in program.stderr()
+        assert what_is_there(target) == "old"
+        assert not list(folder.glob("*unfinished*"))
+        assert program.close() == 0
