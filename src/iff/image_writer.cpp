@@ -178,6 +178,21 @@ int ImageWriter::allocateBands() {
 // File channel c is the (3 - c)th channel of the plane pixel.
 static void packChannels(const uint32_t* pixels, uint32_t width, const TileFormat& format,
                          uint8_t* out) {
+    if (format.channelCount == 4) {  // all of them: the pixel's bytes the other way round
+        for (uint32_t x = 0; x < width; ++x) {
+            const uint32_t swapped = __builtin_bswap32(pixels[x]);
+            std::memcpy(out + 4 * x, &swapped, 4);
+        }
+        return;
+    }
+    if (format.channelCount == 3 && format.channels[0] == channelBlue) {
+        for (uint32_t x = 0; x < width; ++x, out += 3) {
+            out[0] = static_cast<uint8_t>(pixels[x] >> 16);
+            out[1] = static_cast<uint8_t>(pixels[x] >> 8);
+            out[2] = static_cast<uint8_t>(pixels[x]);
+        }
+        return;
+    }
     for (uint32_t x = 0; x < width; ++x)
         for (int i = 0; i < format.channelCount; ++i)
             *out++ = static_cast<uint8_t>(pixels[x] >> (8 * (3 - format.channels[i])));
