@@ -110,7 +110,7 @@ TEST_F(SoundInStepTest, OneThatIsNotPlayedIsToldOnce) {
     };
     const TemporaryFile noSound(Bytes("no sound at all, but text"));
     const TemporaryFile cut(wave(waveChunk("fmt ", little16(1))));
-    EXPECT_EQ(told("no\nsuch.wav"), "no\\x0asuch.wav is not played: No such file or directory.\n");
+    EXPECT_EQ(told("no such.wav"), "no such.wav is not played: No such file or directory.\n");
     EXPECT_EQ(told(noSound.name()),
               noSound.name() + " is not played: no sound of a known type (AIFF, AIFF-C, WAVE).\n");
     EXPECT_TRUE(told(cut.name()).starts_with(cut.name() + " is not played: "));
