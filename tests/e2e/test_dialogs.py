@@ -99,10 +99,11 @@ def test_an_animation_is_shrunk_and_has_its_depth_when_that_is_asked_for(start, 
     choose(program, "Open Animation")
     answer_file(program, "Open", "deep.1", shrink=2, depth=True)
     small = shrunk(stored_pixels(picture), 2)
-    scene = Scene(program, small)
+    program.find(np.ascontiguousarray(small[::-1, :, :3]))
     program.wait_until_loaded()
     program.key("space")
     program.wait_for_rest()
+    scene = Scene(program, small)  # the window may have moved until now
     scene.key("z", rules.grey(rules.depth(shrunk(z, 2))))
     assert program.close() == 0
 

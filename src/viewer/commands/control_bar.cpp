@@ -46,8 +46,10 @@ void showAndRest(Viewer& viewer, int key) {
 // --- how they look ------------------------------------------------------------------------------
 
 bool steps(const Viewer& viewer) { return viewer.animation != 0; }
-// A sound plays forward only.
-bool playsBackward(const Viewer& viewer) { return viewer.animation && !viewer.soundOn; }
+// A sound that is heard plays forward only.
+bool playsBackward(const Viewer& viewer) {
+    return viewer.animation && !(viewer.soundOn && viewer.soundLoaded);
+}
 template <ChannelMode view>
 bool shows(const Viewer& viewer) {
     return viewer.shown && hasView(viewer, view);

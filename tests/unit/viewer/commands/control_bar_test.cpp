@@ -174,7 +174,9 @@ TEST_F(ControlBarTest, ThePlayStateIsShownAfterEachKey) {
 
 TEST_F(ControlBarTest, NothingPlaysBackwardWithSoundAndAnImageDoesNotPlay) {
     showAnimation(1, 5);
-    viewerState.soundOn = 1;
+    viewerState.soundOn = 1;  // wanted, but not to be had
+    EXPECT_TRUE(look(BAR_PLAY_BACKWARD).enabled);
+    viewerState.soundLoaded = 1;
     EXPECT_FALSE(look(BAR_PLAY_BACKWARD).enabled);
     EXPECT_EQ(codesOfClick(BAR_PLAY_BACKWARD), std::vector<int>{});
     EXPECT_TRUE(look(BAR_PLAY_FORWARD).enabled);
