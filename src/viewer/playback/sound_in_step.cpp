@@ -55,8 +55,8 @@ Way wayTo(const Player& player, int before, int frame) {
     return late ? Way::jump : Way::onward;
 }
 
-// How late the picture is that is about to be made up for. Where none is on time the sound keeps to
-// the pictures.
+// By how much the picture is late, where the next ones can make up for that: the sound does not
+// wait. With pictures that are later still the sound keeps to them.
 double secondsLate(const Player& player) {
     constexpr float longest = 100;
     const float late = -player.clock.timeAhead(effectiveFrameRate(player));
