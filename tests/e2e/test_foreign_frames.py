@@ -345,6 +345,19 @@ def test_a_converter_that_is_missing_is_named_with_the_file_and_the_next_one_sho
     assert program.close() == 0
 
 
+def test_a_converter_among_the_frames_is_not_run(system, start_alone, folder):
+    picture = framefile.Picture(colour=framefile.noise(120, 90, seed=4))
+    (folder / "foreign.png").write_bytes(pictures.png(as_pixels(picture)))
+    framefile.write(folder / "own.iff", framefile.Picture(colour=framefile.noise(120, 90, seed=5)))
+    name = f"pixconv{system.binary.suffix}"
+    shutil.copy2(system.binary.with_name(name), folder / name)
+    program = start_alone("foreign.png", "own.iff")
+    program.find(framefile.on_screen(framefile.Picture(colour=framefile.noise(120, 90, seed=5))))
+    told = lines_with(program.stderr(), "foreign.png")
+    assert len(told) == 1 and "pixconv" in told[0], program.stderr()
+    assert program.close() == 0
+
+
 def test_a_range_whose_converter_is_missing_is_named(start_alone, folder):
     write_frames(folder, FRAMES)
     program = start_alone(*range_of(FRAMES, "shot.@@.png"))
