@@ -1,7 +1,6 @@
 """The program killed while it saves: the old file or the new one is there, whole."""
 
 import re
-import subprocess
 
 import numpy as np
 import pytest
@@ -10,27 +9,13 @@ import framefile
 import framereader
 from desktop import wait_until
 from framefile import Picture, noise
+from tracer import Tracer
 
 OLD = b"what was there"
 PICTURE = Picture(colour=noise(101, 75, seed=3))
 # What saving asks of the system; some of the writes are the window's own.
-CALLS = "openat,write,pwrite64,fchmod,ftruncate,fdatasync,fsync,close,rename,renameat,renameat2,unlink"
+CALLS = "trace=openat,write,pwrite64,fchmod,ftruncate,fdatasync,fsync,close,rename,renameat,renameat2,unlink"
 MOST_OF_A_CALL = 8
-
-
-class Traced:
-    """A tracer of a program from now on."""
-
-    def __init__(self, program, *options):
-        self.tracer = subprocess.Popen(
-            ["strace", "-f", "-p", str(program.process.pid), "-e", f"trace={CALLS}", *options],
-            stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True,
-        )
-        assert "attached" in self.tracer.stderr.readline()
-
-    def end(self):
-        self.tracer.terminate()
-        self.tracer.communicate()
 
 
 def show(start, folder):
@@ -55,24 +40,22 @@ def test_killed_at_any_system_call_the_old_file_or_the_new_one_is_there_whole(sy
         pytest.skip("needs strace")
     target, log = folder / "vistel.out.1", folder / "log"
     program = show(start, folder)
-    traced = Traced(program, "-o", str(log))
+    Tracer(program, "-e", CALLS, log=log)
     program.key("w")
-    wait_until(lambda: "done" in program.stderr(), what="the end of saving")
-    traced.end()
+    traced = lambda: text if "done" in (text := log.read_text()) else ""
+    calls = re.findall(r"^(?:\d+ +)?(\w+)\(", wait_until(traced, what="the end of saving"), re.MULTILINE)
     assert what_is_there(target) == "new"
     assert program.close() == 0
-    calls = re.findall(r"^(?:\d+ +)?(\w+)\(", log.read_text(), re.MULTILINE)
     assert {"fdatasync", "rename"} & set(calls), set(calls)
     left = []
     for name in sorted(set(calls)):
         for count in range(1, min(calls.count(name), MOST_OF_A_CALL) + 1):
             program = show(start, folder)
             inject = f"inject={name}:signal=KILL:when={count}"
-            traced = Traced(program, "-o", "/dev/null", "-e", inject)
+            Tracer(program, "-e", CALLS, "-e", inject)
             program.key("w")
             ended = lambda: not program.running() or "done" in program.stderr()
             wait_until(ended, what=lambda: f"the end at {name} {count}")
-            traced.end()
             left.append(what_is_there(target))
             program.kill()
     assert set(left) == {"old", "new"}, left
@@ -87,10 +70,9 @@ def test_a_disk_that_fails_at_the_end_leaves_the_old_file_and_is_named(system, s
     target = folder / "vistel.out.1"
     for call, (error, reason) in FAILURES.items():
         program = show(start, folder)
-        traced = Traced(program, "-o", "/dev/null", "-e", f"inject={call}:error={error}")
+        Tracer(program, "-e", f"trace={call}", "-e", f"inject={call}:error={error}")
         program.key("w")
         wait_until(lambda: reason in program.stderr(), what=lambda: f"{reason} {program.report()}")
-        traced.end()
         assert "vistel.out.1" in program.stderr()
         assert what_is_there(target) == "old"
         assert not list(folder.glob("*unfinished*"))
