@@ -60,7 +60,7 @@ def menu_picture(program, letter):
     open_menu(program, letter)
     program.wait_for_rest()
     x, y, width, height = program.desktop.topmost()
-    packed = program.desktop.packed()[y : y + height, x : x + width]
+    packed = program.desktop.packed(x, y, width, height)
     leave_menu(program)
     return packed
 
@@ -96,4 +96,4 @@ class Bar:
 
     def pixels(self):
         top, left = self.top, self.left
-        return self.desktop.packed()[top : top + view.CONTROL_BAR, left : left + 320].copy()
+        return self.desktop.packed(left, top, 320, view.CONTROL_BAR)

@@ -466,12 +466,8 @@ class Player:
 
     def frame(self):
         """The number of the frame shown, None while something else is there."""
-        return self._frame_in(self.desktop.packed())
-
-    def _frame_in(self, packed):
-        half, height = self.animation.width // 2, self.animation.height
-        y, x = self.y, self.x + half
-        area = packed[y : y + height, x : x + half]
+        half = self.animation.width // 2
+        area = self.desktop.packed(self.x + half, self.y, half, self.animation.height)
         if not (area == area[0, 0]).all():
             return None
         value = int(area[0, 0])

@@ -25,7 +25,7 @@ class Scene:
     def picture(self):
         """The window pixels in the picture's place, first row above."""
         y, x = self.place.y, self.place.x
-        return unpack(self.desktop.packed()[y : y + self.height, x : x + self.width])
+        return unpack(self.desktop.packed(x, y, self.width, self.height))
 
     def differences(self, wanted):
         """Which pixels are not as they should be."""

@@ -53,7 +53,7 @@ class TwoWindows:
     def shows(self, name, index):
         """Whether the window's place on the screen has its colour, and nothing else."""
         x, y, width, height = map(int, self.said(name, "opened")[0].split())
-        area = self.desktop.packed()[y : y + height, x : x + width]
+        area = self.desktop.packed(x, y, width, height)
         return (area == COLOURS[name][index]).all()
 
     def wait_to_show(self, name, index):
