@@ -6,6 +6,7 @@
 #include <ctime>
 #include <new>
 #include <optional>
+#include <span>
 
 #include "host/byte_order.h"
 #include "iff/iff_writer.h"
@@ -287,31 +288,25 @@ int ImageWriter::writeBandTiles() {
     return iffOk;
 }
 
-int ImageWriter::writeBandTile(int32_t id, Band& band, const TileRect& rect) {
-    const size_t tileRowBytes = size_t{rect.width()} * band.pixelBytes;
-    raw_.resize(tileRowBytes * rect.height());
-    const uint32_t bandRow = rect.y1 % tile_.height;
-    for (uint32_t y = 0; band.there() && y < rect.height(); ++y)
-        std::memcpy(raw_.data() + y * tileRowBytes,
-                    band.row(bandRow + y) + rect.x1 * size_t(band.pixelBytes), tileRowBytes);
-    return writeTileChunk(id, rect, raw_.data());
+int ImageWriter::writeBandTile(int32_t id, const Band& band, const TileRect& rect) {
+    if (!band.there()) return writeTileChunk(id, rect, nullptr, 0);
+    const uint8_t* pixels = band.row(rect.y1 % tile_.height) + rect.x1 * size_t(band.pixelBytes);
+    return writeTileChunk(id, rect, pixels, band.rowBytes);
 }
 
-int ImageWriter::writeTileChunk(int32_t id, const TileRect& rect, const uint8_t* raw) {
+int ImageWriter::writeTileChunk(int32_t id, const TileRect& rect, const uint8_t* pixels,
+                                size_t rowBytes) {
     const TileFormat format = formatOf(id);
-    const uint64_t rawSize = rawTileSize(format, rect);
-    if (rawSize > INT32_MAX - 8) return iffBadSize;
-    const size_t packedSize = encodeTile(format, rect, raw, packed_);
-    const size_t size = packedSize != 0 ? packedSize : static_cast<size_t>(rawSize);
+    if (rawTileSize(format, rect) > INT32_MAX - 8) return iffBadSize;
+    const std::span<const uint8_t> data = encoder_.encode(format, rect, pixels, rowBytes);
     uint8_t corners[8];
     writeBig16(corners, rect.x1);
     writeBig16(corners + 2, rect.y1);
     writeBig16(corners + 4, rect.x2);
     writeBig16(corners + 6, rect.y2);
-    int code = container_->beginChunk(id, static_cast<uint32_t>(8 + size));
+    int code = container_->beginChunk(id, static_cast<uint32_t>(8 + data.size()));
     if (code == iffOk) code = container_->write(corners, sizeof corners);
-    if (code == iffOk && size > 0)
-        code = container_->write(packedSize ? packed_.data() : raw, size);
+    if (code == iffOk && !data.empty()) code = container_->write(data.data(), data.size());
     return code == iffOk ? container_->endChunk() : code;
 }
 
@@ -325,7 +320,8 @@ int ImageWriter::writeTile(const char (&id)[5], const TileRect& rect, const uint
     if (kind == iffId("ZBUF") && !header_.has(imageZ)) return iffNoZPlane;
     if (kind == iffId("RGB2") && !header_.has(imageTwelveBit)) return iffNo16BitChannel;
     state_ |= pageMode;
-    failure_ = withMemory([&] { return writeTileChunk(kind, rect, raw); });
+    const size_t rowBytes = rect.width() * static_cast<size_t>(formatOf(kind).pixelBytes());
+    failure_ = withMemory([&] { return writeTileChunk(kind, rect, raw, rowBytes); });
     return failure_;
 }
 

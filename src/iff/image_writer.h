@@ -127,6 +127,7 @@ class ImageWriter {
         size_t rowBytes = 0;
         int pixelBytes = 0;
         uint8_t* row(size_t y) { return bytes.data() + y * rowBytes; }
+        const uint8_t* row(size_t y) const { return bytes.data() + y * rowBytes; }
         bool there() const { return !bytes.empty(); }
     };
 
@@ -139,8 +140,9 @@ class ImageWriter {
     [[nodiscard]] int allocateBands();
     [[nodiscard]] int flushBand();
     [[nodiscard]] int writeBandTiles();
-    [[nodiscard]] int writeBandTile(int32_t id, Band& band, const TileRect& rect);
-    [[nodiscard]] int writeTileChunk(int32_t id, const TileRect& rect, const uint8_t* raw);
+    [[nodiscard]] int writeBandTile(int32_t id, const Band& band, const TileRect& rect);
+    [[nodiscard]] int writeTileChunk(int32_t id, const TileRect& rect, const uint8_t* pixels,
+                                     size_t rowBytes);
     TileFormat formatOf(int32_t id) const;
     void reset();
     void resetImage();
@@ -156,7 +158,7 @@ class ImageWriter {
     uint16_t wideChannels_ = 0;
     bool fromLastRow_ = false;
     Band colour_, second_, z_;
-    std::vector<uint8_t> raw_, packed_;
+    TileEncoder encoder_;
 };
 
 }  // namespace vistel

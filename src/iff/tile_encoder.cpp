@@ -4,7 +4,6 @@
 #include <bit>
 #include <cstring>
 
-#include "iff/tile_kernels.h"
 
 namespace vistel {
 
@@ -42,26 +41,27 @@ static size_t endOfRun(const uint8_t* values, size_t at, size_t end, uint8_t val
     return at;
 }
 
-// The first place from `at` on, before `end`, at which three equal values begin; else `end`. Values
-// are there up to `count`.
-static size_t startOfRun(const uint8_t* values, size_t at, size_t end, size_t count) {
-    for (; at < end && at + 10 <= count; at += 8) {
+// Copies the values from `at` on to `out`, up to the first place after it, before `end`, at which three
+// equal values begin; returns that place, else `end`. Values are there up to `count`; up to seven
+// bytes more than those are written.
+static size_t copyUpToRun(const uint8_t* values, size_t at, size_t end, size_t count, uint8_t* out) {
+    *out++ = values[at++];
+    for (; at < end && at + 10 <= count; at += 8, out += 8) {
         const uint64_t first = eightBytes(values + at);
+        std::memcpy(out, &first, sizeof first);
         const uint64_t different =
             (first ^ eightBytes(values + at + 1)) | (first ^ eightBytes(values + at + 2));
         if (const uint64_t found = zeroBytes(different))
             return std::min(at + lowestByte(found), end);
     }
-    for (; at < end && at + 2 < count; ++at)
-        if (values[at] == values[at + 1] && values[at] == values[at + 2]) return at;
+    for (; at < end; ++at) {
+        if (at + 2 < count && values[at] == values[at + 1] && values[at] == values[at + 2]) return at;
+        *out++ = values[at];
+    }
     return end;
 }
 
-// What packets of `count` bytes take at most.
-static size_t mostPackedBytes(size_t count) { return count + count / longestPacket + 1; }
-
-// Writes run-length packets; returns the place behind them. `out` has room for mostPackedBytes.
-static uint8_t* packBytes(const uint8_t* values, size_t count, uint8_t* out) {
+uint8_t* packRle(const uint8_t* values, size_t count, uint8_t* out) {
     for (size_t at = 0; at < count;) {
         const size_t end = std::min(count, at + longestPacket);
         const size_t run = endOfRun(values, at, end, values[at]) - at;
@@ -71,64 +71,51 @@ static uint8_t* packBytes(const uint8_t* values, size_t count, uint8_t* out) {
             at += run;
             continue;
         }
-        const size_t length = startOfRun(values, at + 1, end, count) - at;
-        *out++ = static_cast<uint8_t>(length - 1);
-        std::memcpy(out, values + at, length);
-        out += length;
+        const size_t length = copyUpToRun(values, at, end, count, out + 1) - at;
+        *out = static_cast<uint8_t>(length - 1);
+        out += 1 + length;
         at += length;
     }
     return out;
 }
 
-static void appendBytes(const uint8_t* values, size_t count, std::vector<uint8_t>& packed) {
-    const size_t before = packed.size();
-    packed.resize(before + mostPackedBytes(count));
-    const uint8_t* end = packBytes(values, count, packed.data() + before);
-    packed.resize(static_cast<size_t>(end - packed.data()));
-}
-
-void appendRle(const uint8_t* values, size_t count, size_t stride, std::vector<uint8_t>& packed) {
-    std::vector<uint8_t> plane(count);
-    for (size_t i = 0; i < count; ++i) plane[i] = values[i * stride];
-    appendBytes(plane.data(), count, packed);
-}
-
 // --- whole tiles ---
 
-// Each byte of the pixels as a plane of its own, one after the other.
-template <size_t stride>
-static void separate(const uint8_t* raw, size_t pixels, uint8_t* planes) {
-    for (size_t i = 0; i < pixels; ++i, raw += stride)
-        for (size_t plane = 0; plane < stride; ++plane) planes[plane * pixels + i] = raw[plane];
+// Rows of pixels in file order, somewhere in memory.
+struct PixelRows {
+    const uint8_t* first;
+    size_t rowBytes, width, height;
+};
+
+// Each byte of the pixels as a plane of its own, one after the other. `stride`: bytes of a pixel, when
+// the compiler is to know them.
+template <size_t known = 0>
+static void separate(const PixelRows& pixels, size_t stride, uint8_t* planes) {
+    if (known) stride = known;
+    const size_t count = pixels.width * pixels.height;
+    for (size_t y = 0; y < pixels.height; ++y, planes += pixels.width) {
+        const uint8_t* pixel = pixels.first + y * pixels.rowBytes;
+        for (size_t x = 0; x < pixels.width; ++x, pixel += stride)
+            for (size_t plane = 0; plane < stride; ++plane) planes[plane * count + x] = pixel[plane];
+    }
 }
 
-static void separatePlanes(const uint8_t* raw, size_t pixels, size_t stride, uint8_t* planes) {
+static void separatePlanes(const PixelRows& pixels, size_t stride, uint8_t* planes) {
     switch (stride) {
         case 3:
-            return separate<3>(raw, pixels, planes);
+            return separate<3>(pixels, stride, planes);
         case 4:
-            return separate<4>(raw, pixels, planes);
+            return separate<4>(pixels, stride, planes);
         case 6:
-            return separate<6>(raw, pixels, planes);
+            return separate<6>(pixels, stride, planes);
         case 8:
-            return separate<8>(raw, pixels, planes);
+            return separate<8>(pixels, stride, planes);
     }
-    for (size_t plane = 0; plane < stride; ++plane)
-        for (size_t i = 0; i < pixels; ++i) planes[plane * pixels + i] = raw[i * stride + plane];
-}
-
-static void appendPlanes(const TileFormat& format, size_t pixels, const uint8_t* raw,
-                         std::vector<uint8_t>& packed) {
-    const size_t stride = static_cast<size_t>(format.pixelBytes());
-    std::vector<uint8_t> planes(stride * pixels);
-    separatePlanes(raw, pixels, stride, planes.data());
-    packed.reserve(stride * mostPackedBytes(pixels));
-    for (size_t plane = 0; plane < stride; ++plane)
-        appendBytes(planes.data() + plane * pixels, pixels, packed);
+    separate(pixels, stride, planes);
 }
 
 // Packets over the pixels of a row, three bytes each.
-static void appendPixels(const uint8_t* pixels, size_t count, std::vector<uint8_t>& packed) {
+static uint8_t* packPixels(const uint8_t* pixels, size_t count, uint8_t* out) {
     const auto runLength = [&](size_t at) {
         size_t length = 1;
         while (length < longestPacket && at + length < count &&
@@ -136,11 +123,14 @@ static void appendPixels(const uint8_t* pixels, size_t count, std::vector<uint8_
             ++length;
         return length;
     };
+    const auto add = [&](size_t head, size_t at, size_t length) {
+        *out++ = static_cast<uint8_t>(head);
+        out = std::copy_n(pixels + 3 * at, 3 * length, out);
+    };
     for (size_t at = 0; at < count;) {
         const size_t run = runLength(at);
         if (run >= shortestPixelRun) {
-            packed.push_back(static_cast<uint8_t>(127 + run));
-            packed.insert(packed.end(), pixels + 3 * at, pixels + 3 * at + 3);
+            add(127 + run, at, 1);
             at += run;
             continue;
         }
@@ -148,38 +138,74 @@ static void appendPixels(const uint8_t* pixels, size_t count, std::vector<uint8_
         while (length < longestPacket && at + length < count &&
                runLength(at + length) < shortestPixelRun)
             ++length;
-        packed.push_back(static_cast<uint8_t>(length - 1));
-        packed.insert(packed.end(), pixels + 3 * at, pixels + 3 * (at + length));
+        add(length - 1, at, length);
         at += length;
     }
+    return out;
 }
 
-// The mask as one run-length coded channel, then the colours row by row, red first.
-static void appendQrl(const TileFormat& format, const TileRect& rect, const uint8_t* raw,
-                      std::vector<uint8_t>& packed) {
-    const size_t width = rect.width(), height = rect.height(), stride = format.pixelBytes();
-    const int mask = format.indexOf(channelMask);
-    if (mask >= 0) appendRle(raw + mask, width * height, stride, packed);
-    std::vector<uint8_t> row(3 * width);
-    for (size_t y = 0; y < height; ++y) {
-        for (size_t x = 0; x < width; ++x, raw += stride) {
-            row[3 * x] = raw[format.indexOf(channelRed)];
-            row[3 * x + 1] = raw[format.indexOf(channelGreen)];
-            row[3 * x + 2] = raw[format.indexOf(channelBlue)];
-        }
-        appendPixels(row.data(), width, packed);
+// The mask as one run-length coded channel, then the colours row by row, red first. `scratch` has room
+// for four bytes of each pixel.
+static uint8_t* packQrl(const TileFormat& format, const PixelRows& pixels, uint8_t* scratch,
+                        uint8_t* out) {
+    const size_t stride = static_cast<size_t>(format.pixelBytes());
+    const int red = format.indexOf(channelRed), green = format.indexOf(channelGreen),
+              blue = format.indexOf(channelBlue), mask = format.indexOf(channelMask);
+    const auto row = [&](size_t y) { return pixels.first + y * pixels.rowBytes; };
+    if (mask >= 0) {
+        uint8_t* plane = scratch;
+        for (size_t y = 0; y < pixels.height; ++y)
+            for (size_t x = 0; x < pixels.width; ++x) *plane++ = row(y)[x * stride + size_t(mask)];
+        out = packRle(scratch, pixels.width * pixels.height, out);
     }
+    for (size_t y = 0; y < pixels.height; ++y) {
+        const uint8_t* pixel = row(y);
+        for (size_t x = 0; x < pixels.width; ++x, pixel += stride) {
+            scratch[3 * x] = pixel[red];
+            scratch[3 * x + 1] = pixel[green];
+            scratch[3 * x + 2] = pixel[blue];
+        }
+        out = packPixels(scratch, pixels.width, out);
+    }
+    return out;
 }
 
-size_t encodeTile(const TileFormat& format, const TileRect& rect, const uint8_t* raw,
-                  std::vector<uint8_t>& packed) {
-    packed.clear();
-    const size_t pixels = size_t{rect.width()} * rect.height();
-    if (format.packsWholePixels())
-        appendQrl(format, rect, raw, packed);
-    else if (format.compression == compressRle || format.compression == compressQrl)
-        appendPlanes(format, pixels, raw, packed);
-    return packed.size() < rawTileSize(format, rect) ? packed.size() : 0;
+uint8_t* TileEncoder::room(size_t bytes) {
+    if (room_.size() < bytes) room_.resize(bytes);
+    return room_.data();
+}
+
+std::span<const uint8_t> TileEncoder::whole(size_t tileRowBytes, size_t height, const uint8_t* pixels,
+                                            size_t rowBytes) {
+    if (rowBytes == tileRowBytes) return {pixels, tileRowBytes * height};
+    uint8_t* out = room(tileRowBytes * height);
+    for (size_t y = 0; y < height; ++y)
+        std::memcpy(out + y * tileRowBytes, pixels + y * rowBytes, tileRowBytes);
+    return {out, tileRowBytes * height};
+}
+
+std::span<const uint8_t> TileEncoder::encode(const TileFormat& format, const TileRect& rect,
+                                             const uint8_t* pixels, size_t rowBytes) {
+    const size_t stride = static_cast<size_t>(format.pixelBytes());
+    const size_t width = rect.width(), height = rect.height(), count = width * height;
+    if (format.compression != compressNone) {
+        const PixelRows rows{pixels, rowBytes, width, height};
+        const size_t separated = std::max<size_t>(stride, 4) * count;
+        uint8_t* const scratch = room(separated + stride * roomForPackets(count) +
+                                      height * mostPackedBytes(width));
+        uint8_t* const packed = scratch + separated;
+        uint8_t* end = packed;
+        if (format.packsWholePixels()) {
+            end = packQrl(format, rows, scratch, packed);
+        } else {
+            separatePlanes(rows, stride, scratch);
+            for (size_t plane = 0; plane < stride; ++plane)
+                end = packRle(scratch + plane * count, count, end);
+        }
+        const size_t size = static_cast<size_t>(end - packed);
+        if (size < stride * count) return {packed, size};
+    }
+    return whole(stride * width, height, pixels, rowBytes);
 }
 
 }  // namespace vistel

@@ -164,6 +164,7 @@ static std::vector<PackedTile> packTiles(const Picture& picture, const TileForma
         tileSize(static_cast<uint16_t>(picture.width), static_cast<uint16_t>(picture.height));
     std::vector<PackedTile> tiles;
     std::vector<uint8_t> raw;
+    TileEncoder encoder;
     for (uint32_t y = 0; y < picture.height; y += size.height)
         for (uint32_t x = 0; x < picture.width; x += size.width) {
             PackedTile tile;
@@ -175,7 +176,9 @@ static std::vector<PackedTile> packTiles(const Picture& picture, const TileForma
             for (uint32_t v = tile.rect.y1; v <= tile.rect.y2; ++v)
                 for (uint32_t u = tile.rect.x1; u <= tile.rect.x2; ++u, out += 4)
                     writeBig32(out, valueAt(size_t{v} * picture.width + u));
-            if (encodeTile(format, tile.rect, raw.data(), tile.data) == 0) tile.data = raw;
+            const size_t rowBytes = tile.rect.width() * static_cast<size_t>(format.pixelBytes());
+            const auto data = encoder.encode(format, tile.rect, raw.data(), rowBytes);
+            tile.data.assign(data.begin(), data.end());
             tiles.push_back(std::move(tile));
         }
     return tiles;

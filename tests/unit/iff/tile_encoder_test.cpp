@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <vector>
 
 #include "iff/image_bytes.h"
@@ -12,8 +13,8 @@ using test::Bytes;
 
 TEST(TileEncoder, PacketsSayWhatTheValuesAre) {
     const auto packed = [](const std::vector<uint8_t>& values) {
-        std::vector<uint8_t> out;
-        appendRle(values.data(), values.size(), 1, out);
+        std::vector<uint8_t> out(roomForPackets(values.size()));
+        out.resize(size_t(packRle(values.data(), values.size(), out.data()) - out.data()));
         return out;
     };
     using V = std::vector<uint8_t>;
@@ -34,14 +35,46 @@ TEST(TileEncoder, PacketsSayWhatTheValuesAre) {
 }
 
 TEST(TileEncoder, TilesThatDoNotShrinkAreLeftWhole) {
-    std::vector<uint8_t> packed;
-    const TileFormat grey = colourTileFormat(test::header(2, 1, 0));
-    const uint8_t raw[] = {1, 1};
-    EXPECT_EQ(encodeTile(grey, {0, 0, 1, 0}, raw, packed), 0u);  // 2 bytes would be taken as whole
-    const uint8_t run[] = {1, 1, 1};
-    EXPECT_EQ(encodeTile(grey, {0, 0, 2, 0}, run, packed), 2u);
-    const TileFormat none = colourTileFormat(test::header(3, 1, 0, compressNone));
-    EXPECT_EQ(encodeTile(none, {0, 0, 2, 0}, run, packed), 0u);
+    TileEncoder encoder;
+    using V = std::vector<uint8_t>;
+    const auto encoded = [&](uint32_t width, uint32_t compression, const V& pixels) {
+        const TileFormat grey = colourTileFormat(test::header(width, 1, 0, compression));
+        const TileRect rect{0, 0, static_cast<uint16_t>(width - 1), 0};
+        const auto data = encoder.encode(grey, rect, pixels.data(), width);
+        return V(data.begin(), data.end());
+    };
+    EXPECT_EQ(encoded(2, compressRle, {1, 1}), (V{1, 1}));  // 2 bytes would be taken as whole
+    EXPECT_EQ(encoded(3, compressRle, {1, 1, 1}), (V{0x82, 1}));
+    EXPECT_EQ(encoded(3, compressNone, {1, 1, 1}), (V{1, 1, 1}));
+}
+
+TEST(TileEncoder, ATilesRowsLieApartInItsPicture) {
+    TileEncoder encoder;
+    using V = std::vector<uint8_t>;
+    const V picture = {1, 2, 9, 9, 3, 4, 9, 9, 7, 7, 9, 9};
+    const TileFormat grey = colourTileFormat(test::header(4, 3, 0));
+    const auto whole = encoder.encode(grey, {0, 0, 1, 1}, picture.data(), 4);
+    EXPECT_EQ(V(whole.begin(), whole.end()), (V{1, 2, 3, 4}));
+    const V flat(12, 5);
+    const auto packed = encoder.encode(grey, {1, 0, 2, 2}, flat.data() + 1, 4);
+    EXPECT_EQ(V(packed.begin(), packed.end()), (V{0x85, 5}));
+}
+
+TEST(TileEncoder, LiteralsEndWhereARunBegins) {
+    std::vector<uint8_t> values, out;
+    for (size_t literal = 1; literal < 40; ++literal)
+        for (size_t run = 3; run < 12; ++run) {
+            values.clear();
+            for (size_t i = 0; i < literal; ++i) values.push_back(static_cast<uint8_t>(i));
+            values.insert(values.end(), run, 200);
+            out.assign(roomForPackets(values.size()), 0);
+            out.resize(size_t(packRle(values.data(), values.size(), out.data()) - out.data()));
+            ASSERT_EQ(out.size(), literal + 3) << literal << " " << run;
+            EXPECT_EQ(out[0], literal - 1);
+            EXPECT_TRUE(std::equal(values.begin(), values.begin() + long(literal), out.begin() + 1));
+            EXPECT_EQ(out[literal + 1], 127 + run);
+            EXPECT_EQ(out[literal + 2], 200);
+        }
 }
 
 }  // namespace
