@@ -16,6 +16,9 @@ platform_library(platform_clock ${here}/${VISTEL_SYSTEM}/clock.cpp)
 platform_library(platform_desktop ${here}/${VISTEL_SYSTEM}/desktop/*.cpp ${here}/gl/*.cpp)
 platform_library(platform_headless ${here}/headless/*.cpp)
 
+vistel_take_precompiled(platform_os)
+vistel_take_precompiled(platform_headless)
+
 # The menu table is shared with the resource script.
 target_include_directories(platform_desktop PRIVATE ${CMAKE_SOURCE_DIR})
 

@@ -2,20 +2,15 @@
 
 #include <gtest/gtest.h>
 
-#include <random>
 #include <vector>
 
+#include "analysis/noise.h"
 #include "analysis/view_kernels.h"
 
 namespace vistel {
 namespace {
 
-std::vector<uint32_t> noise(size_t count, unsigned seed) {
-    std::mt19937 random(seed);
-    std::vector<uint32_t> pixels(count);
-    for (uint32_t& pixel : pixels) pixel = static_cast<uint32_t>(random());
-    return pixels;
-}
+using test::noise;
 
 TEST(ReliefTable, TheTableHoldsTheFormulaForEveryDifference) {
     for (const float k : {0.025f, -0.013f, 3.0f}) {

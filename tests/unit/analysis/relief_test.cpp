@@ -5,13 +5,15 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <random>
 #include <vector>
 
+#include "analysis/noise.h"
 #include "analysis/view_kernels.h"
 
 namespace vistel {
 namespace {
+
+using test::noise;
 
 // The light on a slope, in double precision.
 double light(double k, int dx, int dy) {
@@ -34,13 +36,6 @@ std::vector<int> shaded(const std::vector<int>& values, size_t width, float slop
     std::vector<uint8_t> shade(values.size());
     shader.shade(pixels.data(), width, values.size() / width, slope, tableWanted, shade.data());
     return {shade.begin(), shade.end()};
-}
-
-std::vector<uint32_t> noise(size_t count, unsigned seed) {
-    std::mt19937 random(seed);
-    std::vector<uint32_t> pixels(count);
-    for (uint32_t& pixel : pixels) pixel = static_cast<uint32_t>(random());
-    return pixels;
 }
 
 TEST(Relief, LightIsTruncatedFromTheFormula) {

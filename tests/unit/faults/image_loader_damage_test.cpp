@@ -24,15 +24,15 @@ constexpr size_t megabyte = size_t{1} << 20;
 
 // What one load came to. Nothing is expected of it while standard output is captured: the message
 // would be lost.
-struct Outcome {
+struct DamageOutcome {
     int code = iffOk;
     int forms = 0;
     std::string complaint;  // what is wrong whatever the file holds
 };
 
-Outcome loadOutcome(OneFile& file, const Way& way) {
+DamageOutcome loadOutcome(OneFile& file, const Way& way) {
     const test::AllocationCount count;
-    Outcome outcome;
+    DamageOutcome outcome;
     outcome.code = loadAs(file, way);
     outcome.forms = file.forms;
     emptyPlanePool();
@@ -55,7 +55,7 @@ class BrokenForms : public testing::Test {
     }
     std::string report(const Way& way) {
         testing::internal::CaptureStdout();
-        const Outcome outcome = loadOutcome(file_, way);
+        const DamageOutcome outcome = loadOutcome(file_, way);
         std::fflush(stdout);
         const std::string text = testing::internal::GetCapturedStdout();
         code_ = outcome.code;
@@ -104,7 +104,7 @@ class Sweep {
 
     void load(OneFile& file, const Way& way, const std::string& what,
               bool (*wrong)(int code) = nullptr) {
-        const Outcome outcome = loadOutcome(file, way);
+        const DamageOutcome outcome = loadOutcome(file, way);
         const bool wrongCode = wrong && wrong(outcome.code);
         if (outcome.complaint.empty() && !wrongCode) return;
         problem_ = std::string(way.name) + ", " + what + ": code " + std::to_string(outcome.code) +

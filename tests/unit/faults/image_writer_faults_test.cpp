@@ -71,15 +71,15 @@ int writeFile(ImageWriter& writer, const std::string& name, const Destination& t
     return code == iffOk ? closed : code;
 }
 
-struct Outcome {
+struct WriteOutcome {
     int code = iffOk;
     bool failed = false;              // the fault happened
     const char* complaint = nullptr;  // what is wrong whatever happened
 };
 
-Outcome writeWithFault(OneFile& file, const Destination& to, unsigned kinds, int n,
+WriteOutcome writeWithFault(OneFile& file, const Destination& to, unsigned kinds, int n,
                        FaultSpan span) {
-    Outcome outcome;
+    WriteOutcome outcome;
     ImageWriter writer;
     {
         const test::Fault fault(kinds, n, span);
@@ -92,10 +92,10 @@ Outcome writeWithFault(OneFile& file, const Destination& to, unsigned kinds, int
     return outcome;
 }
 
-Outcome countedWrite(OneFile& file, const Destination& to, unsigned kinds, int n, FaultSpan span) {
+WriteOutcome countedWrite(OneFile& file, const Destination& to, unsigned kinds, int n, FaultSpan span) {
     emptyPlanePool();
     const test::AllocationCount count;
-    Outcome outcome = writeWithFault(file, to, kinds, n, span);
+    WriteOutcome outcome = writeWithFault(file, to, kinds, n, span);
     emptyPlanePool();
     if (count.blocks() > 0) outcome.complaint = "memory is lost";
     if (count.streams() > 0) outcome.complaint = "a stream stays open";
@@ -110,7 +110,7 @@ int failEach(unsigned kinds, int expected) {
         for (const FaultSpan span : {FaultSpan::once, FaultSpan::fromThenOn})
             for (int n = 1; !testing::Test::HasFailure(); ++n) {
                 SCOPED_TRACE(testing::Message() << to.name << " n " << n << " span " << int(span));
-                const Outcome outcome = countedWrite(file, to, kinds, n, span);
+                const WriteOutcome outcome = countedWrite(file, to, kinds, n, span);
                 EXPECT_STREQ(outcome.complaint, nullptr);
                 EXPECT_EQ(outcome.code, outcome.failed ? expected : iffOk);
                 if (!outcome.failed) break;

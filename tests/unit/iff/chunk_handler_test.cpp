@@ -16,9 +16,9 @@ using test::Bytes;
 using test::flatImage;
 using test::flatPixel;
 using test::Loading;
+using test::maskFlags;
 using test::sampleTiles;
 
-constexpr uint32_t maskFlags = imageColour | imageMask;
 
 TEST(ImageChunks, TheNameBelongsToTheFrame) {
     const ImageHeader head = test::header(1, 1, 0);

@@ -16,6 +16,13 @@ inline std::string idText(int32_t id) {
     return text;
 }
 
+inline int id(const char (&text)[5]) { return iffId(text); }
+
+// Chunk handlers that end in one way.
+inline int ignore(IffReader&) { return iffBlockIgnored; }
+inline int complete(IffReader&) { return iffParsingComplete; }
+inline int parse(IffReader& group) { return group.parseGroup(); }
+
 // The walk's diary: groups as "FOR4:CIMG(...)", chunks as "TBHD=body", the result behind a group
 // that did not end well as "!-17".
 struct Diary {

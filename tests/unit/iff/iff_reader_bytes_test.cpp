@@ -10,8 +10,7 @@ namespace {
 using test::Bytes;
 using test::Container;
 using test::Inside;
-
-int id(const char (&text)[5]) { return iffId(text); }
+using test::id;
 
 TEST(ContainerReader, ABodyIsReadWithinItsChunk) {
     Inside c(Bytes().group("FOR4", "TEST", Bytes().chunk("AAAA", "123456")));

@@ -12,11 +12,10 @@ namespace {
 using test::Bytes;
 using test::Container;
 using test::Inside;
-
-int id(const char (&text)[5]) { return iffId(text); }
-int ignore(IffReader&) { return iffBlockIgnored; }
-int complete(IffReader&) { return iffParsingComplete; }
-int parse(IffReader& group) { return group.parseGroup(); }
+using test::complete;
+using test::id;
+using test::ignore;
+using test::parse;
 
 TEST(ContainerFiles, AParseLooksAtTheFirstGroupOnly) {
     test::TemporaryFile file(Bytes().group("FOR4", "ONE1", {}).group("FOR4", "TWO2", {}));

@@ -11,8 +11,7 @@ namespace {
 using test::Bytes;
 using test::Container;
 using test::Inside;
-
-int id(const char (&text)[5]) { return iffId(text); }
+using test::id;
 
 TEST(ContainerReader, AnOpenedRootHasReadNothing) {
     Container c(Bytes().group("FOR4", "CIMG", {}));

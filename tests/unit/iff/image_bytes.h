@@ -16,6 +16,8 @@
 
 namespace vistel::test {
 
+constexpr uint32_t colourFlags = imageColour, maskFlags = imageColour | imageMask;
+
 inline ImageHeader header(uint32_t width, uint32_t height, uint32_t flags,
                           uint32_t compression = compressRle, uint16_t wide = 0) {
     ImageHeader made;

@@ -16,7 +16,7 @@ using test::flatPixel;
 using test::Loading;
 using test::sampleTiles;
 
-constexpr uint32_t maskFlags = imageColour | imageMask;
+using test::maskFlags;
 
 TEST(ImageForms, OfEveryAlignmentAreRead) {
     for (const char* kind : {"FORM", "FOR4", "FOR8"}) {

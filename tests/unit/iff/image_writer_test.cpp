@@ -16,7 +16,7 @@ using test::Bytes;
 using test::Loading;
 using test::TemporaryFile;
 
-constexpr uint32_t maskFlags = imageColour | imageMask;
+using test::maskFlags;
 
 std::vector<uint32_t> sampleRow(uint32_t width, uint32_t y) {
     std::vector<uint32_t> row;

@@ -12,7 +12,8 @@
 namespace vistel {
 namespace {
 
-constexpr uint32_t colourFlags = imageColour, maskFlags = imageColour | imageMask;
+using test::colourFlags;
+using test::maskFlags;
 
 TEST(TilePlacement, CoversFromTheFirstPixelDividedToTheEndDivided) {
     const struct {

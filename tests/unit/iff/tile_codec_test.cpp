@@ -45,7 +45,8 @@ std::vector<uint32_t> decodeRow(const ImageHeader& header, uint16_t width, const
     return canvas.pixels;
 }
 
-constexpr uint32_t colourFlags = imageColour, maskFlags = imageColour | imageMask;
+using test::colourFlags;
+using test::maskFlags;
 
 TEST(TileCodec, DataOfTheRawSizeIsStoredWhole) {
     // 0x80-looking bytes are values here, not packets.
@@ -204,7 +205,7 @@ struct Kind {
     const char* name;
     uint32_t flags;
 };
-constexpr Kind kinds[] = {
+constexpr Kind imageKinds[] = {
     {"colour", imageColour},
     {"colour with mask", imageColour | imageMask},
     {"grey", 0},
@@ -215,7 +216,7 @@ constexpr Kind kinds[] = {
 
 TEST(TileCodec, EveryKindOfImageGivesTheSamplePicture) {
     const TileRect rect{0, 0, 76, 20};
-    for (const Kind& kind : kinds)
+    for (const Kind& kind : imageKinds)
         for (uint16_t wide : {0, 1})
             for (uint32_t compression : {compressNone, compressRle}) {
                 const ImageHeader header = test::header(77, 21, kind.flags, compression, wide);
@@ -232,7 +233,7 @@ TEST(TileCodec, EveryKindOfImageGivesTheSamplePicture) {
 
 TEST(TileCodec, ShrinkingTakesEverySthPixelOfEverySthRow) {
     const TileRect rect{5, 7, 60, 44};
-    for (const Kind& kind : kinds)
+    for (const Kind& kind : imageKinds)
         for (uint16_t wide : {0, 1})
             for (uint32_t compression : {compressNone, compressRle})
                 for (uint32_t s : {2u, 3u, 7u, 50u}) {
@@ -348,7 +349,7 @@ TEST(TileCodec, EveryKernelSetGivesTheSamePixelsAndLeavesThoseAroundTheTile) {
     // Rows that start at odd places of a cache line, and a tile narrower than any block.
     const TileRect rects[] = {{0, 0, 63, 63}, {3, 2, 76, 20}, {64, 1, 77, 9}, {5, 5, 5, 5}};
     for (const TileRect& rect : rects)
-        for (const Kind& kind : kinds)
+        for (const Kind& kind : imageKinds)
             for (uint16_t wide : {0, 1})
                 for (uint32_t compression : {compressNone, compressRle}) {
                     const ImageHeader header = test::header(78, 64, kind.flags, compression, wide);

@@ -33,8 +33,8 @@ class KernelTest : public testing::Test {
 };
 
 // A canvas of guard pixels around an area.
-struct Canvas {
-    Canvas(size_t columns, size_t rows, size_t start, bool streaming)
+struct GuardedCanvas {
+    GuardedCanvas(size_t columns, size_t rows, size_t start, bool streaming)
         : pixels(start + rows * (columns + 3) + 16, 0xA7A7A7A7),
           area{pixels.data() + start, columns + 3, columns, rows, streaming} {}
     std::vector<uint32_t> pixels;
@@ -47,7 +47,7 @@ template <class Run>
 void comparePixels(size_t columns, size_t rows, const TileKernels& fast, Run run) {
     for (const bool streaming : {false, true})
         for (size_t start = 0; start < 17; ++start) {
-            Canvas expected(columns, rows, start, false), got(columns, rows, start, streaming);
+            GuardedCanvas expected(columns, rows, start, false), got(columns, rows, start, streaming);
             run(scalarTileKernels(), expected.area);
             run(fast, got.area);
             ASSERT_EQ(expected.pixels, got.pixels)

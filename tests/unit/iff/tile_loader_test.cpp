@@ -19,7 +19,7 @@ using test::flatPixel;
 using test::Loading;
 using test::sampleTiles;
 
-constexpr uint32_t maskFlags = imageColour | imageMask;
+using test::maskFlags;
 
 TEST(ImageLoading, EveryKindOfImageInEveryTiling) {
     for (uint32_t flags : {0u, 1u, 2u, 3u, 0x12u})

@@ -42,6 +42,7 @@ inline FileBytes bigEndian(uint64_t value, int bytes) {
     const FileBytes number = littleEndian(value, bytes);
     return {number.rbegin(), number.rend()};
 }
+inline FileBytes bigWord(uint32_t value) { return bigEndian(value, 4); }
 
 inline Failure readBytes(const Codec& codec, const FileBytes& bytes, Picture& picture) {
     const platform::FilePtr file(std::tmpfile());

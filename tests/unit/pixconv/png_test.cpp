@@ -15,13 +15,11 @@ uint32_t crcOf(const FileBytes& bytes) {
     return ~crc;
 }
 
-FileBytes number(uint32_t value) { return bigEndian(value, 4); }
-
 FileBytes chunk(const std::string& name, const FileBytes& body) {
     FileBytes named = fileOf(name, body);
-    FileBytes bytes = number(uint32_t(body.size()));
+    FileBytes bytes = bigWord(uint32_t(body.size()));
     bytes += named;
-    return bytes += number(crcOf(named));
+    return bytes += bigWord(crcOf(named));
 }
 
 // A zlib stream that holds the bytes as they are (fewer than 65536).
@@ -35,7 +33,7 @@ FileBytes stored(const FileBytes& bytes) {
         a = (a + byte) % 65521;
         b = (b + a) % 65521;
     }
-    return stream += number(b << 16 | a);
+    return stream += bigWord(b << 16 | a);
 }
 
 struct Png {
@@ -46,8 +44,8 @@ struct Png {
 
     FileBytes bytes() const {
         FileBytes file{0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
-        FileBytes header = number(width);
-        header += number(height);
+        FileBytes header = bigWord(width);
+        header += bigWord(height);
         header += FileBytes{depth, type, 0, 0, interlaced};
         file += chunk("IHDR", header);
         file += extra;

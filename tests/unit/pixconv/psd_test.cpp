@@ -5,7 +5,7 @@ using namespace vistel::test;
 
 namespace {
 
-constexpr int bitmap = 0, grey = 1, indexed = 2, rgb = 3, cmyk = 4, duotone = 8, lab = 9;
+constexpr int bitmapMode = 0, greyMode = 1, indexed = 2, rgb = 3, cmyk = 4, duotone = 8, lab = 9;
 
 FileBytes document(int mode, int bits, int channels, int width, int height, int compression,
                    const FileBytes& image, const FileBytes& palette = {}, int version = 1) {
@@ -44,8 +44,8 @@ TEST(Psd, TheFlattenedPictureIsRead) {
         {"colour", document(rgb, 8, 3, 2, 1, 0, {1, 4, 2, 5, 3, 6}), {1, 2, 3, 255, 4, 5, 6, 255}},
         {"colour and mask", document(rgb, 8, 4, 1, 1, 0, {1, 2, 3, 4}), {1, 2, 3, 4}},
         {"more channels", document(rgb, 8, 6, 1, 1, 0, {1, 2, 3, 4, 5, 6}), {1, 2, 3, 4}},
-        {"grey", document(grey, 8, 1, 1, 2, 0, {7, 8}), {7, 7, 7, 255, 8, 8, 8, 255}},
-        {"grey and mask", document(grey, 8, 2, 1, 1, 0, {7, 8}), {7, 7, 7, 8}},
+        {"grey", document(greyMode, 8, 1, 1, 2, 0, {7, 8}), {7, 7, 7, 255, 8, 8, 8, 255}},
+        {"grey and mask", document(greyMode, 8, 2, 1, 1, 0, {7, 8}), {7, 7, 7, 8}},
         {"a palette",
          document(indexed, 8, 1, 2, 1, 0, {5, 0}, colours()),
          {1, 2, 3, 255, 0, 0, 0, 255}},
@@ -53,14 +53,14 @@ TEST(Psd, TheFlattenedPictureIsRead) {
          document(rgb, 16, 3, 1, 1, 0, {1, 2, 3, 4, 5, 6}),
          {0x102, 0x304, 0x506, 65535}},
         {"packed",
-         document(grey, 8, 1, 4, 2, 1, {0, 2, 0, 6, 0xFD, 9, 0x80, 1, 1, 2, 0xFF, 3}),
+         document(greyMode, 8, 1, 4, 2, 1, {0, 2, 0, 6, 0xFD, 9, 0x80, 1, 1, 2, 0xFF, 3}),
          {9, 9, 9, 255, 9, 9, 9, 255, 9, 9, 9, 255, 9, 9, 9, 255,
           1, 1, 1, 255, 2, 2, 2, 255, 3, 3, 3, 255, 3, 3, 3, 255}},
         {"packed 16 bits",
-         document(grey, 16, 1, 1, 1, 1, {0, 3, 1, 7, 8}),
+         document(greyMode, 16, 1, 1, 1, 1, {0, 3, 1, 7, 8}),
          {0x708, 0x708, 0x708, 65535}},
         {"black and white",
-         document(bitmap, 1, 1, 2, 1, 0, {0x40}),
+         document(bitmapMode, 1, 1, 2, 1, 0, {0x40}),
          {255, 255, 255, 255, 0, 0, 0, 255}},
         {"duotone", document(duotone, 8, 1, 1, 1, 0, {9}, {1, 2, 3}), {9, 9, 9, 255}},
         {"inks", document(cmyk, 8, 4, 1, 1, 0, {255, 0, 128, 255}), {255, 0, 128, 255}},
@@ -75,15 +75,15 @@ TEST(Psd, TheFlattenedPictureIsRead) {
          document(lab, 8, 3, 2, 1, 0, {255, 0, 128, 128, 128, 128}),
          {255, 255, 255, 255, 0, 0, 0, 255}},
         {"light",
-         document(grey, 32, 2, 1, 1, 0, {0x3F, 0, 0, 0, 0x3F, 0, 0, 0}),
+         document(greyMode, 32, 2, 1, 1, 0, {0x3F, 0, 0, 0, 0x3F, 0, 0, 0}),
          {188, 188, 188, 128}},
-        {"large", document(grey, 8, 1, 1, 1, 1, {0, 0, 0, 2, 0, 9}, {}, 2), {9, 9, 9, 255}},
+        {"large", document(greyMode, 8, 1, 1, 1, 1, {0, 0, 0, 2, 0, 9}, {}, 2), {9, 9, 9, 255}},
     };
     for (const Row& row : rows) EXPECT_EQ(samplesOf(psdCodec, row.file), row.samples) << row.what;
 }
 
 TEST(Psd, WhatIsDamagedOrNotSupportedIsRefusedInWords) {
-    FileBytes longLayers = document(grey, 8, 1, 1, 1, 0, {1});
+    FileBytes longLayers = document(greyMode, 8, 1, 1, 1, 0, {1});
     longLayers[26 + 4 + 7] = 0xFF;
     struct Row {
         FileBytes file;
@@ -94,24 +94,24 @@ TEST(Psd, WhatIsDamagedOrNotSupportedIsRefusedInWords) {
         {fileOf("8BIM", FileBytes(30)), "not a Photoshop document"},
         {document(7, 8, 4, 1, 1, 0, {}), "Photoshop documents in multichannel are not supported"},
         {document(cmyk, 32, 4, 1, 1, 0, {}), "Photoshop documents of 32 bits are not supported"},
-        {document(bitmap, 8, 1, 1, 1, 0, {}), "Photoshop documents of 8 bits are not supported"},
+        {document(bitmapMode, 8, 1, 1, 1, 0, {}), "Photoshop documents of 8 bits are not supported"},
         {document(cmyk, 8, 3, 1, 1, 0, {}), "the file is damaged: 3 channels"},
         {document(5, 8, 3, 1, 1, 0, {}), "the file is damaged: colour mode 5"},
         {document(rgb, 8, 2, 1, 1, 0, {}), "the file is damaged: 2 channels"},
         {document(rgb, 8, 3, 0, 1, 0, {}), "the picture has no pixels"},
         {document(rgb, 8, 3, 300000, 1, 0, {}),
          "the picture is too large: 300000 x 1 pixels, a frame has at most 65535 each way"},
-        {document(grey, 8, 1, 1, 1, 2, {}),
+        {document(greyMode, 8, 1, 1, 1, 2, {}),
          "Photoshop documents with compression 2 are not supported"},
         {document(indexed, 8, 1, 1, 1, 0, {0}, {1, 2, 3}), "the file ends early: in its palette"},
         {longLayers, "the file ends early: in its layers"},
-        {document(grey, 8, 1, 10, 48, 0, FileBytes(115)), "the file ends early: row 12 of 48"},
-        {document(grey, 8, 1, 1, 9, 1, FileBytes(17)), "the file ends early: in its table of rows"},
-        {document(grey, 8, 1, 3, 1, 1, {0, 2, 0xFD, 1}), "the file is damaged: row 1 of 1"},
-        {document(grey, 8, 1, 3, 1, 1, {0, 2, 0xFF, 1}), "the file is damaged: row 1 of 1"},
-        {document(grey, 8, 1, 3, 1, 1, {0, 3, 2, 1, 1}), "the file is damaged: row 1 of 1"},
-        {document(grey, 8, 1, 3, 1, 1, {0, 9, 2, 1, 1}), "the file is damaged: row 1 of 1"},
-        {document(grey, 8, 1, 3, 1, 1, {0, 4, 2, 1, 1}), "the file ends early: row 1 of 1"},
+        {document(greyMode, 8, 1, 10, 48, 0, FileBytes(115)), "the file ends early: row 12 of 48"},
+        {document(greyMode, 8, 1, 1, 9, 1, FileBytes(17)), "the file ends early: in its table of rows"},
+        {document(greyMode, 8, 1, 3, 1, 1, {0, 2, 0xFD, 1}), "the file is damaged: row 1 of 1"},
+        {document(greyMode, 8, 1, 3, 1, 1, {0, 2, 0xFF, 1}), "the file is damaged: row 1 of 1"},
+        {document(greyMode, 8, 1, 3, 1, 1, {0, 3, 2, 1, 1}), "the file is damaged: row 1 of 1"},
+        {document(greyMode, 8, 1, 3, 1, 1, {0, 9, 2, 1, 1}), "the file is damaged: row 1 of 1"},
+        {document(greyMode, 8, 1, 3, 1, 1, {0, 4, 2, 1, 1}), "the file ends early: row 1 of 1"},
     };
     for (const Row& row : rows) EXPECT_EQ(failureOf(psdCodec, row.file), row.failure);
 }
@@ -119,13 +119,13 @@ TEST(Psd, WhatIsDamagedOrNotSupportedIsRefusedInWords) {
 TEST(Psd, CutAndSpoiltFilesDoNoHarm) {
     const FileBytes files[] = {
         document(rgb, 16, 4, 3, 2, 0, FileBytes(48)),
-        document(grey, 8, 1, 4, 2, 1, {0, 2, 0, 5, 0xFD, 9, 1, 1, 2, 0xFF, 3}),
+        document(greyMode, 8, 1, 4, 2, 1, {0, 2, 0, 5, 0xFD, 9, 1, 1, 2, 0xFF, 3}),
         document(indexed, 8, 1, 2, 1, 0, {5, 0}, colours()),
         document(cmyk, 8, 5, 3, 2, 0, FileBytes(30)),
         document(lab, 16, 3, 3, 2, 0, FileBytes(36)),
-        document(bitmap, 1, 1, 9, 2, 1, {0, 3, 0, 3, 1, 1, 2, 1, 3, 4}),
+        document(bitmapMode, 1, 1, 9, 2, 1, {0, 3, 0, 3, 1, 1, 2, 1, 3, 4}),
         document(rgb, 32, 3, 3, 2, 0, FileBytes(72)),
-        document(grey, 8, 1, 1, 1, 1, {0, 0, 0, 2, 0, 9}, {}, 2),
+        document(greyMode, 8, 1, 1, 1, 1, {0, 0, 0, 2, 0, 9}, {}, 2),
     };
     for (const FileBytes& file : files) {
         EXPECT_EQ(failureOf(psdCodec, file), "");

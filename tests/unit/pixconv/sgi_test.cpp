@@ -25,14 +25,12 @@ FileBytes plain(int sampleBytes, int dimension, int width, int height, int chann
     return bytes += rows;
 }
 
-FileBytes number(uint32_t value) { return bigEndian(value, 4); }
-
 // A grey picture of one row in runs, its table as told or as it is.
 FileBytes oneRow(int sampleBytes, int width, const FileBytes& packed, uint32_t place = 520,
                  int64_t length = -1) {
     FileBytes bytes = header(true, sampleBytes, 2, width, 1, 1);
-    bytes += number(place);
-    bytes += number(length < 0 ? uint32_t(packed.size()) : uint32_t(length));
+    bytes += bigWord(place);
+    bytes += bigWord(length < 0 ? uint32_t(packed.size()) : uint32_t(length));
     return bytes += packed;
 }
 

@@ -11,15 +11,15 @@ namespace {
 
 constexpr int semicolonKey = 186, bracketKey = 219;  // on an English keyboard
 
-struct Row {
+struct KeyRow {
     int virtualKey;
     bool extended;
     int code;
 };
 
-void expectCodes(std::initializer_list<Row> rows) {
+void expectCodes(std::initializer_list<KeyRow> rows) {
     KeyTranslator keys;
-    for (const Row& row : rows) {
+    for (const KeyRow& row : rows) {
         for (const bool down : {true, false}) {
             EXPECT_EQ(keys.translate(row.virtualKey, row.extended, down), row.code)
                 << row.virtualKey << (row.extended ? " extended" : "") << (down ? " down" : " up");

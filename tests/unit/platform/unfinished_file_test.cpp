@@ -29,7 +29,7 @@ Names listing(const TemporaryFolder& folder) {
     return names;
 }
 
-std::string contentsOf(const std::string& name) {
+std::string bytesOf(const std::string& name) {
     std::ifstream file(pathOf(name), std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
 }
@@ -72,9 +72,9 @@ TEST(UnfinishedFiles, TakeThePlaceOfAnother) {
         for (const char* target : {"old", "nobody's"}) {
             UnfinishedFile unfinished;
             writeInto(unfinished, folder.path(target), "new", named);
-            EXPECT_EQ(contentsOf(folder.path("old")), target[0] == 'o' ? "old" : "new");
+            EXPECT_EQ(bytesOf(folder.path("old")), target[0] == 'o' ? "old" : "new");
             ASSERT_TRUE(unfinished.finish());
-            EXPECT_EQ(contentsOf(folder.path(target)), "new");
+            EXPECT_EQ(bytesOf(folder.path(target)), "new");
         }
         EXPECT_EQ(listing(folder), (Names{"nobody's", "old"}));
         std::filesystem::remove(pathOf(folder.path("nobody's")));
@@ -90,7 +90,7 @@ TEST(UnfinishedFiles, SayWhatTheyAreAndGoWithWhoMakesThem) {
         EXPECT_EQ(listing(folder), (Names{"vistel-unfinished-0.tmp", "vistel-unfinished-1.tmp"}));
     }
     EXPECT_EQ(listing(folder), Names{"vistel-unfinished-0.tmp"});
-    EXPECT_EQ(contentsOf(folder.path("vistel-unfinished-0.tmp")), "somebody else's");
+    EXPECT_EQ(bytesOf(folder.path("vistel-unfinished-0.tmp")), "somebody else's");
 }
 
 TEST(UnfinishedFiles, CanBeReadBack) {
@@ -143,8 +143,8 @@ TEST(UnfinishedFiles, AreCopiedIntoATargetOfSeveralNames) {
             std::filesystem::create_hard_link(pathOf(folder.path("old")),
                                               pathOf(folder.path("same")));
             replaceBy(folder.path("old"), text, named);
-            EXPECT_EQ(contentsOf(folder.path("old")), text);
-            EXPECT_EQ(contentsOf(folder.path("same")), text);
+            EXPECT_EQ(bytesOf(folder.path("old")), text);
+            EXPECT_EQ(bytesOf(folder.path("same")), text);
             EXPECT_EQ(listing(folder), (Names{"old", "same"}));
             std::filesystem::remove(pathOf(folder.path("same")));
         }

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "viewer/picture/picture_view.h"
+#include "viewer/stored_pixels.h"
 #include "viewer/viewer_fixture.h"
 
 namespace vistel {
@@ -13,13 +14,8 @@ namespace headless = platform::headless;
 
 namespace {
 
-uint32_t grey(uint32_t value) { return value * 0x010101u; }
-
-// Byte of the stored pixel that holds a plane: 0 mask, 1 blue, 2 green, 3 red.
-uint32_t planeByte(uint32_t pixel, int plane) {
-    const int shifts[] = {24, 16, 8, 0};
-    return pixel >> shifts[plane] & 255;
-}
+using test::asGrey;
+using test::planeByte;
 
 constexpr int width = 13, height = 9;  // 117 pixels: one more than a multiple of four
 
@@ -64,7 +60,7 @@ class ViewCommandsTest : public ViewerTest {
                 const uint32_t pixel = image.at(layout.marginX + column, layout.marginY + row);
                 const int expected = int(shadeAt(heights, slope, column, row));
                 ASSERT_NEAR(int(pixel & 255), expected, 1) << column << "," << row;
-                ASSERT_EQ(pixel & 0xFFFFFF, grey(pixel & 255));
+                ASSERT_EQ(pixel & 0xFFFFFF, asGrey(pixel & 255));
             }
         }
     }
@@ -82,7 +78,7 @@ TEST_F(ViewCommandsTest, ALetterShowsAPlaneAsGrey) {
     for (const auto& [letter, plane] : rows) {
         EXPECT_TRUE(key(letter));
         EXPECT_EQ(int(viewerState.mode), plane);
-        expectPicture([&](int x, int y) { return grey(planeByte(stored(x, y), plane)); });
+        expectPicture([&](int x, int y) { return asGrey(planeByte(stored(x, y), plane)); });
     }
     EXPECT_TRUE(key('C'));
     EXPECT_EQ(viewerState.mode, ChannelMode::all);
@@ -99,7 +95,7 @@ TEST_F(ViewCommandsTest, LuminanceHasItsLastPixelsBlack) {
     showImage(planesFrame(1, width, height));
     EXPECT_TRUE(key('L'));
     EXPECT_EQ(viewerState.mode, ChannelMode::luminance);
-    expectPicture([](int x, int y) { return grey(luminanceAt(frame(), x, y)); });
+    expectPicture([](int x, int y) { return asGrey(luminanceAt(frame(), x, y)); });
     EXPECT_EQ(displayedPixels(viewerState)[width * height - 1] & 0xFFFFFF, 0u);
 }
 
@@ -120,7 +116,7 @@ TEST_F(ViewCommandsTest, DepthIsWhiteAtItsSmallestAndBlackAtItsLargestSample) {
     EXPECT_TRUE(key('Z'));
     EXPECT_EQ(viewerState.mode, ChannelMode::zBuffer);
     expectPicture([&, low = double{*low}, high = double{*high}](int x, int y) {
-        return grey(uint32_t((high - z[y * width + x]) / (high - low) * 255 + 0.5));
+        return asGrey(uint32_t((high - z[y * width + x]) / (high - low) * 255 + 0.5));
     });
 }
 
@@ -134,7 +130,7 @@ TEST_F(ViewCommandsTest, AModifierLeavesTheOutliersOfTheDepthOut) {
         // 2 % of 199 places is place 3, 98 % is place 195.
         expectPicture([](int x, int y) {
             const double nearness = (195.0 - (y * 20 + x)) / (195 - 3);
-            return grey(uint32_t(std::clamp(nearness, 0.0, 1.0) * 255 + 0.5));
+            return asGrey(uint32_t(std::clamp(nearness, 0.0, 1.0) * 255 + 0.5));
         });
         EXPECT_TRUE(key('Z'));
         EXPECT_EQ(displayedPixels(viewerState)[0] & 255, 255u);
@@ -233,7 +229,7 @@ TEST_F(ViewCommandsTest, TheViewStaysFromFrameToFrameAndOverAReload) {
         viewerState.currentFrame = frame;
         EXPECT_TRUE(showFrame(viewerState, FrameSource::kept));
         EXPECT_EQ(viewerState.mode, ChannelMode::green);
-        expectPicture([](int, int row) { return grey(uint32_t(row)); });
+        expectPicture([](int, int row) { return asGrey(uint32_t(row)); });
     }
     setUpDisplay(viewerState, *viewerState.shown, Refit::fitWindow);  // what a reload does
     EXPECT_EQ(viewerState.mode, ChannelMode::green);
@@ -318,7 +314,7 @@ TEST_F(ViewCommandsTest, AFlatPlaneIs99Everywhere) {
     showImage(std::move(image));
     key('R');
     key('N');
-    expectPicture([](int, int) { return grey(99); });
+    expectPicture([](int, int) { return asGrey(99); });
 }
 
 TEST_F(ViewCommandsTest, ArrowKeysChangeTheDepthOfTheRelief) {
@@ -431,9 +427,9 @@ TEST_F(ViewCommandsTest, ShiftDrawsProfileLinesOverEveryEighthRow) {
     key('N', shift);
     const auto isLine = [](int, int y) { return y % 8 == 0; };  // heights of 0
     const uint32_t red = 0x000080;
-    expectPicture([&](int x, int y) { return isLine(x, y) ? red : grey(99); });
+    expectPicture([&](int x, int y) { return isLine(x, y) ? red : asGrey(99); });
     key('N');
-    expectPicture([](int, int) { return grey(99); });
+    expectPicture([](int, int) { return asGrey(99); });
 }
 
 // --- control channel ----------------------------------------------------------------------------

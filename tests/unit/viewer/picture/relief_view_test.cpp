@@ -5,6 +5,7 @@
 
 #include "viewer/counted_calls.h"
 #include "viewer/picture/picture_view.h"
+#include "viewer/stored_pixels.h"
 #include "viewer/viewer_fixture.h"
 
 namespace vistel {
@@ -16,15 +17,10 @@ namespace {
 constexpr uint32_t colourBits = 0xFFFFFF;
 constexpr uint32_t bandGrey = 0x202020;
 
-uint32_t grey(uint32_t value) { return value * 0x010101u; }
+using test::asGrey;
+using test::planeByte;
 
-// Byte of the stored pixel that holds a plane: 0 mask, 1 blue, 2 green, 3 red.
-uint32_t planeByte(uint32_t pixel, int plane) {
-    const int shifts[] = {24, 16, 8, 0};
-    return pixel >> shifts[plane] & 255;
-}
-
-using Heights = std::function<uint32_t(int column, int row)>;
+using HeightAt = std::function<uint32_t(int column, int row)>;
 
 struct Point {
     int x, y;
@@ -37,7 +33,7 @@ class ReliefViewTest : public ViewerTest {
     static PictureLayout& layout() { return viewerState.layout; }
 
     // Where a point of a profile lies in the window.
-    static Point place(const Heights& heights, int column, int row) {
+    static Point place(const HeightAt& heights, int column, int row) {
         const float risen = float(row) + float(heights(column, row)) * (32.0f / 255);
         const auto scaled = [](float pixel, float pan) {
             return int(std::floor((pixel - std::floor(pan)) * float(layout().zoom)));
@@ -47,7 +43,7 @@ class ReliefViewTest : public ViewerTest {
     }
 
     // The lines of all rows, drawn over the picture in full and cut off at its edges.
-    static std::vector<uint32_t> withAllLines(const headless::Image& bare, const Heights& heights,
+    static std::vector<uint32_t> withAllLines(const headless::Image& bare, const HeightAt& heights,
                                               uint32_t colour) {
         std::vector<uint32_t> pixels = bare.pixels;
         const PictureLayout& l = layout();
@@ -69,7 +65,7 @@ class ReliefViewTest : public ViewerTest {
     }
 
     // The picture with profile lines is the picture without them and all lines over it.
-    static void expectLines(const Heights& heights, uint32_t colour, const std::string& what) {
+    static void expectLines(const HeightAt& heights, uint32_t colour, const std::string& what) {
         viewerState.profiles = false;
         const headless::Image bare = redraw();
         viewerState.profiles = true;
@@ -83,7 +79,7 @@ class ReliefViewTest : public ViewerTest {
                                               : expected[size_t(y) * size_t(bare.width) + size_t(x)])
                     << what << ": window pixel " << x << "," << y;
     }
-    static Heights planeHeights(int plane) {
+    static HeightAt planeHeights(int plane) {
         return [plane](int column, int row) { return planeByte(stored(column, row), plane); };
     }
 };
@@ -216,7 +212,7 @@ TEST_F(ReliefViewTest, AMaskAloneIsNoColourPlane) {
     key(keyPadMultiply, control);
     for (int i = 0; i < 40 * 30; ++i) {
         ASSERT_EQ(displayedPixels(viewerState)[i], shades[size_t(i)]);
-        ASSERT_EQ(shades[size_t(i)] & colourBits, grey(shades[size_t(i)] & 255));
+        ASSERT_EQ(shades[size_t(i)] & colourBits, asGrey(shades[size_t(i)] & 255));
     }
 }
 
@@ -261,7 +257,7 @@ TEST_F(ReliefMemoryTest, WithoutMemoryForTheReliefItsHeightsAreShownWithoutLines
     for (int y = 0; y < height; ++y) {
         for (int x = 0; x < width; ++x) {
             if (underLabel(x, y)) continue;
-            ASSERT_EQ(image.at(x, y) & colourBits, grey(planeByte(stored(x, y), 3)));
+            ASSERT_EQ(image.at(x, y) & colourBits, asGrey(planeByte(stored(x, y), 3)));
         }
     }
     expectRecovered();
@@ -294,7 +290,7 @@ TEST_F(ReliefMemoryTest, AViewWithoutMemoryIsEmptyAndComesBack) {
     const headless::Image& image = pressWithout(test::MemoryKind::pages, 'R');
     expectEmpty(image);
     EXPECT_TRUE(key('R'));
-    expectPicture([](int x, int y) { return grey(planeByte(stored(x, y), 3)); });
+    expectPicture([](int x, int y) { return asGrey(planeByte(stored(x, y), 3)); });
 }
 
 }  // namespace vistel
