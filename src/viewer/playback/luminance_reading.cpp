@@ -24,8 +24,7 @@ class FrameReading {
  public:
     explicit FrameReading(Player& player)
         : player_(player), ahead_(decodingThreads(), player.converted) {
-        const int64_t frames = int64_t{player.lastFrame} - player.firstFrame + 1;
-        const int count = static_cast<int>(std::min<int64_t>(frames, INT32_MAX));
+        const int count = placeOf(player.lastFrame);
         player.loading.progress =
             std::make_unique<Progress>([count, source = shownSourceName(player)](int frame) {
                 return formatMessage(Message::rVTReadingCurve, {source, frame, count});
@@ -41,7 +40,7 @@ class FrameReading {
 
     // The frame is empty when it cannot be read.
     FrameStore read(int number) {
-        player_.loading.progress->show(number - player_.firstFrame + 1);
+        player_.loading.progress->show(placeOf(number));
         ReadTerms terms = readTerms(player_);
         terms.ahead = &ahead_;
         wantFrames(player_, following(number), terms.fit, ahead_);
@@ -53,6 +52,10 @@ class FrameReading {
     }
 
  private:
+    // Counted from 1.
+    int placeOf(int64_t frame) const {
+        return static_cast<int>(std::min<int64_t>(frame - player_.firstFrame + 1, INT32_MAX));
+    }
     std::vector<int> following(int64_t frame) {
         std::vector<int> frames;
         for (; frames.size() < ahead_.room() && frame <= player_.lastFrame;
