@@ -8,9 +8,10 @@ import numpy as np
 import pytest
 
 from desktop import unpack, wait_until
-from framefile import Animation, Picture, noise, on_screen, stored_pixels, write
+from framefile import Animation, Picture, noise, on_screen, shrunk, stored_pixels, write
 from program import Player
 from rules import Layout
+from view import magnified
 
 WIDTH, HEIGHT = 64, 48  # of the frames of an Animation
 
@@ -245,6 +246,26 @@ def test_frames_are_counted_by_the_step_of_the_range(track):
     tracker.wrote(lines({frame: (frame, 5) for frame in (10, 14, 18, 22)}))
 
 
+def test_points_of_a_shrunk_picture_count_its_own_pixels(start, folder):
+    animation = Animation(1, 3, width=128, height=96).write(folder)
+    program = start("-s", "2", "-m", "3", "shot.")
+    seen = magnified(shrunk(animation.landmark()[::-1], 2)[::-1], 3)  # rows from below
+    x, y = program.find_part(np.ascontiguousarray(seen))
+    program.wait_until_loaded()
+    program.key("space", "Control_L+Left", "F5")
+    at_start = lambda: (program.title() or "").endswith(" 1/2 x3, 0 of 3 frames tracked, next 1")
+    wait_until(at_start, what=lambda: f"frame 1 {program.report()}")
+    program.desktop.move_pointer(x + 20, y + 3 * HEIGHT - 1 - 31)
+    program.desktop.button(2, True), program.desktop.button(2, False)
+    program.key("F6", "F8")
+    points = lines({1: (20 / 3, 31 / 3)})
+    wait_until(lambda: program.stdout() == points, what=lambda: f"the point {program.report()}")
+    program.desktop.button(2, True), program.desktop.button(2, False)
+    values = {n: luminance(animation.picture(n), 2 * (20 // 3), 2 * (31 // 3)) for n in (1, 2, 3)}
+    both = points + luminance_curve(20 // 3, 31 // 3, values)
+    wait_until(lambda: program.stdout() == both, what=lambda: f"{both} {program.report()}")
+
+
 def test_another_sequence_takes_no_more_points_than_the_first(start, folder):
     first = Animation(1, 3).write(folder, "first.{}")
     second = Animation(5, 10).write(folder, "second.{}")
@@ -418,6 +439,8 @@ def test_a_reader_that_does_not_read_is_waited_for_until_escape(start, folder):
     tracker.program.key("Escape")
     tracker.told("Standard output could not be written.\n")
     tracker.titled("VisTel: shot")
+    tracker.click(10, 7)  # is lost, too, and waits no more
+    tracker.told("Standard output could not be written.\n", 2)
     tracker.player.step("Right", 2)
     assert tracker.program.close() == 0
     os.close(reader), os.close(writer)

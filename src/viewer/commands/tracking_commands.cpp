@@ -34,7 +34,8 @@ void writeOutput(Viewer& viewer, const std::string& text) {
         return platform::mayGoOn(viewer.goOn);
     };
     platform::writeReport(text, goOn);
-    if (viewer.loading.stopped || std::ferror(stdout))
+    viewer.outputGivenUp |= viewer.loading.stopped;
+    if (viewer.outputGivenUp || std::ferror(stdout))
         printError(messageText(Message::rVTOutputLost));
     if (!viewer.loading.progress) return;
     viewer.loading = {};
