@@ -61,7 +61,7 @@ TEST_F(LuminanceReadingTest, WithoutKeptFramesTheShownOneCounts) {
 TEST_F(LuminanceReadingTest, FramesThatCannotBeReadCountAsZero) {
     show(1, 5, 2);
     fs::remove("shot.3");
-    std::ofstream("shot.4") << "no picture";
+    std::ofstream("shot.4", std::ios::binary) << imageForm(40).substr(0, 60);
     testing::internal::CaptureStderr();
     expectFrames(readLuminance(viewerState, {1, 1}), {1, 2, 0, 0, 5});
     EXPECT_NE(testing::internal::GetCapturedStderr().find("shot.4"), std::string::npos);
