@@ -25,6 +25,8 @@ std::span<const CatalogueEntry> messageCatalogue() { return std::span(table).sub
 
 Tstring messageText(Message message) { return table[static_cast<size_t>(message)].text; }
 
+Tstring onOrOff(bool on) { return messageText(on ? Message::rVTOn : Message::rVTOff); }
+
 Tstring formatMessage(Message message, std::initializer_list<FormatArgument> arguments) {
     return formatPositional(messageText(message), arguments);
 }

@@ -29,6 +29,9 @@ std::span<const CatalogueEntry> messageCatalogue();
 // The text, with its placeholders.
 Tstring messageText(Message message);
 
+// How a switch stands.
+Tstring onOrOff(bool on);
+
 // The text with its "^1s" placeholders filled.
 Tstring formatMessage(Message message, std::initializer_list<FormatArgument> arguments);
 

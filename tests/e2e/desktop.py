@@ -60,6 +60,7 @@ class Desktop:
         self._display = display.Display(self.name)
         self._root = self._display.screen().root
         self._screen = Path(self._folder.name) / "Xvfb_screen0"
+        self._display.xfixes_query_version()
         self._held, self._buttons = [], set()
         self._open_screen()
         self.park_pointer()
@@ -204,6 +205,11 @@ class Desktop:
         finally:
             window.destroy()
             self._display.sync()
+
+    def cursor(self):
+        """The shape of the cursor where it is now: its hot spot (x, y) and its pixels."""
+        image = self._display.xfixes_get_cursor_image(self._root)
+        return (image.xhot, image.yhot), tuple(image.cursor_image)
 
     # --- keyboard and mouse -----------------------------------------------------------------------
 

@@ -74,6 +74,7 @@ const std::vector<std::string>& titles();  // every title ever set, of all windo
 PixelRect windowRect();
 int windowsOpened();  // since reset
 bool windowHasBorder();
+bool crossCursor();
 unsigned timerPeriod();  // milliseconds; 0: no timer was started
 int readBacks();         // of drawn pixels, since reset
 bool windowOpen();

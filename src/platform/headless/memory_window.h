@@ -52,6 +52,7 @@ struct Window {
     std::string title;
     PixelRect client;
     bool border = true;
+    bool crossCursor = false;
     unsigned timerPeriod = 0;
     std::set<int> checked;
     std::set<int> disabled = greyedAtFirst();

@@ -127,7 +127,9 @@ PixelRect outerRect(const Window*, const PixelRect& client, bool border) {
     return {client.left - frame.left, client.top - frame.top, client.right + frame.right,
             client.bottom + frame.bottom};
 }
-void setCursor(Window*, bool) {}
+void setCursor(Window* window, bool cross) {
+    if (windowExists(window)) window->crossCursor = cross;
+}
 void startTimer(Window* window, unsigned milliseconds) {
     if (windowExists(window)) window->timerPeriod = milliseconds;
 }
@@ -291,6 +293,7 @@ const std::vector<std::string>& titles() { return desktop.titles; }
 PixelRect windowRect() { return lastWindow().client; }
 int windowsOpened() { return desktop.opened; }
 bool windowHasBorder() { return lastWindow().border; }
+bool crossCursor() { return lastWindow().crossCursor; }
 unsigned timerPeriod() { return lastWindow().timerPeriod; }
 bool windowOpen() { return windowExists(desktop.last); }
 const std::vector<std::string>& messageBoxes() { return desktop.boxes; }

@@ -4,7 +4,9 @@
 #include "viewer/commands/paint_commands.h"
 #include "viewer/commands/pan_commands.h"
 #include "viewer/commands/play_commands.h"
+#include "viewer/commands/report_commands.h"
 #include "viewer/commands/tool_commands.h"
+#include "viewer/commands/tracking_commands.h"
 #include "viewer/commands/view_commands.h"
 
 namespace vistel {
@@ -24,7 +26,7 @@ constexpr KeyBinding bindings[] = {
     {EV_LEFTMOUSE,           1, "Left button",   release, always,    endDrag,                0,                             "Go on playing after scrubbing."},
     {EV_RIGHTMOUSE,          1, "Right button",  press,   always,    beginPainting,          0,                             "Paint into the shown channel or the control channel; Ctrl: clear."},
     {EV_RIGHTMOUSE,          1, "Right button",  release, always,    endPainting,            0,                             "End the line."},
-    {EV_MIDDLEMOUSE,         1, "Middle button", press,   always,    pickPoint,              0,                             "Pick a point for tracking or a luminance curve."},
+    {EV_MIDDLEMOUSE,         1, "Middle button", press,   always,    pickPoint,              0,                             "Pick a point: tell where it is; keep it for tracking (F5), or write the luminance curve of its pixel (F8)."},
     {keySpace,               1, "Space",         press,   animation, togglePause,            0,                             "Pause and go on."},
     {keyLeftArrow,           1, "Left arrow",    press,   animation, stepByKey,              -1,                            "One step back; with Ctrl to the start of the range."},
     {keyRightArrow,          1, "Right arrow",   press,   animation, stepByKey,              1,                             "One step forward; with Ctrl to the end of the range."},
@@ -44,7 +46,7 @@ constexpr KeyBinding bindings[] = {
     {'L',                    1, "L",             press,   always,    chooseLuminanceOrLines, 0,                             "Show the luminance; Shift: paint lines or single points."},
     {'M',                    1, "M",             press,   always,    chooseChannel,          view(ChannelMode::matte),      "Show the mask."},
     {'N',                    1, "N",             press,   always,    chooseRelief,           0,                             "Show the relief of the view; Shift: with profile lines."},
-    {'P',                    1, "P",             press,   always,    reportControls,         0,                             "Tell the display's controls; while playing its smallest and largest values."},
+    {'P',                    1, "P",             press,   always,    reportControls,         0,                             "Tell the display's controls; while playing the smallest and largest values on display."},
     {'Q',                    1, "Q",             press,   always,    setDithering,           0,                             "Dithering off."},
     {'R',                    1, "R",             press,   always,    chooseChannel,          view(ChannelMode::red),        "Show red."},
     {'S',                    1, "S",             press,   animation, togglePingPong,         0,                             "Play back and forth instead of round and round."},
@@ -64,9 +66,9 @@ constexpr KeyBinding bindings[] = {
     {functionKey(2),         1, "F2",            press,   always,    chooseControlChannel,   2,                             "Control channel green; Shift: magenta."},
     {functionKey(3),         1, "F3",            press,   always,    chooseControlChannel,   1,                             "Control channel blue; Shift: yellow."},
     {functionKey(4),         1, "F4",            press,   always,    chooseControlChannel,   0,                             "No control channel."},
-    {functionKey(5),         1, "F5",            press,   always,    toggleTracking,         0,                             "Tracking on and off."},
-    {functionKey(6),         1, "F6",            press,   always,    writeTracking,          0,                             "Write the tracked points."},
-    {functionKey(8),         1, "F8",            press,   always,    toggleLuminanceCurve,   0,                             "Luminance curves on and off."},
+    {functionKey(5),         1, "F5",            press,   always,    toggleTracking,         0,                             "Tracking on and off: points that are picked are kept, one for each frame."},
+    {functionKey(6),         1, "F6",            press,   always,    writeTracking,          0,                             "Write the tracked points to standard output; while playing as two curves."},
+    {functionKey(8),         1, "F8",            press,   always,    toggleLuminanceCurve,   0,                             "Luminance curves on and off: a point that is picked writes how bright its pixel is in each frame."},
     {functionKey(11),        1, "F11",           press,   always,    toggleOverwrite,        0,                             "Save over the source files, or under names of their own."},
     {functionKey(12),        1, "F12",           press,   always,    outlineTiles,           0,                             "Outline the tiles of the frame."},
     {functionKey(12),        1, "F12",           release, always,    removeOverlay,          0,                             "Remove the outlines."},

@@ -6,32 +6,29 @@
 
 #include "analysis/plane_views.h"
 #include "analysis/strokes.h"
+#include "viewer/picture/image_point.h"
 #include "viewer/picture/picture_view.h"
-#include "viewer/window/window_context.h"
 
 namespace vistel {
 
 namespace {
 
-struct ImagePoint {
+struct ImagePixel {
     int column = 0, row = 0;
 };
 
-// The image pixel under the cursor, or the nearest one. The cursor's row counts from 1 at the foot.
-ImagePoint pointUnderCursor(const Picture& picture) {
-    const PictureLayout& layout = picture.layout;
-    const Cursor& cursor = windowContext().cursor;
+// The image pixel under the cursor, or the nearest one.
+ImagePixel pixelUnderCursor(const Picture& picture) {
+    const ImagePoint point = pointUnderCursor(picture.layout);
     const FrameStore& frame = *picture.shown;  // may be smaller than the one that was drawn
-    const auto along = [&](int place, int margin, float pan, int size) {
-        const int offset = static_cast<int>(std::floor(float(place - margin) / float(layout.zoom)));
-        return std::clamp(static_cast<int>(pan) + offset, 0, size - 1);
+    const auto along = [](double place, int size) {
+        return std::clamp(static_cast<int>(std::floor(place)), 0, size - 1);
     };
-    return {along(cursor.x, layout.marginX, layout.panX, frame.width),
-            along(cursor.y - 1, layout.marginY, layout.panY, frame.height)};
+    return {along(point.x, frame.width), along(point.y, frame.height)};
 }
 
 // The pixel painted last, or the nearest one of the frame that is shown now.
-ImagePoint lastPoint(const Painting& painting, const FrameStore& frame) {
+ImagePixel lastPixel(const Painting& painting, const FrameStore& frame) {
     return {std::min(painting.column, frame.width - 1), std::min(painting.row, frame.height - 1)};
 }
 
@@ -72,10 +69,10 @@ std::optional<float> chooseDepth(const Picture& picture, const Press& press) {
 
 bool beginPainting(Viewer& viewer, const Press& press, int) {
     if (!viewer.shown) return false;
-    const ImagePoint point = pointUnderCursor(viewer);
+    const ImagePixel pixel = pixelUnderCursor(viewer);
     viewer.painting.active = true;
-    viewer.painting.column = point.column;
-    viewer.painting.row = point.row;
+    viewer.painting.column = pixel.column;
+    viewer.painting.row = pixel.row;
     return paint(viewer, press);
 }
 
@@ -86,20 +83,20 @@ bool endPainting(Viewer& viewer, const Press&, int) {
 
 bool paint(Viewer& viewer, const Press& press) {
     Painting& painting = viewer.painting;
-    const ImagePoint point = pointUnderCursor(viewer);
+    const ImagePixel pixel = pixelUnderCursor(viewer);
     FrameStore& frame = *viewer.shown;
-    const ImagePoint from = painting.lines ? lastPoint(painting, frame) : point;
+    const ImagePixel from = painting.lines ? lastPixel(painting, frame) : pixel;
     Stroke stroke;
     stroke.fromColumn = from.column;
     stroke.fromRow = from.row;
-    stroke.toColumn = point.column;
-    stroke.toRow = point.row;
+    stroke.toColumn = pixel.column;
+    stroke.toRow = pixel.row;
     choosePaint(viewer, press, stroke);
     stroke.depth = chooseDepth(viewer, press);
     paintStroke(stroke, frame, 1);
     frame.strokes.push_back(stroke);
-    painting.column = point.column;
-    painting.row = point.row;
+    painting.column = pixel.column;
+    painting.row = pixel.row;
     viewChanged(viewer);
     return true;
 }

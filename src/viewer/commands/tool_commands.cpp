@@ -16,10 +16,6 @@ namespace vistel {
 
 namespace {
 
-bool run(bool (*tool)(Viewer&), Viewer& viewer) { return tool && tool(viewer); }
-
-Tstring onOrOff(bool on) { return messageText(on ? Message::rVTOn : Message::rVTOff); }
-
 // The outline of a tile in the window, corners inclusive.
 void outline(const TileRect& tile, const PictureLayout& layout, int shrink) {
     const auto window = [&](int pixel, int margin, float pan) {
@@ -59,20 +55,6 @@ bool writePicture(Viewer& viewer, const Press& press, int) {
     return false;  // the band stays
 }
 
-bool pickPoint(Viewer& viewer, const Press&, int) { return run(viewerTools.pickPoint, viewer); }
-
-bool toggleTracking(Viewer& viewer, const Press&, int) {
-    return run(viewerTools.toggleTracking, viewer);
-}
-
-bool writeTracking(Viewer& viewer, const Press&, int) {
-    return run(viewerTools.writeTracking, viewer);
-}
-
-bool reportControls(Viewer& viewer, const Press&, int) {
-    return run(viewerTools.reportControls, viewer);
-}
-
 bool setDithering(Viewer&, const Press&, int on) {
     platform::setDithering(windowContext().window, on != 0);
     return true;
@@ -82,12 +64,6 @@ bool toggleDoubleBuffer(Viewer& viewer, const Press&, int) {
     setDoubleBuffer(!windowContext().doubleBuffer);
     viewer.layout.clearWanted = true;
     return createDrawing();
-}
-
-bool toggleLuminanceCurve(Viewer& viewer, const Press&, int) {
-    viewer.luminanceCurve = !viewer.luminanceCurve;
-    printError(formatMessage(Message::rVTLumCurve, {onOrOff(viewer.luminanceCurve)}));
-    return false;
 }
 
 bool toggleOverwrite(Viewer& viewer, const Press&, int) {

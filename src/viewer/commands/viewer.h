@@ -68,7 +68,7 @@ struct BarState {
 struct Viewer : Player, SavedSettings, HelpLocation, MenuRequests, InputSession {
     std::optional<MenuState> menuOnScreen;  // none: the window's menu is new
     std::optional<BarState> barOnScreen;    // none: its control bar is new
-    int32_t luminanceCurve = 0;  // F8: picking a point writes its luminance through the frames
+    bool outputGivenUp = false;  // nobody read standard output: what is written there is lost
 };
 
 }  // namespace vistel

@@ -9,6 +9,7 @@
 #include "platform/text.h"
 #include "viewer/picture/display_setup.h"
 #include "viewer/picture/picture_view.h"
+#include "viewer/picture/point_mark.h"
 #include "viewer/picture/status_line.h"
 #include "viewer/window/drawing.h"
 #include "viewer/window/window_context.h"
@@ -150,6 +151,7 @@ void drawPass(Picture& picture) {
     measureVisibleArea(picture.layout);
     drawMargins(picture.layout);
     drawPicture(picture, width, height);
+    drawTrackingMark(picture);
     // Their places count from the upper edge of the whole client area; what lies under the control
     // bar does not show.
     const int wholeHeight = height + controlBarRows();

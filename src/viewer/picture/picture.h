@@ -11,6 +11,7 @@
 #include "analysis/display_buffer.h"
 #include "analysis/plane_views.h"
 #include "analysis/relief.h"
+#include "analysis/tracking.h"
 #include "analysis/view_mode.h"
 #include "iff/frame_store.h"
 #include "sequence/sequence_state.h"
@@ -109,6 +110,7 @@ struct Picture : SequenceState, ShowOptions, ColourOptions, PictureSession {
     ColourLut lut;
     bool filmAtStart = false;  // cineonLog as the options left it
     PictureViews views;
+    Tracking tracking;
 };
 
 }  // namespace vistel

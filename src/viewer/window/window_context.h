@@ -58,10 +58,11 @@ struct WindowContext {
     EventQueue queue;
     Cursor cursor;
     bool border = true;         // of the open window
+    bool crossCursor = false;   // of every window that is opened: a cross-hair, not the arrow
     bool coversScreen = false;  // full screen
     std::optional<platform::PixelRect> beforeCovering;  // its client area until then
-    bool quit = false;          // the quit message was seen; never cleared while this window lives
-    bool creating = false;      // the window is being created or re-created
+    bool quit = false;      // the quit message was seen; never cleared while this window lives
+    bool creating = false;  // the window is being created or re-created
     bool controlBarWanted = true;  // where there is room for it: not over a full screen
     bool controlBarShown = false;
     bool viewerRunning = false;  // the viewer's loop presents the picture

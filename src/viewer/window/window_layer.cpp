@@ -143,6 +143,7 @@ bool createWindow(const std::string& title, const WindowPlacement& placement) {
     const platform::PixelRect wanted = clientRect(placement);
     context.window = platform::openWindow({title, wanted, context.border}, sinkOf(context));
     if (!context.window) return false;
+    if (context.crossCursor) platform::setCursor(context.window, true);
     // The frame is known now.
     const platform::PixelRect limited = clientRect(placement);
     if (limited != wanted) platform::placeWindow(context.window, limited, context.border);
@@ -203,6 +204,11 @@ void showControlBar(bool wanted) {
     client.top += wanted ? -rows : rows;
     context.controlBarShown = wanted;
     placeViewerWindow(limitedToWorkArea(client, context.border));
+}
+
+void showCrossCursor(bool cross) {
+    windowContext().crossCursor = cross;
+    platform::setCursor(windowContext().window, cross);
 }
 
 void setViewerTitle(const std::string& title) {

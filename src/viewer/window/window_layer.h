@@ -28,6 +28,9 @@ void applyPendingPlacement();
 // that nothing of the picture moves where the screen has room. In full screen nothing happens.
 void showControlBar(bool wanted);
 
+// A cross-hair over the picture, or the arrow; also in windows that are opened later.
+void showCrossCursor(bool cross);
+
 void setViewerTitle(const std::string& title);
 void setTimerRate(int ticksPerSecond);
 

@@ -86,7 +86,6 @@ class ViewerTest : public testing::Test {
         platform::headless::reset();
         viewerState = ViewerState{};
         viewerState.fileName = "shot";
-        viewerTools = ViewerTools{};
         windowContext() = WindowContext{};
         windowContext().controlBarWanted = false;  // windows of the picture's own size
         startDisplayLut(viewerState);

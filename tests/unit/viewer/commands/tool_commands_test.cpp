@@ -1,7 +1,6 @@
 #include "viewer/commands/tool_commands.h"
 
 #include <string>
-#include <vector>
 
 #include "platform/surface.h"
 #include "resources/command_ids.h"
@@ -24,12 +23,8 @@ class ToolCommandsTest : public ViewerTest {
 
 // --- console switches ---------------------------------------------------------------------------
 
-TEST_F(ToolCommandsTest, F8AndF11SayWhatTheyHaveSwitched) {
+TEST_F(ToolCommandsTest, F11SaysWhatItHasSwitched) {
     showImage(testFrame(1, 40, 30));
-    EXPECT_EQ(printed(keyF1 + 7), "Luminance curve: on\n");
-    EXPECT_EQ(viewerState.luminanceCurve, 1);
-    EXPECT_EQ(printed(keyF1 + 7), "Luminance curve: off\n");
-    EXPECT_EQ(viewerState.luminanceCurve, 0);
     EXPECT_EQ(printed(keyF1 + 10), "Overwrite the source files: on\n");
     EXPECT_EQ(viewerState.overwriteMode, 1);
     EXPECT_EQ(printed(keyF1 + 10), "Overwrite the source files: off\n");
@@ -176,44 +171,6 @@ TEST_F(ToolCommandsTest, FullScreenKeepsZoomPanAndView) {
     EXPECT_EQ(viewerState.layout.zoom, 2);
     EXPECT_FLOAT_EQ(viewerState.layout.panX, 30);
     EXPECT_FLOAT_EQ(viewerState.layout.panY, 20);
-}
-
-// --- tools that other parts bring ---------------------------------------------------------------
-
-TEST_F(ToolCommandsTest, KeysOfToolsThatAreNotInstalledDoNothing) {
-    showAnimation(1, 3);
-    for (const int code : {int{'P'}, int{keyF1 + 4}, int{keyF1 + 5}, int{EV_MIDDLEMOUSE}})
-        EXPECT_FALSE(key(code)) << code;
-}
-
-namespace {
-std::vector<std::string> calls;
-bool called(const char* tool) {
-    calls.emplace_back(tool);
-    return true;
-}
-}  // namespace
-
-TEST_F(ToolCommandsTest, EachToolIsCalledByItsKey) {
-    viewerTools = {
-        [](Viewer&) { return called("pick"); }, [](Viewer&) { return called("tracking"); },
-        [](Viewer&) { return called("tracks"); }, [](Viewer&) { return called("report"); }};
-    struct Row {
-        int code;
-        unsigned held;
-        bool animation;
-        const char* expected;
-    };
-    const Row rows[] = {
-        {'P', none, true, "report"},       {keyF1 + 4, none, true, "tracking"},
-        {keyF1 + 5, none, true, "tracks"}, {EV_MIDDLEMOUSE, none, false, "pick"},
-    };
-    for (const Row& row : rows) {
-        showAnimation(1, row.animation ? 3 : 1);
-        calls.clear();
-        EXPECT_TRUE(key(row.code, row.held));
-        EXPECT_EQ(calls, (std::vector<std::string>{row.expected}));
-    }
 }
 
 }  // namespace vistel
