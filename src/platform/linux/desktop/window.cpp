@@ -70,11 +70,13 @@ QWindow* drawable(const Window* window) {
     return open ? open->area().windowHandle() : nullptr;
 }
 
+bool windowsOnEveryThread() { return false; }
+
 Window* openWindow(const WindowRequest& request, const WindowSink& sink) {
     if (!startApplication()) return nullptr;
     auto* window = new Window;
     window->sink = sink;
-    auto* fresh = window->widget = new ViewerWindow(*window);
+    auto* fresh = window->widget = new ViewerWindow(*window, request.menu);
     fresh->setWindowTitle(titleText(request.title));
     fresh->place(request.client, request.border, true);
     fresh->show();
