@@ -17,6 +17,9 @@ class ViewerWindow : public QWidget {
     // area, where it has a border.
     ViewerWindow(Window& window, bool menu);
 
+    // One without a menu lies beside another one, or above it.
+    bool isBeside() const { return !hasMenu; }
+
     GlArea& area() { return *client; }
     QMenuBar& menuBar() { return *menus; }
 

@@ -82,6 +82,11 @@ Window* openWindow(const WindowRequest& request, const WindowSink& sink) {
     fresh->show();
     if (request.border) fresh->waitForFrame();
     fresh->raise();
+    // What lies in the middle of the screen would be hidden by a larger window that opens there.
+    for (QWidget* other : QApplication::topLevelWidgets()) {
+        const auto* const beside = dynamic_cast<ViewerWindow*>(other);
+        if (beside && beside->isBeside() && other->isVisible()) other->raise();
+    }
     // Without a window manager nobody else gives it the keyboard.
     fresh->activateWindow();
     return window;
