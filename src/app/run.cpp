@@ -1,9 +1,11 @@
 #include "app/run.h"
 
+#include <optional>
 #include <utility>
 
 #include "app/session.h"
 #include "host/image_plugins.h"
+#include "iff/result_codes.h"
 #include "platform/dialogs.h"
 #include "platform/files.h"
 #include "platform/menu.h"
@@ -11,6 +13,7 @@
 #include "platform/window.h"
 #include "sequence/frame_sequence.h"
 #include "sequence/image_source.h"
+#include "viewer/entropy_window.h"
 #include "viewer/picture/display_lut.h"
 #include "viewer/playback/frame_display.h"
 #include "viewer/playback/sound_in_step.h"
@@ -28,9 +31,29 @@ constexpr int standardInput = 0;
 
 bool standardInputIsConsole() { return platform::isCharacterDevice(standardInput); }
 
+// What was opened, told apart from all else that was.
+std::string sourceOfFrame(const SequenceState& state) {
+    return formatPrintf("%d ", state.currentFrame) + state.openedName;
+}
+
 int openSource(const Tstring& name, FrameStore& frame) {
-    return openImageSource(viewerState, name, readTerms(viewerState),
-                           platform::windowExists(windowContext().window), frame);
+    ReadTerms terms = readTerms(viewerState);
+    std::optional<CountedFile> counted;
+    if (viewerState.histogram) terms.countTile = countInto(counted);
+    const int code = openImageSource(viewerState, name, terms,
+                                     platform::windowExists(windowContext().window), frame);
+    if (counted && code != iffAborted)
+        viewerState.entropyWindows.open(sourceOfFrame(viewerState), counted->histogram,
+                                        histogramTitle(viewerState, *counted),
+                                        viewerState.fullScreen != 0);
+    return code;
+}
+
+// The viewer's own window would show what it does not serve any more.
+void outlastWindows() {
+    if (!viewerState.entropyWindows.anyOpen()) return;
+    platform::releaseWindow(std::exchange(windowContext().window, nullptr));
+    viewerState.entropyWindows.waitUntilClosed();
 }
 
 StartUpServices joinedServices() {
@@ -48,6 +71,7 @@ StartUpServices joinedServices() {
     };
     services.buildDisplayTable = [] { startDisplayLut(viewerState); };
     services.joinViewer = [] { installViewer(viewerState); };
+    services.outlastWindows = outlastWindows;
     services.runEmptyWindow = [] { runEmptyWindow(viewerState); };
     services.checkMenuItem = [](int command, bool checked) {
         platform::checkMenuItem(windowContext().window, command, checked);

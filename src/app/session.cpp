@@ -49,6 +49,7 @@ int runSession(int argc, const char* const* argv, const StartUpServices& service
     if (viewerState.verbose) printCounts(counts);
     viewerState.savedFrameRate = viewerState.frameRate;
     writeSettings(viewerState);
+    callIfSet(services.outlastWindows);
     return statusDone;
 }
 

@@ -27,6 +27,8 @@ struct StartUpServices {
     void (*showSource)(FrameStore&& frame) = nullptr;
     // The window without a picture, until it is closed.
     void (*runEmptyWindow)() = nullptr;
+    // All was shown: what the other windows show stays until they are closed.
+    void (*outlastWindows)() = nullptr;
     // Joins the viewer to its window, once the state is there.
     void (*joinViewer)() = nullptr;
     // Allocates the display look-up table, sets its factors from the state and builds it.

@@ -83,7 +83,10 @@ static int handleColour(IffReader& chunk, ImageParse& parse, std::string& conten
     if (!parse.formCounts()) return iffOk;
     if (!parse.form->headerRead) return iffNoImageHeader;
     if (!parse.request.loadPixels) return handleRect(chunk, parse, content);
-    return platform::mayGoOn(parse.request.goOn) ? loadColourTile(chunk, parse) : iffAborted;
+    const ImageLoadRequest& request = parse.request;
+    if (!platform::mayGoOn(request.goOn)) return iffAborted;
+    if (request.decodeColour) return loadColourTile(chunk, parse);
+    return request.countTile ? request.countTile(chunk, parse.form->frame) : iffOk;
 }
 
 static int handleDepth(IffReader& chunk, ImageParse& parse, std::string& content) {

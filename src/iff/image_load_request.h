@@ -3,18 +3,27 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <functional>
 
 #include "iff/frame_store.h"
 #include "platform/go_on.h"
 
 namespace vistel {
 
+class IffReader;
+
+// Takes a colour tile in place of the decoder: reads of the chunk what it wants. `frame` has what
+// the image's form has told so far. The reader's result.
+using TileCounter = std::function<int(IffReader& chunk, const FrameStore& frame)>;
+
 struct ImageLoadRequest {
-    FILE* stream = nullptr;  // not closed
-    int wantedForm = 0;      // 0: full pass; k: re-read of the k-th image form
-    bool verbose = false;    // list chunks and descriptions on standard output (full pass only)
-    bool loadPixels = true;  // `inter`: read colour tiles and, with loadZ, depth tiles
-    bool showAll = false;    // walk tile groups even when pixels are not loaded
+    FILE* stream = nullptr;    // not closed
+    int wantedForm = 0;        // 0: full pass; k: re-read of the k-th image form
+    bool verbose = false;      // list chunks and descriptions on standard output (full pass only)
+    bool loadPixels = true;    // `inter`: read colour tiles and, with loadZ, depth tiles
+    bool decodeColour = true;  // false: colour tiles go to countTile instead
+    TileCounter countTile;     // empty: then they are passed over
+    bool showAll = false;      // walk tile groups even when pixels are not loaded
     bool loadZ = true;
     uint32_t maxLevel = 0xFFFFFFF0;  // groups at this nesting depth or deeper are skipped
     bool waitForWriter = false;      // `synchro`: wait for bytes that are still being written

@@ -73,6 +73,8 @@ void setEnvironmentVariable(const std::string& name, const std::string& value);
 // Where a write can be called off, one that nobody reads does not wait any more a second later.
 void catchInterrupts();
 bool interruptRequested();
+// The same as the first interrupt, from any thread: a wait for messages ends.
+void requestInterrupt();
 
 // Makes writing to a pipe whose reader has gone, and beyond the size that files may have, a failed
 // write, where it would end the program.

@@ -56,7 +56,11 @@ struct WindowRequest {
     std::string title;
     PixelRect client;    // wanted client rectangle on the screen, menu and border outside it
     bool border = true;  // false: no caption, no menu
+    bool menu = true;    // false: no menu, whatever the border
 };
+
+// Whether every thread can have windows, not only the first one.
+bool windowsOnEveryThread();
 
 // Creates and shows a window, to be released by the caller. Null when the system refuses it, when
 // there is no display, or when this thread can have no window.

@@ -121,6 +121,7 @@ ImageLoadRequest loadRequest(const LoadOptions& options, const DisplayFit& fit, 
     request.stream = stream;
     request.verbose = options.verbose != 0;
     request.loadPixels = options.inter != 0;
+    request.decodeColour = options.histogram == 0;
     request.showAll = options.showAll != 0;
     request.loadZ = options.loadZ != 0;
     request.maxLevel = options.maxLevel;

@@ -22,6 +22,7 @@ struct ReadTerms {
     platform::GoOn goOn;         // asked while it is read and waited for
     ReadAhead* ahead = nullptr;  // frames that were read ahead; null: none
     Retry retry = Retry::never;
+    TileCounter countTile = {};  // of a source that is opened with the option histogram
 };
 
 // What a reading came to.

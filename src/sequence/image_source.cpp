@@ -54,17 +54,20 @@ bool awaitCommand(FILE* stream, const Tstring& name, const platform::GoOn& goOn,
 
 // The pass over a source up to its first picture.
 struct FirstPass {
-    FrameStore& frame;  // receives the picture
-    int forms = 0;      // image forms met
+    FrameStore& frame;      // receives the picture
+    int forms = 0;          // image forms met
+    bool toTheEnd = false;  // tiles are counted: the forms behind the picture have some, too
 };
 
-// The first form with a picture ends the walk, a damaged one with its error.
+// The first form with a picture ends the walk unless it goes to the end, a damaged one with its
+// error.
 int takeForm(void* owner, FrameStore& frame, int error) {
     auto& pass = *static_cast<FirstPass*>(owner);
     ++pass.forms;
     if (error == iffAborted || !frame.hasPicture()) return error;
-    pass.frame = std::move(frame);
-    return error == iffOk ? int{iffParsingComplete} : error;
+    if (!pass.frame.hasPicture()) pass.frame = std::move(frame);
+    if (error != iffOk) return error;
+    return pass.toTheEnd ? int{iffOk} : int{iffParsingComplete};
 }
 
 int readFirst(const SequenceState& state, const OpenedSource& source, const ReadTerms& terms,
@@ -75,8 +78,11 @@ int readFirst(const SequenceState& state, const OpenedSource& source, const Read
     request.owner = &pass;
     request.formRead = takeForm;
     request.goOn = terms.goOn;
+    request.countTile = terms.countTile;
+    pass.toTheEnd = bool(terms.countTile);
     FrameStore working;
     const int code = loadImages(request, working);
+    if (code == iffAborted) pass.frame.clear();
     return code == iffParsingComplete ? int{iffOk} : code;
 }
 

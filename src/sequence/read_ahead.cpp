@@ -21,8 +21,9 @@ constexpr unsigned mostThreads = 64;
 constexpr std::chrono::milliseconds waitPiece{2};
 
 bool sameReading(const ImageLoadRequest& a, const ImageLoadRequest& b) {
-    return a.loadPixels == b.loadPixels && a.showAll == b.showAll && a.loadZ == b.loadZ &&
-           a.maxLevel == b.maxLevel && a.fit == b.fit;
+    return a.loadPixels == b.loadPixels && a.decodeColour == b.decodeColour &&
+           a.showAll == b.showAll && a.loadZ == b.loadZ && a.maxLevel == b.maxLevel &&
+           a.fit == b.fit;
 }
 
 }  // namespace

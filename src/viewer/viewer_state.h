@@ -4,10 +4,13 @@
 #pragma once
 
 #include "viewer/commands/viewer.h"
+#include "viewer/entropy_window.h"
 
 namespace vistel {
 
-struct ViewerState : Viewer {};
+struct ViewerState : Viewer {
+    EntropyWindows entropyWindows;  // -e
+};
 
 inline ViewerState viewerState;
 

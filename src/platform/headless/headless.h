@@ -106,6 +106,8 @@ void chooseFiles(std::function<std::optional<FileChoice>(const FileRequest&)> ch
 // The user drops files or folders on the window.
 void drop(const std::vector<std::string>& names);
 
+// From now on every thread can have windows: those of one at a time, for the script is one.
+void allowEveryThread();
 // Makes the next openWindow fail.
 void refuseWindow();
 // From now on there is no browser.

@@ -37,6 +37,7 @@ struct Desktop {
     PixelRect work{0, 0, 1280, 1024};
     PixelRect frame;  // thickness on each side
     float textScale = 1;
+    bool everyThread = false;
 };
 Desktop desktop;
 
@@ -61,6 +62,8 @@ void post(Window* window, int code, unsigned value) {
 }
 
 }  // namespace
+
+bool windowsOnEveryThread() { return desktop.everyThread; }
 
 Window* openWindow(const WindowRequest& request, const WindowSink& sink) {
     if (desktop.refuse) {
@@ -311,6 +314,7 @@ bool menuEnabled(int command) { return lastWindow().disabled.count(command) == 0
 void setWorkArea(const PixelRect& work) { desktop.work = work; }
 void setTextScale(float scale) { desktop.textScale = scale; }
 void setFrame(const PixelRect& thickness) { desktop.frame = thickness; }
+void allowEveryThread() { desktop.everyThread = true; }
 void refuseWindow() { desktop.refuse = true; }
 void removeBrowser() { desktop.noBrowser = true; }
 

@@ -126,8 +126,10 @@ bool laterMoveQueued() { return windowContext().queue.movesBeforeButton() > 0; }
 bool keepReading(Viewer& viewer) {
     if (viewer.loading.progress) viewer.loading.progress->refresh();
     WindowContext& context = windowContext();
-    if (!platform::windowExists(windowContext().window))
+    if (!platform::windowExists(windowContext().window)) {
+        platform::pumpMessages();  // there may be windows of others
         return !platform::interruptRequested() && !context.quit;
+    }
     pumpEvents();
     if (takeEvents(viewer) && context.drawPass) {
         context.drawPass();

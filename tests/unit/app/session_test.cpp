@@ -51,6 +51,13 @@ TEST_F(Session, ANormalRunEndsWithStatusZeroAndStoresTheFrameRate) {
     EXPECT_EQ(errors, "");
 }
 
+TEST_F(Session, WhatOtherWindowsShowOutlastsTheLastFileAndTheSettingsAreStoredBefore) {
+    services.outlastWindows = [] { note("stored " + platform::readSetting("FPS").value_or("")); };
+    recorder.showing = [] { viewerState.frameRate = 72; };
+    EXPECT_EQ(run({"a"}), 0);
+    EXPECT_TRUE(recorder.calls.ends_with("show a\nstored 72\n")) << recorder.calls;
+}
+
 TEST_F(Session, TheFolderOfTheLastSourceIsStored) {
     recorder.opening = [](const Tstring& name) {
         if (name != "pipe:cat c") viewerState.sourceFolder = "/pictures/" + name;

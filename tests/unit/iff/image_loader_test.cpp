@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "iff/iff_reader.h"
 #include "iff/image_bytes.h"
 #include "iff/image_loader.h"
 #include "iff/result_codes.h"
@@ -250,6 +251,58 @@ TEST(ImageLoading, AFileWithoutAGroupIsNotAFrameFile) {
         Loading load(file);
         EXPECT_EQ(load.run(), iffNotIff);
     }
+}
+
+// --- tiles that are not decoded --------------------------------------------------------------------
+
+TEST(TilesNotDecoded, AreHandedOverInsteadWhileDepthIsRead) {
+    const ImageHeader head = test::header(8, 8, imageColour | imageMask | imageZ);
+    const Bytes name = Bytes().chunk("NAME", "a name");
+    Loading load(test::imageForm(head, sampleTiles(head, 4, 8, false, true), name));
+    load.request.decodeColour = false;
+    std::vector<std::string> names;
+    load.request.countTile = [&](IffReader& chunk, const FrameStore& frame) {
+        EXPECT_EQ(chunk.chunkId(), iffId("RGBA"));
+        EXPECT_EQ(chunk.consumed(), 0u);
+        names.push_back(frame.imageName);
+        return int{iffOk};
+    };
+    ASSERT_EQ(load.run(), iffOk);
+    EXPECT_EQ(names, std::vector<std::string>(2, "a name"));
+    EXPECT_TRUE(load.frames.at(0).colour.empty());
+    EXPECT_FALSE(load.frames.at(0).z.empty());
+}
+
+TEST(TilesNotDecoded, ArePassedOverWhereNobodyTakesThem) {
+    Loading load(flatImage(1));
+    load.request.decodeColour = false;
+    EXPECT_EQ(load.run(), iffOk);
+    EXPECT_FALSE(load.frames.at(0).hasPicture());
+}
+
+TEST(TilesNotDecoded, AreThoseOfTheWantedForm) {
+    Loading load(Bytes().add(flatImage(1)).add(flatImage(2)).add(flatImage(3)));
+    load.request.decodeColour = false;
+    load.request.wantedForm = 2;
+    std::vector<uint8_t> last;
+    load.request.countTile = [&](IffReader& chunk, const FrameStore&) {
+        std::vector<uint8_t> body(chunk.chunkSize());
+        const int code = chunk.readBytes(body.data(), body.size());
+        last.push_back(body.back());
+        return code;
+    };
+    ASSERT_EQ(load.run(), iffOk);
+    EXPECT_EQ(last, std::vector<uint8_t>{2});
+}
+
+TEST(TilesNotDecoded, NeedAHeaderAndEndTheLoadWithTheirError) {
+    Loading load(Bytes().group("FOR4", "CIMG", test::tileGroup(test::tile("RGBA", {}, {}))));
+    load.request.decodeColour = false;
+    EXPECT_EQ(load.run(), iffNoImageHeader);
+    Loading failing(flatImage(1));
+    failing.request.decodeColour = false;
+    failing.request.countTile = [](IffReader&, const FrameStore&) { return int{iffIoError}; };
+    EXPECT_EQ(failing.run(), iffIoError);
 }
 
 }  // namespace

@@ -43,6 +43,36 @@ TEST_F(Source, AFormWithoutAPictureIsPassedOver) {
     EXPECT_EQ(red(), 8);
 }
 
+// --- tiles that are counted -----------------------------------------------------------------------
+
+TEST_F(Source, TilesThatAreCountedAreThoseOfTheWholeSourceAndAreNoPicture) {
+    write("two.iff", imageForm(7) + imageForm(8));
+    state_.histogram = 1;
+    int tiles = 0;
+    terms_.countTile = [&](IffReader&, const FrameStore&) {
+        ++tiles;
+        return int{iffOk};
+    };
+    EXPECT_EQ(open("two.iff"), 0);
+    EXPECT_EQ(tiles, 2);
+    EXPECT_FALSE(frame_.hasPicture());
+    EXPECT_EQ(errors_, "");
+    Results none = {{iffOk, -1}};
+    EXPECT_EQ(readAgain({1}), none);
+    EXPECT_EQ(tiles, 2);
+}
+
+TEST_F(Source, TheFirstPictureStaysWhileTheTilesBehindItAreCounted) {
+    write("two.iff", imageForm(7) + imageForm(8));
+    int asked = 0;
+    terms_.countTile = [&](IffReader&, const FrameStore&) { return int{iffOk}; };
+    EXPECT_EQ(open("two.iff"), 0);
+    EXPECT_EQ(red(), 7);
+    terms_.goOn = [&] { return ++asked < 2; };  // once for each tile
+    EXPECT_EQ(open("two.iff"), iffAborted);
+    EXPECT_FALSE(frame_.hasPicture());
+}
+
 TEST_F(Source, AMissingFileIsReportedByItsBaseName) {
     EXPECT_EQ(open("deep/none.iff"), iffNotIff);
     EXPECT_TRUE(errors_.starts_with("none.iff: ")) << errors_;

@@ -40,8 +40,10 @@ void forgetSurfaceSize(QOpenGLContext& context) {
 
 }  // namespace
 
-ViewerWindow::ViewerWindow(Window& of) : QWidget(nullptr, withBorder), window(&of) {
+ViewerWindow::ViewerWindow(Window& of, bool menu)
+    : QWidget(nullptr, withBorder), window(&of), hasMenu(menu) {
     menus = createMenuBar(this, of.menuItems, [this](int id) { sendCommand(id); });
+    if (!hasMenu) menus->hide();
     client = new GlArea(this, of.sink,
                         {[this] { close(); }, [this](char mnemonic) { openMenuOf(mnemonic); },
                          [this] { areaResized(); }});
@@ -105,10 +107,13 @@ void ViewerWindow::areaResized() {
     window->sink.resized(window->sink.owner);
 }
 
-int ViewerWindow::menuHeight() const { return bordered ? menus->sizeHint().height() : 0; }
+int ViewerWindow::menuHeight() const {
+    return bordered && hasMenu ? menus->sizeHint().height() : 0;
+}
 
 QMargins ViewerWindow::frame() const {
-    return windowHandle()->frameMargins() + QMargins(0, menus->sizeHint().height(), 0, 0);
+    return windowHandle()->frameMargins() +
+           QMargins(0, hasMenu ? menus->sizeHint().height() : 0, 0, 0);
 }
 
 void ViewerWindow::waitForFrame() {
@@ -133,7 +138,7 @@ void ViewerWindow::resizeEvent(QResizeEvent*) { arrange(); }
 // would create the native windows anew and take the drawing surface away.
 void ViewerWindow::showBorder(bool border) {
     bordered = border;
-    menus->setVisible(border);
+    menus->setVisible(border && hasMenu);
     const Qt::WindowFlags flags = border ? withBorder : withoutBorder;
     overrideWindowFlags(flags);
     windowHandle()->setFlags(flags);

@@ -13,8 +13,12 @@ namespace vistel::platform {
 
 class ViewerWindow : public QWidget {
  public:
-    // The widget of this window, until it is retired.
-    explicit ViewerWindow(Window& window);
+    // The widget of this window, until it is retired. `menu`: with the menu bar above its client
+    // area, where it has a border.
+    ViewerWindow(Window& window, bool menu);
+
+    // One without a menu lies beside another one, or above it.
+    bool isBeside() const { return !hasMenu; }
 
     GlArea& area() { return *client; }
     QMenuBar& menuBar() { return *menus; }
@@ -57,6 +61,7 @@ class ViewerWindow : public QWidget {
 
     Window* window;  // null once retired
     QMenuBar* menus;
+    bool hasMenu;
     GlArea* client;
     ControlBarRow* bar = nullptr;
     bool bordered = true;

@@ -70,16 +70,23 @@ QWindow* drawable(const Window* window) {
     return open ? open->area().windowHandle() : nullptr;
 }
 
+bool windowsOnEveryThread() { return false; }
+
 Window* openWindow(const WindowRequest& request, const WindowSink& sink) {
     if (!startApplication()) return nullptr;
     auto* window = new Window;
     window->sink = sink;
-    auto* fresh = window->widget = new ViewerWindow(*window);
+    auto* fresh = window->widget = new ViewerWindow(*window, request.menu);
     fresh->setWindowTitle(titleText(request.title));
     fresh->place(request.client, request.border, true);
     fresh->show();
     if (request.border) fresh->waitForFrame();
     fresh->raise();
+    // What lies in the middle of the screen would be hidden by a larger window that opens there.
+    for (QWidget* other : QApplication::topLevelWidgets()) {
+        const auto* const beside = dynamic_cast<ViewerWindow*>(other);
+        if (beside && beside->isBeside() && other->isVisible()) other->raise();
+    }
     // Without a window manager nobody else gives it the keyboard.
     fresh->activateWindow();
     return window;

@@ -15,17 +15,14 @@ static volatile sig_atomic_t requested = 0;
 static int wakePipe[2] = {-1, -1};
 
 extern "C" {
-// Only what a signal handler may do. The byte is never read: whoever waits on the pipe finds it
-// ready from now on.
+// Only what a signal handler may do.
 static void noteInterrupt(int signalNumber) {
     const int before = errno;
     if (requested) {
         signal(signalNumber, SIG_DFL);
         raise(signalNumber);
     }
-    requested = 1;
-    alarm(1);
-    [[maybe_unused]] const ssize_t written = write(wakePipe[1], "!", 1);
+    requestInterrupt();
     errno = before;
 }
 
@@ -59,6 +56,14 @@ void ignoreClosedReaders() {
 }
 
 bool interruptRequested() { return requested != 0; }
+
+// The byte is never read: whoever waits on the pipe finds it ready from now on.
+void requestInterrupt() {
+    requested = 1;
+    if (wakePipe[1] < 0) return;
+    alarm(1);
+    [[maybe_unused]] const ssize_t written = write(wakePipe[1], "!", 1);
+}
 
 int interruptDescriptor() { return wakePipe[0]; }
 

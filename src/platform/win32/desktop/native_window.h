@@ -16,6 +16,7 @@ struct Window {
     HDC device = nullptr;      // the window's own, kept as long as the window
     HGLRC context = nullptr;   // rendering context, see surface.cpp
     HMENU menu = nullptr;      // owned here: a window without border is without it for a while
+    bool withMenu = true;      // where it has a border
     HCURSOR cursor = nullptr;  // shown over the client area, null = the class's arrow
     bool creating = false;     // the system is creating the window
     WindowSink sink{};

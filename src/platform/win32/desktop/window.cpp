@@ -19,9 +19,9 @@ constexpr DWORD borderedStyle = plainStyle | WS_CAPTION | WS_SYSMENU | WS_MINIMI
 DWORD styleFor(bool border) { return border ? borderedStyle : plainStyle; }
 
 // The window's outer rectangle round a client rectangle.
-RECT outerRectangle(const PixelRect& client, bool border) {
+RECT outerRectangle(const PixelRect& client, bool border, bool menu) {
     RECT outer = {client.left, client.top, client.right, client.bottom};
-    AdjustWindowRect(&outer, styleFor(border), border);
+    AdjustWindowRect(&outer, styleFor(border), border && menu);
     return outer;
 }
 
@@ -53,14 +53,14 @@ void changeBorder(const Window& window, bool border) {
         static_cast<LONG>((style & ~(borderedStyle & ~plainStyle)) | styleFor(border));
     if (wanted == style) return;
     SetWindowLongW(window.handle, GWL_STYLE, wanted);
-    SetMenu(window.handle, border ? window.menu : nullptr);
+    SetMenu(window.handle, border && window.withMenu ? window.menu : nullptr);
 }
 
 bool createNative(Window& window, const WindowRequest& request) {
     const wchar_t* const windowClass = viewerWindowClass();
     if (!windowClass) return false;
     window.menu = LoadMenuW(resourceModule(), MAKEINTRESOURCEW(menuResource));
-    RECT outer = outerRectangle(request.client, request.border);
+    RECT outer = outerRectangle(request.client, request.border, request.menu);
     // A caption above the screen could not be reached.
     if (outer.top < 0) OffsetRect(&outer, 0, -outer.top);
     window.creating = true;
@@ -74,7 +74,7 @@ bool createNative(Window& window, const WindowRequest& request) {
         if (window.menu) DestroyMenu(window.menu);
         return false;
     }
-    if (!request.border) {
+    if (!request.border || !request.menu) {
         SetMenu(handle, nullptr);
         moveTo(handle, outer, SWP_FRAMECHANGED);
     }
@@ -94,9 +94,12 @@ void windowWent() {
     if (--openWindows == 0) PostQuitMessage(0);
 }
 
+bool windowsOnEveryThread() { return true; }
+
 Window* openWindow(const WindowRequest& request, const WindowSink& sink) {
     auto window = std::make_unique<Window>();
     window->sink = sink;
+    window->withMenu = request.menu;
     if (!createNative(*window, request)) return nullptr;
     correctClientHeight(*window, request.client.height());
     ShowWindow(window->handle, SW_SHOW);
@@ -117,12 +120,12 @@ void releaseWindow(Window* window) {
 void placeWindow(Window* window, const PixelRect& client, bool border) {
     if (!windowExists(window)) return;
     changeBorder(*window, border);
-    moveTo(window->handle, outerRectangle(client, border), SWP_FRAMECHANGED);
+    moveTo(window->handle, outerRectangle(client, border, window->withMenu), SWP_FRAMECHANGED);
     correctClientHeight(*window, client.height());
 }
 
-PixelRect outerRect(const Window*, const PixelRect& client, bool border) {
-    return toPixelRect(outerRectangle(client, border));
+PixelRect outerRect(const Window* window, const PixelRect& client, bool border) {
+    return toPixelRect(outerRectangle(client, border, !window || window->withMenu));
 }
 
 void setWindowTitle(Window* window, const std::string& title) {

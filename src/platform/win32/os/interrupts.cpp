@@ -8,6 +8,7 @@ namespace vistel::platform {
 namespace {
 
 std::atomic<bool> interrupted{false};
+DWORD firstThread = 0;
 
 // Runs on a thread of the system's own. FALSE hands over to the default handler, which ends the
 // process.
@@ -18,10 +19,18 @@ BOOL WINAPI consoleHandler(DWORD event) {
 
 }  // namespace
 
-void catchInterrupts() { SetConsoleCtrlHandler(consoleHandler, TRUE); }
+void catchInterrupts() {
+    firstThread = GetCurrentThreadId();
+    SetConsoleCtrlHandler(consoleHandler, TRUE);
+}
 
 void ignoreClosedReaders() {}  // it is a failed write here
 
 bool interruptRequested() { return interrupted; }
+
+void requestInterrupt() {
+    interrupted = true;
+    PostThreadMessageW(firstThread, WM_NULL, 0, 0);
+}
 
 }  // namespace vistel::platform
