@@ -136,6 +136,7 @@ bool ReadAhead::readFrame(Job& job, FILE* stream) const {
     ImageLoadRequest request = job.request;
     request.stream = stream;
     request.verbose = request.waitForWriter = false;
+    request.countTile = {};  // not for these threads
     request.goOn = [&] { return isWanted(job); };
     bool found = false;
     return readForm(request, 1, job.frame, found) == iffOk && found;

@@ -1,9 +1,9 @@
 #include "viewer/entropy_window.h"
 
 #include <chrono>
-#include <condition_variable>
 #include <cstdlib>
 #include <exception>
+#include <map>
 #include <mutex>
 #include <set>
 #include <thread>
@@ -138,9 +138,27 @@ class EntropyWindows::OpenWindow {
 // Of the windows that have a thread each.
 struct EntropyWindows::OwnThreads {
     std::mutex mutex;
-    std::condition_variable closed;
-    std::set<std::string> open;  // the sources
+    std::set<std::string> open;                  // the sources
+    std::map<std::string, std::thread> running;  // the first thread's
 
+    // Those of the windows that the end of the program finds open.
+    ~OwnThreads() {
+        for (auto& [source, thread] : running) thread.detach();
+    }
+    // Each thread has gone for good before the next one begins: the run-time library of win32 may
+    // hang where one begins while another one, which nobody joins, is on its way out.
+    void joinEnded() {
+        for (auto entry = running.begin(); entry != running.end();) {
+            const auto ended = entry++;
+            if (isOpen(ended->first)) continue;
+            ended->second.join();
+            running.erase(ended);
+        }
+    }
+    bool isOpen(const std::string& source) {
+        const std::lock_guard lock(mutex);
+        return open.contains(source);
+    }
     bool add(const std::string& source) {
         const std::lock_guard lock(mutex);
         return open.insert(source).second;
@@ -148,7 +166,6 @@ struct EntropyWindows::OwnThreads {
     void remove(const std::string& source) {
         const std::lock_guard lock(mutex);
         open.erase(source);
-        closed.notify_all();
     }
     // The whole life of a window, on its thread.
     void live(const std::string& source, const ByteHistogram& histogram, const std::string& title,
@@ -183,20 +200,22 @@ EntropyWindows::~EntropyWindows() {
 
 void EntropyWindows::open(const std::string& source, const ByteHistogram& histogram,
                           const std::string& title, bool fullScreen) try {
+    const bool others = anyOpen();
     if (!platform::windowsOnEveryThread()) {
-        if (anyOpen() && windows_.contains(source)) return;
+        if (others && windows_.contains(source)) return;
         windows_[source] = std::make_unique<OpenWindow>(histogram, title, fullScreen, escaped_);
         return;
     }
     if (!threads_->add(source)) return;
-    std::thread(&OwnThreads::live, threads_, source, histogram, title, fullScreen, escaped_)
-        .detach();
+    threads_->running[source] =
+        std::thread(&OwnThreads::live, threads_, source, histogram, title, fullScreen, escaped_);
 } catch (const std::exception&) {  // no memory, no more threads
     refuse();
 }
 
 bool EntropyWindows::anyOpen() {
     std::erase_if(windows_, [](const auto& entry) { return !entry.second->exists(); });
+    threads_->joinEnded();
     const std::lock_guard lock(threads_->mutex);
     return !threads_->open.empty() || !windows_.empty();
 }
@@ -208,9 +227,7 @@ void EntropyWindows::waitUntilClosed() {
             platform::pumpMessages();
             continue;
         }
-        // An interrupt wakes nobody here.
-        std::unique_lock lock(threads_->mutex);
-        threads_->closed.wait_for(lock, 100ms);
+        std::this_thread::sleep_for(20ms);  // an interrupt would wake nobody
     }
     windows_.clear();
 }
