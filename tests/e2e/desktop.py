@@ -134,10 +134,11 @@ class Desktop:
         return found
 
     def _title(self, window):
-        utf8 = self._display.get_atom("UTF8_STRING")
-        named = window.get_full_property(self._display.get_atom("_NET_WM_NAME"), utf8)
+        # In one request: a title that changes between two could be shorter than what is asked for.
+        whole = lambda name, kind: window.get_full_property(name, kind, sizehint=1000)
+        named = whole(self._display.get_atom("_NET_WM_NAME"), self._display.get_atom("UTF8_STRING"))
         if named is None:
-            named = window.get_full_property(Xatom.WM_NAME, X.AnyPropertyType)
+            named = whole(Xatom.WM_NAME, X.AnyPropertyType)
         if named is None:
             return ""
         value = named.value
