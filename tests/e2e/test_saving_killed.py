@@ -75,5 +75,5 @@ def test_a_disk_that_fails_at_the_end_leaves_the_old_file_and_is_named(system, s
         wait_until(lambda: reason in program.stderr(), what=lambda: f"{reason} {program.report()}")
         assert "vistel.out.1" in program.stderr()
         assert what_is_there(target) == "old"
-        assert not list(folder.glob("*unfinished*"))
+        wait_until(lambda: not list(folder.glob("*unfinished*")), what="the unfinished file to go")
         assert program.close() == 0
