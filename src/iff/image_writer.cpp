@@ -1,7 +1,7 @@
 #include "iff/image_writer.h"
 
 #include <algorithm>
-#include <bit>
+#include <array>
 #include <cstring>
 #include <ctime>
 #include <new>
@@ -161,10 +161,10 @@ int ImageWriter::beginImageData() {
 }
 
 int ImageWriter::allocateBands() {
-    const int colourBytes = header_.bytesPerPixel();
-    const auto fit = [this](Band& band, int pixelBytes) {
+    const size_t colourBytes = header_.bytesPerPixel() == 0 ? 0 : header_.wideChannels ? 8 : 4;
+    const auto fit = [this](Band& band, size_t pixelBytes) {
         band.pixelBytes = pixelBytes;
-        band.rowBytes = size_t{header_.width} * pixelBytes;
+        band.rowBytes = header_.width * pixelBytes;
         band.bytes.assign(band.rowBytes * tile_.height, 0);
     };
     return withMemory([&] {
@@ -173,37 +173,6 @@ int ImageWriter::allocateBands() {
         fit(z_, header_.has(imageZ) ? 4 : 0);
         return iffOk;
     });
-}
-
-// A plane pixel (red, green, blue, mask) to file order: the channels that the image has, ascending.
-// File channel c is the (3 - c)th channel of the plane pixel.
-static void packChannels(const uint32_t* pixels, uint32_t width, const TileFormat& format,
-                         uint8_t* out) {
-    if (format.channelCount == 4) {  // all of them: the pixel's bytes the other way round
-        for (uint32_t x = 0; x < width; ++x) {
-            const uint32_t swapped = __builtin_bswap32(pixels[x]);
-            std::memcpy(out + 4 * x, &swapped, 4);
-        }
-        return;
-    }
-    if (format.channelCount == 3 && format.channels[0] == channelBlue) {
-        for (uint32_t x = 0; x < width; ++x, out += 3) {
-            out[0] = static_cast<uint8_t>(pixels[x] >> 16);
-            out[1] = static_cast<uint8_t>(pixels[x] >> 8);
-            out[2] = static_cast<uint8_t>(pixels[x]);
-        }
-        return;
-    }
-    for (uint32_t x = 0; x < width; ++x)
-        for (int i = 0; i < format.channelCount; ++i)
-            *out++ = static_cast<uint8_t>(pixels[x] >> (8 * (3 - format.channels[i])));
-}
-
-static void packChannels(const uint16_t* words, uint32_t width, const TileFormat& format,
-                         uint8_t* out) {
-    for (uint32_t x = 0; x < width; ++x, words += 4)
-        for (int i = 0; i < format.channelCount; ++i, out += 2)
-            writeBig16(out, words[3 - format.channels[i]]);
 }
 
 int ImageWriter::canWritePixels() const {
@@ -228,19 +197,17 @@ template <class Channel>
 int ImageWriter::writeRow(const Channel* colour, const float* z, const Channel* second) {
     const bool wide = sizeof(Channel) == 2;
     if (int code = canWriteRow(wide, colour, z, second); code != iffOk) return code;
-    const TileFormat format = colourTileFormat(header_);
     const uint32_t y = fromLastRow_ ? header_.height - 1 - rowsWritten_ : rowsWritten_;
     const uint32_t bandRow = y % tile_.height;
-    const auto take = [&](Band& band, const Channel* pixels) {
+    const auto take = [&](Band& band, const void* pixels) {
         if (pixels)
-            packChannels(pixels, header_.width, format, band.row(bandRow));
+            std::memcpy(band.row(bandRow), pixels, band.rowBytes);
         else if (band.there())
             std::memset(band.row(bandRow), 0, band.rowBytes);
     };
     take(colour_, colour);
     take(second_, second);
-    for (uint32_t x = 0; z_.there() && x < header_.width; ++x)
-        writeBig32(z_.row(bandRow) + 4 * x, z ? std::bit_cast<uint32_t>(z[x]) : 0);
+    take(z_, z);
     state_ |= lineMode;
     ++rowsWritten_;
     ++bandRows_;
@@ -270,6 +237,18 @@ int ImageWriter::flushBand() {
     return failure_;
 }
 
+// A row that is handed over has the values of a pixel as the machine has them, colours in the order
+// red, green, blue, mask: the file's order is that of all bytes the other way round.
+static std::array<uint8_t, 8> orderInBand(const TileFormat& format, size_t pixelBytes) {
+    std::array<uint8_t, 8> order{};
+    size_t count = 0;
+    for (int i = 0; i < format.channelCount; ++i)
+        for (int byte = 0; byte < format.valueBytes; ++byte)
+            order[count++] = static_cast<uint8_t>(
+                pixelBytes - 1 - size_t(format.channels[i] * format.valueBytes + byte));
+    return order;
+}
+
 int ImageWriter::writeBandTiles() {
     const uint32_t firstRow =
         fromLastRow_ ? header_.height - rowsWritten_ : rowsWritten_ - bandRows_;
@@ -289,16 +268,16 @@ int ImageWriter::writeBandTiles() {
 }
 
 int ImageWriter::writeBandTile(int32_t id, const Band& band, const TileRect& rect) {
-    if (!band.there()) return writeTileChunk(id, rect, nullptr, 0);
-    const uint8_t* pixels = band.row(rect.y1 % tile_.height) + rect.x1 * size_t(band.pixelBytes);
-    return writeTileChunk(id, rect, pixels, band.rowBytes);
+    if (!band.there()) return writeTileChunk(id, rect, {});
+    const uint8_t* pixels = band.row(rect.y1 % tile_.height) + rect.x1 * band.pixelBytes;
+    const auto order = orderInBand(formatOf(id), band.pixelBytes);
+    return writeTileChunk(id, rect, {pixels, band.pixelBytes, band.rowBytes, order});
 }
 
-int ImageWriter::writeTileChunk(int32_t id, const TileRect& rect, const uint8_t* pixels,
-                                size_t rowBytes) {
+int ImageWriter::writeTileChunk(int32_t id, const TileRect& rect, const TileSource& source) {
     const TileFormat format = formatOf(id);
     if (rawTileSize(format, rect) > INT32_MAX - 8) return iffBadSize;
-    const std::span<const uint8_t> data = encoder_.encode(format, rect, pixels, rowBytes);
+    const std::span<const uint8_t> data = encoder_.encode(format, rect, source);
     uint8_t corners[8];
     writeBig16(corners, rect.x1);
     writeBig16(corners + 2, rect.y1);
@@ -320,8 +299,9 @@ int ImageWriter::writeTile(const char (&id)[5], const TileRect& rect, const uint
     if (kind == iffId("ZBUF") && !header_.has(imageZ)) return iffNoZPlane;
     if (kind == iffId("RGB2") && !header_.has(imageTwelveBit)) return iffNo16BitChannel;
     state_ |= pageMode;
-    const size_t rowBytes = rect.width() * static_cast<size_t>(formatOf(kind).pixelBytes());
-    failure_ = withMemory([&] { return writeTileChunk(kind, rect, raw, rowBytes); });
+    const auto pixelBytes = static_cast<size_t>(formatOf(kind).pixelBytes());
+    const TileSource source{raw, pixelBytes, rect.width() * pixelBytes};
+    failure_ = withMemory([&] { return writeTileChunk(kind, rect, source); });
     return failure_;
 }
 

@@ -121,11 +121,10 @@ class ImageWriter {
         imageEnded = 16,
         lineMode = 32,
     };
-    // Rows of one plane until a band of tiles is full: pixels in file order.
+    // Rows of one plane until a band of tiles is full, as they were handed over.
     struct Band {
         std::vector<uint8_t> bytes;
-        size_t rowBytes = 0;
-        int pixelBytes = 0;
+        size_t pixelBytes = 0, rowBytes = 0;
         uint8_t* row(size_t y) { return bytes.data() + y * rowBytes; }
         const uint8_t* row(size_t y) const { return bytes.data() + y * rowBytes; }
         bool there() const { return !bytes.empty(); }
@@ -141,8 +140,7 @@ class ImageWriter {
     [[nodiscard]] int flushBand();
     [[nodiscard]] int writeBandTiles();
     [[nodiscard]] int writeBandTile(int32_t id, const Band& band, const TileRect& rect);
-    [[nodiscard]] int writeTileChunk(int32_t id, const TileRect& rect, const uint8_t* pixels,
-                                     size_t rowBytes);
+    [[nodiscard]] int writeTileChunk(int32_t id, const TileRect& rect, const TileSource& source);
     TileFormat formatOf(int32_t id) const;
     void reset();
     void resetImage();

@@ -1,6 +1,7 @@
 #include "iff/tile_encoder.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cstring>
 
@@ -15,6 +16,12 @@ static constexpr size_t shortestByteRun = 3, shortestPixelRun = 2;
 
 static uint64_t eightBytes(const uint8_t* bytes) {
     uint64_t word;
+    std::memcpy(&word, bytes, sizeof word);
+    return word;
+}
+
+static uint32_t fourBytes(const uint8_t* bytes) {
+    uint32_t word;
     std::memcpy(&word, bytes, sizeof word);
     return word;
 }
@@ -81,37 +88,39 @@ uint8_t* packRle(const uint8_t* values, size_t count, uint8_t* out) {
 
 // --- whole tiles ---
 
-// Rows of pixels in file order, somewhere in memory.
-struct PixelRows {
-    const uint8_t* first;
-    size_t rowBytes, width, height;
-};
-
-// Each byte of the pixels as a plane of its own, one after the other. `stride`: bytes of a pixel, when
-// the compiler is to know them.
-template <size_t known = 0>
-static void separate(const PixelRows& pixels, size_t stride, uint8_t* planes) {
-    if (known) stride = known;
-    const size_t count = pixels.width * pixels.height;
-    for (size_t y = 0; y < pixels.height; ++y, planes += pixels.width) {
-        const uint8_t* pixel = pixels.first + y * pixels.rowBytes;
-        for (size_t x = 0; x < pixels.width; ++x, pixel += stride)
-            for (size_t plane = 0; plane < stride; ++plane) planes[plane * count + x] = pixel[plane];
+// Each byte of the pixels as a plane of its own, one after the other.
+static void separatePlanes(const TileSource& source, size_t bytes, const TileRect& rect,
+                           uint8_t* out) {
+    const size_t width = rect.width(), height = rect.height();
+    const size_t pixelBytes = source.pixelBytes;
+    for (size_t i = 0; i < bytes; ++i) {
+        const size_t place = source.order[i];
+        for (size_t y = 0; y < height; ++y, out += width) {
+            const uint8_t* row = source.pixels + y * source.rowBytes;
+            if (pixelBytes == 4)  // as words, which the processor takes several at a time
+                for (size_t x = 0; x < width; ++x)
+                    out[x] = static_cast<uint8_t>(fourBytes(row + 4 * x) >> 8 * place);
+            else
+                for (size_t x = 0; x < width; ++x) out[x] = row[x * pixelBytes + place];
+        }
     }
 }
 
-static void separatePlanes(const PixelRows& pixels, size_t stride, uint8_t* planes) {
-    switch (stride) {
-        case 3:
-            return separate<3>(pixels, stride, planes);
-        case 4:
-            return separate<4>(pixels, stride, planes);
-        case 6:
-            return separate<6>(pixels, stride, planes);
-        case 8:
-            return separate<8>(pixels, stride, planes);
+// The pixels one after the other, each in the file's order.
+static uint8_t* copyWhole(const TileSource& source, size_t bytes, const TileRect& rect,
+                          uint8_t* out) {
+    constexpr std::array<uint8_t, 8> asTheyLie = TileSource().order;
+    const bool copied = bytes == source.pixelBytes && source.order == asTheyLie;
+    for (size_t y = 0; y < rect.height(); ++y) {
+        const uint8_t* pixel = source.pixels + y * source.rowBytes;
+        if (copied) {
+            out = std::copy_n(pixel, bytes * rect.width(), out);
+            continue;
+        }
+        for (size_t x = 0; x < rect.width(); ++x, pixel += source.pixelBytes)
+            for (size_t i = 0; i < bytes; ++i) *out++ = pixel[source.order[i]];
     }
-    separate(pixels, stride, planes);
+    return out;
 }
 
 // Packets over the pixels of a row, three bytes each.
@@ -146,27 +155,22 @@ static uint8_t* packPixels(const uint8_t* pixels, size_t count, uint8_t* out) {
 
 // The mask as one run-length coded channel, then the colours row by row, red first. `scratch` has room
 // for four bytes of each pixel.
-static uint8_t* packQrl(const TileFormat& format, const PixelRows& pixels, uint8_t* scratch,
-                        uint8_t* out) {
-    const size_t stride = static_cast<size_t>(format.pixelBytes());
-    const int red = format.indexOf(channelRed), green = format.indexOf(channelGreen),
-              blue = format.indexOf(channelBlue), mask = format.indexOf(channelMask);
-    const auto row = [&](size_t y) { return pixels.first + y * pixels.rowBytes; };
-    if (mask >= 0) {
-        uint8_t* plane = scratch;
-        for (size_t y = 0; y < pixels.height; ++y)
-            for (size_t x = 0; x < pixels.width; ++x) *plane++ = row(y)[x * stride + size_t(mask)];
-        out = packRle(scratch, pixels.width * pixels.height, out);
+static uint8_t* packQrl(const TileFormat& format, const TileSource& source, const TileRect& rect,
+                        uint8_t* scratch, uint8_t* out) {
+    const auto placeOf = [&](FileChannel channel) {
+        return source.order[static_cast<size_t>(format.indexOf(channel))];
+    };
+    if (format.indexOf(channelMask) >= 0) {
+        TileSource mask = source;
+        mask.order[0] = placeOf(channelMask);
+        separatePlanes(mask, 1, rect, scratch);
+        out = packRle(scratch, size_t{rect.width()} * rect.height(), out);
     }
-    for (size_t y = 0; y < pixels.height; ++y) {
-        const uint8_t* pixel = row(y);
-        for (size_t x = 0; x < pixels.width; ++x, pixel += stride) {
-            scratch[3 * x] = pixel[red];
-            scratch[3 * x + 1] = pixel[green];
-            scratch[3 * x + 2] = pixel[blue];
-        }
-        out = packPixels(scratch, pixels.width, out);
-    }
+    TileSource colours = source;
+    colours.order = {placeOf(channelRed), placeOf(channelGreen), placeOf(channelBlue)};
+    copyWhole(colours, 3, rect, scratch);
+    for (size_t y = 0; y < rect.height(); ++y)
+        out = packPixels(scratch + y * 3 * rect.width(), rect.width(), out);
     return out;
 }
 
@@ -175,37 +179,24 @@ uint8_t* TileEncoder::room(size_t bytes) {
     return room_.data();
 }
 
-std::span<const uint8_t> TileEncoder::whole(size_t tileRowBytes, size_t height, const uint8_t* pixels,
-                                            size_t rowBytes) {
-    if (rowBytes == tileRowBytes) return {pixels, tileRowBytes * height};
-    uint8_t* out = room(tileRowBytes * height);
-    for (size_t y = 0; y < height; ++y)
-        std::memcpy(out + y * tileRowBytes, pixels + y * rowBytes, tileRowBytes);
-    return {out, tileRowBytes * height};
-}
-
 std::span<const uint8_t> TileEncoder::encode(const TileFormat& format, const TileRect& rect,
-                                             const uint8_t* pixels, size_t rowBytes) {
-    const size_t stride = static_cast<size_t>(format.pixelBytes());
+                                             const TileSource& source) {
+    const size_t bytes = static_cast<size_t>(format.pixelBytes());
     const size_t width = rect.width(), height = rect.height(), count = width * height;
-    if (format.compression != compressNone) {
-        const PixelRows rows{pixels, rowBytes, width, height};
-        const size_t separated = std::max<size_t>(stride, 4) * count;
-        uint8_t* const scratch = room(separated + stride * roomForPackets(count) +
-                                      height * mostPackedBytes(width));
-        uint8_t* const packed = scratch + separated;
-        uint8_t* end = packed;
-        if (format.packsWholePixels()) {
-            end = packQrl(format, rows, scratch, packed);
-        } else {
-            separatePlanes(rows, stride, scratch);
-            for (size_t plane = 0; plane < stride; ++plane)
-                end = packRle(scratch + plane * count, count, end);
-        }
-        const size_t size = static_cast<size_t>(end - packed);
-        if (size < stride * count) return {packed, size};
+    const size_t separated = std::max<size_t>(bytes, 4) * count;
+    uint8_t* const scratch =
+        room(separated + bytes * roomForPackets(count) + height * mostPackedBytes(width));
+    uint8_t* const packed = scratch + separated;
+    uint8_t* end = packed;
+    if (format.packsWholePixels()) {
+        end = packQrl(format, source, rect, scratch, packed);
+    } else if (format.compression != compressNone) {
+        separatePlanes(source, bytes, rect, scratch);
+        for (size_t i = 0; i < bytes; ++i) end = packRle(scratch + i * count, count, end);
     }
-    return whole(stride * width, height, pixels, rowBytes);
+    const bool smaller = format.compression != compressNone && end - packed < ptrdiff_t(bytes * count);
+    if (!smaller) end = copyWhole(source, bytes, rect, packed);
+    return {packed, end};
 }
 
 }  // namespace vistel

@@ -176,8 +176,9 @@ static std::vector<PackedTile> packTiles(const Picture& picture, const TileForma
             for (uint32_t v = tile.rect.y1; v <= tile.rect.y2; ++v)
                 for (uint32_t u = tile.rect.x1; u <= tile.rect.x2; ++u, out += 4)
                     writeBig32(out, valueAt(size_t{v} * picture.width + u));
-            const size_t rowBytes = tile.rect.width() * static_cast<size_t>(format.pixelBytes());
-            const auto data = encoder.encode(format, tile.rect, raw.data(), rowBytes);
+            const auto pixelBytes = static_cast<size_t>(format.pixelBytes());
+            const auto data = encoder.encode(
+                format, tile.rect, {raw.data(), pixelBytes, tile.rect.width() * pixelBytes});
             tile.data.assign(data.begin(), data.end());
             tiles.push_back(std::move(tile));
         }

@@ -40,7 +40,7 @@ TEST(TileEncoder, TilesThatDoNotShrinkAreLeftWhole) {
     const auto encoded = [&](uint32_t width, uint32_t compression, const V& pixels) {
         const TileFormat grey = colourTileFormat(test::header(width, 1, 0, compression));
         const TileRect rect{0, 0, static_cast<uint16_t>(width - 1), 0};
-        const auto data = encoder.encode(grey, rect, pixels.data(), width);
+        const auto data = encoder.encode(grey, rect, {pixels.data(), 1, width});
         return V(data.begin(), data.end());
     };
     EXPECT_EQ(encoded(2, compressRle, {1, 1}), (V{1, 1}));  // 2 bytes would be taken as whole
@@ -53,11 +53,30 @@ TEST(TileEncoder, ATilesRowsLieApartInItsPicture) {
     using V = std::vector<uint8_t>;
     const V picture = {1, 2, 9, 9, 3, 4, 9, 9, 7, 7, 9, 9};
     const TileFormat grey = colourTileFormat(test::header(4, 3, 0));
-    const auto whole = encoder.encode(grey, {0, 0, 1, 1}, picture.data(), 4);
+    const auto whole = encoder.encode(grey, {0, 0, 1, 1}, {picture.data(), 1, 4});
     EXPECT_EQ(V(whole.begin(), whole.end()), (V{1, 2, 3, 4}));
     const V flat(12, 5);
-    const auto packed = encoder.encode(grey, {1, 0, 2, 2}, flat.data() + 1, 4);
+    const auto packed = encoder.encode(grey, {1, 0, 2, 2}, {flat.data() + 1, 1, 4});
     EXPECT_EQ(V(packed.begin(), packed.end()), (V{0x85, 5}));
+}
+
+TEST(TileEncoder, APixelsBytesAreTakenInTheFilesOrder) {
+    TileEncoder encoder;
+    using V = std::vector<uint8_t>;
+    const V pixels = {1, 2, 3, 4, 5, 6, 7, 8};
+    const auto encoded = [&](uint32_t flags, uint32_t compression, const TileSource& source) {
+        const TileFormat format = colourTileFormat(test::header(2, 1, flags, compression));
+        const auto data = encoder.encode(format, {0, 0, 1, 0}, source);
+        return V(data.begin(), data.end());
+    };
+    const TileSource turned{pixels.data(), 4, 8, {3, 2, 1, 0}};
+    EXPECT_EQ(encoded(test::maskFlags, compressNone, turned), (V{4, 3, 2, 1, 8, 7, 6, 5}));
+    const TileSource without{pixels.data(), 4, 8, {2, 1, 0}};
+    EXPECT_EQ(encoded(test::colourFlags, compressNone, without), (V{3, 2, 1, 7, 6, 5}));
+    const V flat(8, 9);
+    // The mask's two bytes, then a run of two pixels.
+    EXPECT_EQ(encoded(test::maskFlags, compressQrl, {flat.data(), 4, 8, {3, 2, 1, 0}}),
+              (V{1, 9, 9, 0x81, 9, 9, 9}));
 }
 
 TEST(TileEncoder, LiteralsEndWhereARunBegins) {
