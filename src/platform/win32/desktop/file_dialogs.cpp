@@ -23,6 +23,12 @@ struct Rows {
     FileChoice& choice;
 };
 
+// The end frame is typed once it counts.
+void enableEndFrame(HWND rows) {
+    const bool counts = IsDlgButtonChecked(rows, FIELD_SET_END_FRAME) == BST_CHECKED;
+    EnableWindow(GetDlgItem(rows, FIELD_END_FRAME), counts);
+}
+
 void fillRows(HWND rows, const Rows& asked) {
     if (asked.question == FileQuestion::openSound) SetDlgItemInt(rows, FIELD_AUDIO_OFFSET, 0, TRUE);
     if (asked.question != FileQuestion::openAnimation) return;
@@ -30,6 +36,7 @@ void fillRows(HWND rows, const Rows& asked) {
     SetDlgItemInt(rows, FIELD_ZOOM, static_cast<UINT>(fields.zoom), TRUE);
     SetDlgItemInt(rows, FIELD_SHRINK, static_cast<UINT>(fields.shrink), TRUE);
     CheckDlgButton(rows, FIELD_Z_BUFFER, fields.depth ? BST_CHECKED : BST_UNCHECKED);
+    enableEndFrame(rows);
 }
 
 int numberIn(HWND rows, int field) {
@@ -48,7 +55,8 @@ void readRows(HWND rows, const Rows& asked) {
     fields.depth = IsDlgButtonChecked(rows, FIELD_Z_BUFFER) == BST_CHECKED;
 }
 
-UINT_PTR CALLBACK rowsProcedure(HWND rows, UINT id, WPARAM, LPARAM lengthy) {
+UINT_PTR CALLBACK rowsProcedure(HWND rows, UINT id, WPARAM word, LPARAM lengthy) {
+    if (id == WM_COMMAND && LOWORD(word) == FIELD_SET_END_FRAME) enableEndFrame(rows);
     if (id == WM_INITDIALOG) {
         const auto& dialog = *reinterpret_cast<const OPENFILENAMEW*>(lengthy);
         SetWindowLongPtrW(rows, GWLP_USERDATA, dialog.lCustData);
