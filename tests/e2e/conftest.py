@@ -25,14 +25,21 @@ def pytest_addoption(parser):
     )
     parser.addoption(
         "--part",
-        default="1/1",
-        help="K/N: every N-th test beginning with the K-th, for several runs side by side",
+        help="K/N: every N-th test beginning with the K-th, for several runs side by side, without"
+        " those that are marked to run alone; 'alone': these",
     )
 
 
 def pytest_collection_modifyitems(config, items):
-    which, of = map(int, config.getoption("--part").split("/"))
-    items[:] = items[which - 1 :: of]
+    part = config.getoption("--part")
+    if part is None:
+        return
+    alone = [item for item in items if item.get_closest_marker("alone")]
+    if part == "alone":
+        items[:] = alone
+        return
+    which, of = map(int, part.split("/"))
+    items[:] = [item for item in items if item not in alone][which - 1 :: of]
 
 
 def pytest_generate_tests(metafunc):

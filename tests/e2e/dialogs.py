@@ -67,7 +67,7 @@ class Dialog:
         numbers = {"end": end, "zoom": zoom, "shrink": shrink}
         pressed = {"set end": end is not None, "depth": depth}
         for field in FIELDS[self.program.system.name]:
-            if field == "end" and end is None and self.program.system.name == "linux":
+            if field == "end" and end is None:
                 continue  # Tab passes a field that is grey
             if pressed.get(field):
                 self.key("space")

@@ -1,5 +1,4 @@
-"""Pictures and sound in step: when a flash comes to the screen and when its beep is played. The
-program goes before the other tests, as threads that play sound do on a user's desktop."""
+"""Pictures and sound in step: when a flash comes to the screen and when its beep is played."""
 
 import threading
 import time
@@ -12,6 +11,8 @@ from desktop import wait_until
 from framefile import Picture, noise, on_screen, write
 from program import go_first
 from sound_server import RATE, SoundServer
+
+pytestmark = pytest.mark.alone  # the machine is to be in time, too
 
 FRAMES = 48  # of the animation, with a flash on the first frame of each second
 SIDE = 16  # of the square that flashes
@@ -117,6 +118,7 @@ def test_a_pass_is_heard_whole_while_keys_are_pressed(start, folder, server, sys
     samples = soundfile.noise(frames * RATE // rate, seed=11)
     part = write_frames(folder, rate, frames)
     (folder / "shot-sound.wav").write_bytes(soundfile.wave(samples, RATE))
+    begun = len(server.heard()) // 4 * 4
     program = start(
         "-r", str(rate), "-n", "1", str(frames), "1", "-u", "shot-sound.wav", "shot.",
         environment=server.environment,
@@ -127,7 +129,7 @@ def test_a_pass_is_heard_whole_while_keys_are_pressed(start, folder, server, sys
 
     def heard_whole():
         program.key("r", "c", "KP_Decimal", "KP_0", "a", "c")
-        heard = server.heard(newest=3 * len(whole))
+        heard = server.heard()[begun:]
         return whole in (heard if system.name == "linux" else without_silence(heard))
 
     wait_until(heard_whole, timeout=120, what=lambda: f"a whole pass {program.report()}")
@@ -136,5 +138,5 @@ def test_a_pass_is_heard_whole_while_keys_are_pressed(start, folder, server, sys
 
 def without_silence(heard):
     """That system's mixer may tear the sound apart on a busy machine."""
-    frames = np.frombuffer(heard, "<i2").reshape(-1, 2)
+    frames = np.frombuffer(heard[: len(heard) // 4 * 4], "<i2").reshape(-1, 2)
     return frames[frames.any(axis=1)].tobytes()
