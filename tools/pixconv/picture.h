@@ -1,13 +1,14 @@
 // A picture on its way from one file type to another: what the frame format can carry, in memory.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
-#include <limits>
 #include <new>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace vistel {
@@ -30,33 +31,46 @@ inline uint8_t byteFromWord(uint16_t value) {
 }
 
 // Memory that is zero without having been written: a header that promises a large picture costs
-// nothing until its pixels come.
+// nothing until its pixels come. Is sized once, from empty.
 template <class Sample>
-struct ZeroedMemory {
-    using value_type = Sample;
-    ZeroedMemory() = default;
-    template <class Other>
-    ZeroedMemory(const ZeroedMemory<Other>&) {}
-    Sample* allocate(size_t n) {
-        if (n > std::numeric_limits<size_t>::max() / sizeof(Sample)) throw std::bad_alloc();
-        void* block = std::calloc(n, sizeof(Sample));
-        if (!block) throw std::bad_alloc();
-        return static_cast<Sample*>(block);
+class Samples {
+ public:
+    Samples() = default;
+    explicit Samples(size_t count) { resize(count); }
+    Samples(Samples&& other) noexcept { swap(other); }
+    Samples& operator=(Samples other) noexcept {
+        swap(other);
+        return *this;
     }
-    void deallocate(Sample* block, size_t) { std::free(block); }
-    void construct(Sample*) {}  // zero already
-    template <class Value>
-    void construct(Sample* place, const Value& value) {
-        *place = value;
+    ~Samples() { std::free(block_); }
+
+    void resize(size_t count) {
+        block_ = static_cast<Sample*>(std::calloc(count, sizeof(Sample)));
+        if (!block_) throw std::bad_alloc();
+        count_ = count;
     }
-    template <class Other>
-    bool operator==(const ZeroedMemory<Other>&) const {
-        return true;
+    bool empty() const { return count_ == 0; }
+    size_t size() const { return count_; }
+    Sample* data() { return block_; }
+    const Sample* data() const { return block_; }
+    Sample* begin() { return block_; }
+    Sample* end() { return block_ + count_; }
+    const Sample* begin() const { return block_; }
+    const Sample* end() const { return block_ + count_; }
+    Sample& operator[](size_t i) { return block_[i]; }
+    const Sample& operator[](size_t i) const { return block_[i]; }
+    bool operator==(const Samples& other) const {
+        return std::equal(begin(), end(), other.begin(), other.end());
     }
+
+ private:
+    void swap(Samples& other) {
+        std::swap(block_, other.block_);
+        std::swap(count_, other.count_);
+    }
+    Sample* block_ = nullptr;
+    size_t count_ = 0;
 };
-// Is only ever sized once, from empty.
-template <class Sample>
-using Samples = std::vector<Sample, ZeroedMemory<Sample>>;
 
 // What any picture may take, colour and depth together: 1 GB.
 inline constexpr uint64_t mostPictureBytes = uint64_t{1} << 30;

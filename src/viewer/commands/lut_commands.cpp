@@ -7,7 +7,7 @@
 
 namespace vistel {
 
-static ControlChannel controlChannel(const Picture& picture) {
+static ControlChannel controlChannel(const ShownPicture& picture) {
     return {picture.controlChannel, picture.controlComplement};
 }
 

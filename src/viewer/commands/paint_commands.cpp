@@ -18,7 +18,7 @@ struct ImagePixel {
 };
 
 // The image pixel under the cursor, or the nearest one.
-ImagePixel pixelUnderCursor(const Picture& picture) {
+ImagePixel pixelUnderCursor(const ShownPicture& picture) {
     const ImagePoint point = pointUnderCursor(picture.layout);
     const FrameStore& frame = *picture.shown;  // may be smaller than the one that was drawn
     const auto along = [](double place, int size) {
@@ -40,7 +40,7 @@ constexpr uint32_t allColours = redBits | greenBits | blueBits;
 
 // In the view of a plane that plane is filled, with Control cleared. Else the control channel is
 // filled, or cleared under its full complement.
-void choosePaint(const Picture& picture, const Press& press, Stroke& stroke) {
+void choosePaint(const ShownPicture& picture, const Press& press, Stroke& stroke) {
     const auto paint = [&](uint32_t bits, uint32_t colour) {
         stroke.bits = bits;
         stroke.colour = colour;
@@ -57,7 +57,7 @@ void choosePaint(const Picture& picture, const Press& press, Stroke& stroke) {
 
 // In the depth view the depth is painted, too: as near as the nearest sample, which is shown white,
 // or with Control as far as the farthest. Where no sample is finite it is painted 0.
-std::optional<float> chooseDepth(const Picture& picture, const Press& press) {
+std::optional<float> chooseDepth(const ShownPicture& picture, const Press& press) {
     if (picture.mode != ChannelMode::zBuffer) return std::nullopt;
     const FrameStore& frame = *picture.shown;
     const DepthRange range =

@@ -21,7 +21,7 @@ int panIncrement(const Modifiers& held) {
 }
 
 // Window pixels of mouse travel that are one step of the animation.
-float travelPerStep(const Picture& picture) {
+float travelPerStep(const ShownPicture& picture) {
     const int64_t frames = int64_t{picture.lastFrame} - picture.firstFrame;
     if (frames == 0) return 1;
     const float width = float(picture.layout.width - 8 + 2 * picture.layout.marginX);

@@ -33,7 +33,7 @@ void outline(const TileRect& tile, const PictureLayout& layout, int shrink) {
 }
 
 // The part of the picture that showed before full screen, unless another size of it is shown now.
-void restoreWindowView(Picture& picture) {
+void restoreWindowView(ShownPicture& picture) {
     PictureLayout& layout = picture.layout;
     const WindowView& before = picture.beforeFullScreen;
     if (before.width != layout.width || before.height != layout.height) return;

@@ -4,12 +4,12 @@
 
 namespace vistel {
 
-void startDisplayLut(Picture& picture) {
+void startDisplayLut(ShownPicture& picture) {
     picture.filmAtStart = picture.cineonLog != 0;  // the K key changes cineonLog
     resetDisplayLut(picture);
 }
 
-void resetDisplayLut(Picture& picture) {
+void resetDisplayLut(ShownPicture& picture) {
     LutControls controls;
     controls.gamma.fill(picture.defGamma);
     controls.cineonLog = picture.filmAtStart;
@@ -17,7 +17,7 @@ void resetDisplayLut(Picture& picture) {
     displayLutChanged(picture);
 }
 
-void displayLutChanged(Picture& picture) {
+void displayLutChanged(ShownPicture& picture) {
     picture.lut.build();
     picture.lutActive = picture.lut.lutActive;
     picture.cineonLog = picture.lut.controls.cineonLog;

@@ -7,12 +7,12 @@ namespace vistel {
 
 // The controls as the options chose them: gamma (-g) and film conversion (-K), all else neutral.
 // Once, when the options are known.
-void startDisplayLut(Picture& picture);
+void startDisplayLut(ShownPicture& picture);
 // The same again, whatever the keys have changed since.
-void resetDisplayLut(Picture& picture);
+void resetDisplayLut(ShownPicture& picture);
 
 // After picture.lut.controls were changed: builds the tables, sets lutActive and cineonLog, and has
 // the view built again.
-void displayLutChanged(Picture& picture);
+void displayLutChanged(ShownPicture& picture);
 
 }  // namespace vistel

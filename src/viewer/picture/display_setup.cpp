@@ -30,7 +30,7 @@ constexpr int titleRows = 29;          // of the screen, taken by the window's t
 
 int screenMargin(int screen, int picture) { return std::max(0, (screen - picture) / 2); }
 
-int smallestWindowMargin(const Picture& picture) {
+int smallestWindowMargin(const ShownPicture& picture) {
     return picture.animation && !picture.noWinBorder ? platform::scaledForText(smallestMargin) : 0;
 }
 
@@ -44,7 +44,7 @@ int fittedSide(const ShowOptions& options, int side, int screenSide, int workSid
 
 // The window around picture and margins: centred on the work area at first, later where it is. After
 // full screen it is where it was before.
-void placeAround(const Picture& picture, const Surround& surround) {
+void placeAround(const ShownPicture& picture, const Surround& surround) {
     const int width = surround.visibleWidth + 2 * surround.marginX;
     const int height = surround.visibleHeight + 2 * surround.marginY;
     WindowContext& context = windowContext();
@@ -77,7 +77,7 @@ void placeAround(const Picture& picture, const Surround& surround) {
 }
 
 // Makes the window for the largest frame, in full screen for this one, and lays this one out in it.
-void fitWindow(Picture& picture, const FrameStore& frame) {
+void fitWindow(ShownPicture& picture, const FrameStore& frame) {
     PictureLayout& layout = picture.layout;
     const Surround surround =
         picture.fullScreen
@@ -95,7 +95,7 @@ void fitWindow(Picture& picture, const FrameStore& frame) {
 }
 
 // The limits of frames that are shown in a window, or in full screen.
-DisplayFit displayFit(const Picture& picture, bool fullScreen) {
+DisplayFit displayFit(const ShownPicture& picture, bool fullScreen) {
     DisplayFit fit;
     fit.shrink = std::max(1, picture.rfact);
     fit.magnify = std::max(1, picture.magnify);
@@ -108,7 +108,7 @@ DisplayFit displayFit(const Picture& picture, bool fullScreen) {
 
 // Whether the frame is larger, one way or the other, than those before it. One that is shown in
 // full screen counts with the size that it would have in a window.
-bool noteSize(Picture& picture, const FrameStore& frame) {
+bool noteSize(ShownPicture& picture, const FrameStore& frame) {
     int width = frame.width, height = frame.height;
     if (picture.fullScreen) {
         const DisplaySize size =
@@ -125,13 +125,13 @@ bool noteSize(Picture& picture, const FrameStore& frame) {
 
 }  // namespace
 
-DisplayFit currentDisplayFit(const Picture& picture) {
+DisplayFit currentDisplayFit(const ShownPicture& picture) {
     return displayFit(picture, picture.fullScreen != 0);
 }
 
 void forgetLargestFrame(PictureLayout& layout) { layout.largestWidth = layout.largestHeight = 0; }
 
-void openWindowOrExit(Picture& picture, const std::string& title) {
+void openWindowOrExit(ShownPicture& picture, const std::string& title) {
     if (!openViewerWindow(title)) {
         printError(messageText(Message::rVTNoWindow));
         leave();
@@ -142,7 +142,7 @@ void openWindowOrExit(Picture& picture, const std::string& title) {
     if (picture.sequenceMode) setTimerRate(sequenceTimerRate);
 }
 
-Surround surroundOf(const Picture& picture, int width, int height, int zoom) {
+Surround surroundOf(const ShownPicture& picture, int width, int height, int zoom) {
     const int zoomedWidth = width * zoom, zoomedHeight = height * zoom;
     const platform::ScreenSize screen = platform::screenSize();
     Surround surround;
@@ -185,7 +185,7 @@ void keepMiddle(const PictureLayout& before, PictureLayout& layout) {
 // Margin of a zoomed picture in a window that is there. A picture as large as the window was made
 // for keeps the window's margin at every zoom; around a smaller one there is more, and a larger one
 // takes all but the smallest margin.
-int marginInWindow(const Picture& picture, int windowSide, int pictureSide, int windowMargin) {
+int marginInWindow(const ShownPicture& picture, int windowSide, int pictureSide, int windowMargin) {
     const PictureLayout& layout = picture.layout;
     const int least = smallestWindowMargin(picture);
     const auto around = [&](int zoom) { return (windowSide - pictureSide * zoom) / 2; };
@@ -195,7 +195,7 @@ int marginInWindow(const Picture& picture, int windowSide, int pictureSide, int 
 
 }  // namespace
 
-void layOutInWindow(Picture& picture, int width, int height) {
+void layOutInWindow(ShownPicture& picture, int width, int height) {
     PictureLayout& layout = picture.layout;
     const PictureLayout before = layout;
     layout.width = width;
@@ -224,7 +224,7 @@ void measureVisibleArea(PictureLayout& layout) {
     layout.visibleHeight = std::max(0, height - 2 * layout.marginY);
 }
 
-void beginDisplay(Picture& picture, FrameStore& frame) {
+void beginDisplay(ShownPicture& picture, FrameStore& frame) {
     const bool sameView = picture.sequenceMode && picture.windowId >= 1;
     PictureLayout& layout = picture.layout;
     layout.startZoom = std::max(1, picture.currentZoom);
@@ -242,7 +242,7 @@ void beginDisplay(Picture& picture, FrameStore& frame) {
     layout.panY = std::max(0.0f, (frame.height - float(layout.visibleHeight) / layout.zoom) / 2);
 }
 
-void setUpDisplay(Picture& picture, FrameStore& frame, Refit refit) {
+void setUpDisplay(ShownPicture& picture, FrameStore& frame, Refit refit) {
     picture.shown = &frame;
     showNewFrame(picture);
     const bool grows = noteSize(picture, frame) && !picture.fullScreen;

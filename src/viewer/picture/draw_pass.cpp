@@ -44,7 +44,7 @@ Shown shownPart(float pan, int size, int visible, int zoom) {
 }
 
 // The heights under a relief as a line over every eighth row, where it shows.
-void drawProfiles(Picture& picture, const uint32_t* heights) {
+void drawProfiles(ShownPicture& picture, const uint32_t* heights) {
     const PictureLayout& layout = picture.layout;
     if (!picture.bumpSource) return;
     const std::optional<uint32_t> colour = profileColour(*picture.bumpSource);
@@ -77,7 +77,7 @@ void drawProfiles(Picture& picture, const uint32_t* heights) {
     }
 }
 
-void drawPicture(Picture& picture, int width, int height) {
+void drawPicture(ShownPicture& picture, int width, int height) {
     PictureLayout& layout = picture.layout;
     layout.panX = clampedPan(layout.panX, layout.width, layout.visibleWidth, layout.zoom);
     layout.panY = clampedPan(layout.panY, layout.height, layout.visibleHeight, layout.zoom);
@@ -110,7 +110,8 @@ struct Rows {
 // Red text in the middle of the window, its baseline at row y. The band behind it is as wide as the
 // window in a margin; over the picture it has as many columns as the text needs to be read on any
 // colour.
-void drawBandWithText(const Picture& picture, std::string_view text, int width, Rows rows, int y) {
+void drawBandWithText(const ShownPicture& picture, std::string_view text, int width, Rows rows,
+                      int y) {
     const int space = platform::scaledForText(4);  // on either side of the text
     const int textColumns = textWidth(text), left = (width - textColumns) / 2;
     const bool whole = picture.layout.marginY != 0;
@@ -121,7 +122,7 @@ void drawBandWithText(const Picture& picture, std::string_view text, int width, 
     drawText(left, y, text);
 }
 
-void drawLabel(const Picture& picture, int width, int height) {
+void drawLabel(const ShownPicture& picture, int width, int height) {
     const std::string_view label = channelLabel(picture);
     if (label.empty()) return;
     const bool bar = windowContext().controlBarShown;
@@ -132,7 +133,7 @@ void drawLabel(const Picture& picture, int width, int height) {
                      height - scaled(bar ? 40 : 15));
 }
 
-void drawStatusLine(const Picture& picture, int width, int height) {
+void drawStatusLine(const ShownPicture& picture, int width, int height) {
     if (!picture.animation) return;
     const bool bar = windowContext().controlBarShown;
     const auto scaled = platform::scaledForText;
@@ -142,7 +143,7 @@ void drawStatusLine(const Picture& picture, int width, int height) {
 
 }  // namespace
 
-void drawPass(Picture& picture) {
+void drawPass(ShownPicture& picture) {
     if (!picture.shown || !platform::surfaceExists(windowContext().window)) return;
     int width, height;
     clientSize(width, height);

@@ -11,6 +11,6 @@ constexpr uint32_t bandColour =
     0xFF202020;  // packed; dark grey, round the picture and behind texts
 
 // Draws the pass without presenting it. Repeatable: it depends on the state only.
-void drawPass(Picture& picture);
+void drawPass(ShownPicture& picture);
 
 }  // namespace vistel

@@ -106,7 +106,7 @@ struct PictureViews {
     std::vector<ProfilePoint> profile;  // of one row
 };
 
-struct Picture : SequenceState, ShowOptions, ColourOptions, PictureSession {
+struct ShownPicture : SequenceState, ShowOptions, ColourOptions, PictureSession {
     ColourLut lut;
     bool filmAtStart = false;  // cineonLog as the options left it
     PictureViews views;

@@ -13,7 +13,7 @@ namespace {
 size_t pixelCount(const FrameStore& frame) { return size_t(frame.width) * frame.height; }
 
 // Stored pixels as the look-up table shows them in a mode; without memory for them as they are.
-const uint32_t* correctedPixels(Picture& picture, ChannelMode mode) {
+const uint32_t* correctedPixels(ShownPicture& picture, ChannelMode mode) {
     const FrameStore& frame = *picture.shown;
     const uint32_t* stored = frame.colour.data();
     const uint32_t* corrected =
@@ -22,7 +22,7 @@ const uint32_t* correctedPixels(Picture& picture, ChannelMode mode) {
 }
 
 // The grey view of a mode; null without memory.
-const uint32_t* greyView(Picture& picture, ChannelMode mode) {
+const uint32_t* greyView(ShownPicture& picture, ChannelMode mode) {
     const FrameStore& frame = *picture.shown;
     const size_t pixels = pixelCount(frame);
     if (!picture.views.grey.grow(pixels)) return nullptr;
@@ -38,7 +38,7 @@ const uint32_t* greyView(Picture& picture, ChannelMode mode) {
 }
 
 // The depth's grey goes through the colours' tables; as heights of a relief it stays as it is.
-const uint32_t* correctedDepth(Picture& picture) {
+const uint32_t* correctedDepth(ShownPicture& picture) {
     const uint32_t* grey = greyView(picture, ChannelMode::zBuffer);
     if (grey && picture.lut.lutActive)
         picture.lut.apply(planesOfView(picture.mode, picture.mode), grey,
@@ -46,13 +46,13 @@ const uint32_t* correctedDepth(Picture& picture) {
     return grey;
 }
 
-float reliefSlope(const Picture& picture) {
+float reliefSlope(const ShownPicture& picture) {
     return picture.reliefInverted ? -picture.reliefDepth : picture.reliefDepth;
 }
 
 // The relief of its source, all channels counting as their luminance; the heights alone without
 // memory for it.
-const uint32_t* reliefPicture(Picture& picture) {
+const uint32_t* reliefPicture(ShownPicture& picture) {
     const ChannelMode source = picture.bumpSource.value_or(ChannelMode::all);
     const uint32_t* heights =
         greyView(picture, source == ChannelMode::all ? ChannelMode::luminance : source);
@@ -71,7 +71,7 @@ const uint32_t* reliefPicture(Picture& picture) {
     return views.relief.pixels();
 }
 
-const uint32_t* build(Picture& picture) try {
+const uint32_t* build(ShownPicture& picture) try {
     if (picture.mode == ChannelMode::all) return correctedPixels(picture, ChannelMode::all);
     if (picture.mode == ChannelMode::zBuffer) return correctedDepth(picture);
     return isRelief(picture.mode) ? reliefPicture(picture) : greyView(picture, picture.mode);
@@ -84,19 +84,19 @@ Message missingFor(const FrameStore& frame, ChannelMode mode) {
     return missingPlaneMessage(mode, {!frame.colour.empty(), !frame.z.empty(), frame.header.flags});
 }
 
-void show(Picture& picture, ChannelMode mode) {
+void show(ShownPicture& picture, ChannelMode mode) {
     if (picture.mode != mode) picture.layout.clearWanted = true;  // the label changes
     picture.mode = mode;
     viewChanged(picture);
 }
 
-void showReliefOf(Picture& picture, ChannelMode source) {
+void showReliefOf(ShownPicture& picture, ChannelMode source) {
     picture.bumpSource = source;
     show(picture, reliefViewOf(reliefSlope(picture)));
 }
 
 // The view on screen, or the one behind it when that is a relief.
-ChannelMode reliefSource(const Picture& picture) {
+ChannelMode reliefSource(const ShownPicture& picture) {
     return isRelief(picture.mode) ? picture.bumpSource.value_or(ChannelMode::all) : picture.mode;
 }
 
@@ -107,7 +107,7 @@ ChannelMode plainView(const FrameStore& frame) {
 
 }  // namespace
 
-void showNewFrame(Picture& picture) {
+void showNewFrame(ShownPicture& picture) {
     const FrameStore& frame = *picture.shown;
     const bool relief = isRelief(picture.chosen);
     const ChannelMode wanted = relief ? picture.chosenSource : picture.chosen;
@@ -116,11 +116,11 @@ void showNewFrame(Picture& picture) {
     relief ? showReliefOf(picture, view) : show(picture, view);
 }
 
-bool hasView(const Picture& picture, ChannelMode mode) {
+bool hasView(const ShownPicture& picture, ChannelMode mode) {
     return missingFor(*picture.shown, mode) == Message::none;
 }
 
-bool chooseView(Picture& picture, ChannelMode mode) {
+bool chooseView(ShownPicture& picture, ChannelMode mode) {
     const Message message = missingFor(*picture.shown, mode);
     if (message != Message::none) {
         showMessageBand(messageText(message), picture.layout.marginX, picture.layout.visibleWidth);
@@ -132,23 +132,23 @@ bool chooseView(Picture& picture, ChannelMode mode) {
     return true;
 }
 
-void chooseReliefView(Picture& picture, bool inverted) {
+void chooseReliefView(ShownPicture& picture, bool inverted) {
     if (!isRelief(picture.mode)) picture.chosenSource = picture.mode;
     picture.reliefInverted = inverted;
     showReliefOf(picture, reliefSource(picture));
     picture.chosen = picture.mode;
 }
 
-bool reliefChanged(Picture& picture) {
+bool reliefChanged(ShownPicture& picture) {
     if (!isRelief(picture.mode)) return false;
     showReliefOf(picture, reliefSource(picture));
     picture.chosen = picture.mode;
     return true;
 }
 
-void viewChanged(Picture& picture) { picture.views.stale = true; }
+void viewChanged(ShownPicture& picture) { picture.views.stale = true; }
 
-const uint32_t* displayedPixels(Picture& picture) {
+const uint32_t* displayedPixels(ShownPicture& picture) {
     PictureViews& views = picture.views;
     if (views.stale) {
         views.heights = nullptr;
@@ -158,7 +158,7 @@ const uint32_t* displayedPixels(Picture& picture) {
     return views.displayed;
 }
 
-const uint32_t* reliefHeights(const Picture& picture) {
+const uint32_t* reliefHeights(const ShownPicture& picture) {
     return picture.profiles ? picture.views.heights : nullptr;
 }
 

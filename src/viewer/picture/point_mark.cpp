@@ -30,7 +30,7 @@ void drawPointMark(const PictureLayout& layout, const ImagePoint& point) {
     drawArms(at, 0);
 }
 
-void drawTrackingMark(Picture& picture) {
+void drawTrackingMark(ShownPicture& picture) {
     const Tracking& tracking = picture.tracking;
     const Pick* pick = tracking.find(int64_t{picture.currentFrame} - picture.firstFrame);
     if (!tracking.on || !pick) return;

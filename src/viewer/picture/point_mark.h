@@ -9,6 +9,6 @@ namespace vistel {
 void drawPointMark(const PictureLayout& layout, const ImagePoint& point);
 
 // While tracking is on: the mark of the current frame, when it has a pick.
-void drawTrackingMark(Picture& picture);
+void drawTrackingMark(ShownPicture& picture);
 
 }  // namespace vistel

@@ -29,7 +29,7 @@ constexpr LabelRow labels[] = {
 
 const LabelRow& rowOf(ChannelMode mode) { return labels[static_cast<size_t>(mode)]; }
 
-Tstring viewLabel(const Picture& picture) {
+Tstring viewLabel(const ShownPicture& picture) {
     if (!isRelief(picture.mode)) return messageText(rowOf(picture.mode).view);
     if (!picture.bumpSource) return {};
     Tstring label = messageText(rowOf(*picture.bumpSource).relief);
@@ -46,7 +46,7 @@ struct LabelKey {
     bool operator==(const LabelKey&) const = default;
 };
 
-Tstring makeLabel(const Picture& picture) {
+Tstring makeLabel(const ShownPicture& picture) {
     Tstring label = viewLabel(picture);
     if (picture.controlChannel == 0) return label;
     const std::string letter(
@@ -79,7 +79,7 @@ std::string_view statusLine(const StatusFields& status) {
     return {buffer.data(), std::min(static_cast<size_t>(length), buffer.size() - 1)};
 }
 
-std::string_view channelLabel(const Picture& picture) {
+std::string_view channelLabel(const ShownPicture& picture) {
     static LabelKey key;
     static Tstring label = makeLabel(picture);
     const LabelKey now{picture.mode, picture.bumpSource, picture.controlChannel,

@@ -19,6 +19,6 @@ TimeFields timeFields(int frame, int frameRate);
 std::string_view statusLine(const StatusFields& status);
 
 // Name of the shown channel; empty for the plain picture. Lasts until the next call.
-std::string_view channelLabel(const Picture& picture);
+std::string_view channelLabel(const ShownPicture& picture);
 
 }  // namespace vistel

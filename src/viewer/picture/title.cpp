@@ -15,7 +15,7 @@ std::string shownSourceName(const CurrentSource& source) {
 }
 
 // How far tracking is: which frame of an animation still has no point.
-static Tstring trackingSuffix(const Picture& picture) {
+static Tstring trackingSuffix(const ShownPicture& picture) {
     if (!picture.tracking.on || !picture.animation) return {};
     const TrackedFrames tracked =
         trackedFrames(picture.tracking, picture.firstFrame, picture.lastFrame,
@@ -29,7 +29,7 @@ static Tstring trackingSuffix(const Picture& picture) {
 }
 
 // What neither the name nor the picture alone tells.
-static Tstring titleSuffix(const Picture& picture) {
+static Tstring titleSuffix(const ShownPicture& picture) {
     Tstring suffix;
     if (picture.shown && picture.shown->shrink > 1)
         suffix += formatMessage(Message::rVTTitleShrink, {picture.shown->shrink});
@@ -46,16 +46,16 @@ static Tstring titleSuffix(const Picture& picture) {
     return suffix;
 }
 
-std::string windowTitle(const Picture& picture) {
+std::string windowTitle(const ShownPicture& picture) {
     return formatPositional("VisTel: ^1s^2s", {shownSourceName(picture), titleSuffix(picture)});
 }
 
-void showTitle(Picture& picture) {
+void showTitle(ShownPicture& picture) {
     picture.title = windowTitle(picture);
     setViewerTitle(picture.title);
 }
 
-void refreshTitle(Picture& picture) {
+void refreshTitle(ShownPicture& picture) {
     if (windowTitle(picture) != picture.title) showTitle(picture);
 }
 

@@ -63,7 +63,7 @@ struct SoundPlaying {
     bool soundBehind = false;       // the pictures went backward, in silence
 };
 
-struct Player : Picture, Playing, Saving, SoundOptions, SoundPlaying, PlayerSession {
+struct Player : ShownPicture, Playing, Saving, SoundOptions, SoundPlaying, PlayerSession {
     PlaybackClock clock;
     Loading loading;
     platform::GoOn goOn;  // asked while a frame is read: serves the window

@@ -130,7 +130,7 @@ class WritingFaults : public testing::Test {
 };
 
 TEST_F(WritingFaults, OfMemoryAreNoMemory) {
-    EXPECT_GT(failEach(test::faultMemory, iffNoMemory), 10);
+    EXPECT_GT(failEach(test::faultMemory, iffNoMemory), 5);
 }
 
 TEST_F(WritingFaults, OfMemoryInTheContainerAloneAreNoMemory) {

@@ -293,20 +293,21 @@ TEST_F(Convert, WhatIsNoPictureIsToldFromWhatIsNotThere) {
 
 TEST_F(Convert, OfSeveralPicturesTheFirstIsTaken) {
     const Picture first = samplePicture(5, 4, true, false, false);
+    const Picture second = samplePicture(9, 9, false, false, false);
     const std::string name = path("two.iff");
     ImageWriter writer;
     ASSERT_EQ(writer.open(name), iffOk);
-    for (const Picture& picture : {first, samplePicture(9, 9, false, false, false)}) {
+    for (const Picture* picture : {&first, &second}) {
         if (writer.header().width != 0) {
             ASSERT_EQ(writer.nextImage(), iffOk);
         }
         ASSERT_EQ(
-            writer.writeHeader(picture.width, picture.height, picture.colour ? imageColour : 0u),
+            writer.writeHeader(picture->width, picture->height, picture->colour ? imageColour : 0u),
             iffOk);
         ASSERT_EQ(writer.setRowsFromLast(true), iffOk);
         ASSERT_EQ(writer.beginImageData(), iffOk);
-        for (uint32_t y = 0; y < picture.height; ++y)
-            ASSERT_EQ(writer.writeScanline(reinterpret_cast<const uint32_t*>(picture.row(y))),
+        for (uint32_t y = 0; y < picture->height; ++y)
+            ASSERT_EQ(writer.writeScanline(reinterpret_cast<const uint32_t*>(picture->row(y))),
                       iffOk);
     }
     ASSERT_EQ(writer.close(), iffOk);

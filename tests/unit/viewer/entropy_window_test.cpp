@@ -37,6 +37,7 @@ class EntropyWindowTest : public testing::Test {
         headless::reset();
         escapes = 0;
     }
+    void TearDown() override { windows.waitUntilClosed(); }
     EntropyWindows windows{[] { ++escapes; }};
 };
 
@@ -170,8 +171,7 @@ TEST_F(EntropyWindowDeathTest, EscapeIsAnInterrupt) {
     EXPECT_EXIT(escape(), testing::ExitedWithCode(0), "");
 }
 
-// --- what is counted, and its title
-// -----------------------------------------------------------------
+// --- what is counted, and its title --------------------------------------------------------------
 
 TEST(EntropyTitle, NamesTheFileWithoutItsFolderAndStandardInputByItsImage) {
     CurrentSource source;
