@@ -110,7 +110,10 @@ class TemporaryFile {
     Bytes read() const {
         std::ifstream file(path(), std::ios::binary);
         Bytes bytes;
-        bytes.data.assign(std::istreambuf_iterator<char>(file), {});
+        file.seekg(0, std::ios::end);
+        bytes.data.resize(static_cast<size_t>(file.tellg()));
+        file.seekg(0);
+        file.read(reinterpret_cast<char*>(bytes.data.data()), std::ssize(bytes.data));
         return bytes;
     }
     // Opens the file for reading; this object keeps and closes the stream.

@@ -80,15 +80,23 @@ inline uint32_t storedPixel(const Pixel& p, uint32_t flags) {
 }
 
 // The values of a pixel as a tile stores them: mask, blue, green, red, those the image has.
-inline std::vector<unsigned> fileValues(const Pixel& p, uint32_t flags) {
-    std::vector<unsigned> values;
-    if (flags & imageMask) values.push_back(p.mask);
-    if (flags & imageBlack) return values;
-    if (flags & imageColour) values.push_back(p.blue);
-    values.push_back(p.green);
-    if (flags & imageColour) values.push_back(p.red);
-    return values;
-}
+class FileValues {
+ public:
+    FileValues(const Pixel& p, uint32_t flags) {
+        if (flags & imageMask) values_[count_++] = p.mask;
+        if (flags & imageBlack) return;
+        if (flags & imageColour) values_[count_++] = p.blue;
+        values_[count_++] = p.green;
+        if (flags & imageColour) values_[count_++] = p.red;
+    }
+    size_t size() const { return count_; }
+    const unsigned* begin() const { return values_; }
+    const unsigned* end() const { return values_ + count_; }
+
+ private:
+    unsigned values_[4] = {};
+    size_t count_ = 0;
+};
 
 // A whole picture with different channels everywhere, and runs in it.
 inline Pixel samplePixel(uint32_t x, uint32_t y) {
@@ -103,7 +111,7 @@ inline Bytes wholeTileData(const ImageHeader& head, const TileRect& rect) {
     Bytes data;
     for (uint32_t y = rect.y1; y <= rect.y2; ++y)
         for (uint32_t x = rect.x1; x <= rect.x2; ++x)
-            for (unsigned value : fileValues(samplePixel(x, y), head.flags)) {
+            for (unsigned value : FileValues(samplePixel(x, y), head.flags)) {
                 data.u8(value);
                 if (head.wideChannels) data.u8(0x5A);
             }

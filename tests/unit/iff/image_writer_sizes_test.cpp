@@ -122,7 +122,7 @@ int wrongValues(const Case& c, const test::PlainPlane& plane, int channels, bool
         for (uint32_t x = 0; x < c.width; ++x) {
             const test::Pixel pixel = second ? secondPixel(x, y) : test::samplePixel(x, y);
             const unsigned low = second ? lowByte(y, x) : lowByte(x, y);
-            const auto values = test::fileValues(pixel, c.flags);
+            const test::FileValues values(pixel, c.flags);
             if (values.size() != size_t(channels)) return -1;
             for (const unsigned value : values)
                 wrong += plane.values[at++] != (c.wide ? value << 8 | low : value);
