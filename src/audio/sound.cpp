@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "platform/clock.h"
 #include "platform/wave_ring.h"
 
 namespace vistel {
@@ -30,6 +31,7 @@ bool Sound::load(const std::string& file) {
 }
 
 void Sound::unload() {
+    outOfStep_.reset();
     feeder_.reset();
     output_.reset();
     track_.reset();
@@ -51,16 +53,36 @@ void Sound::stop() {
 
 bool Sound::feed(int32_t chunksPerSecond) { return feeder_ && feeder_->feed(chunksPerSecond); }
 
-void Sound::feedPicture(int32_t picture, int32_t frameRate, double late) {
+// Whether the sound can go on where it is, though this frame of the track should be next: it is
+// near, or was near a moment ago. Pictures that are much too late may be in time again at once.
+bool Sound::goesOnAt(int64_t frame, int32_t frameRate) {
+    const int64_t rate = track_->rate();
+    const int64_t near = std::max(rate * 3 / 4 / frameRate, rate / 40);
+    if (std::abs(feeder_->position() - frame) <= near) {
+        outOfStep_.reset();
+        return true;
+    }
+    constexpr uint32_t moment = 100;
+    const uint32_t now = platform::tickMilliseconds();
+    if (!outOfStep_) outOfStep_ = now;
+    return now - *outOfStep_ < moment;
+}
+
+void Sound::feedPicture(const PictureShown& picture) {
     if (!output_) return;
-    if (output_->pendingSamples() == 0) {
-        const int64_t begin = int64_t{track_->rate()} * picture / std::max(frameRate, 1);
-        feeder_->seek(begin + static_cast<int64_t>(late * track_->rate()));
-        feed(0);
-    } else if (output_->freeFrames() > 0) {
-        feed(frameRate);
-    } else {
-        feeder_->skip(track_->rate() / std::max(frameRate, 1));
+    const int32_t frameRate = std::max(picture.frameRate, 1);
+    const int64_t rate = track_->rate();
+    int64_t pending = output_->pendingSamples() / track_->channels();
+    const int64_t next = rate * picture.number / frameRate +
+                         static_cast<int64_t>(picture.late * track_->rate()) +
+                         pending * picture.step;
+    if (pending == 0 || !goesOnAt(next, frameRate)) {
+        feeder_->seek(next);
+        outOfStep_.reset();
+    }
+    const int64_t wanted = rate * (picture.goesOn ? 3 : 1) / 10;
+    const int64_t part = frameRate >= 10 ? rate / frameRate : output_->chunkFrames();
+    for (; pending < wanted && feed(frameRate); pending += part) {
     }
 }
 

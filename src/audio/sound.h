@@ -55,11 +55,18 @@ class Sound {
 
     // Queues one chunk: an n-th of a second for n of 10 and more. False at the end.
     bool feed(int32_t chunksPerSecond);
-    // Queues the part of a picture, counted from that with which the sound began, which came so many
-    // seconds late. A device that has nothing left goes on where the sound should be now, with a
-    // whole chunk, so that the next picture may be late; one that has enough already, because it
-    // plays slower than the pictures, gets none.
-    void feedPicture(int32_t picture, int32_t frameRate, double late = 0);
+    // The picture on screen, counted from that with which the sound began.
+    struct PictureShown {
+        int32_t number = 0;
+        int32_t frameRate = 24;
+        double late = 0;      // seconds for which the sound did not wait
+        bool goesOn = false;  // others follow at that rate,
+        int32_t step = 1;     // each with a number that is so much larger
+    };
+    // Queues what the device needs from this picture to the next one: so much that the next one may
+    // be late. What is queued begins where the sound should be once all before it was heard; it
+    // goes on without a break as long as it is in step with the pictures, or soon will be.
+    void feedPicture(const PictureShown& picture);
     // To a picture's number at a frame rate.
     void seek(int32_t frame, int32_t frameRate);
     // Seconds of the recording that were heard; 0 without a device.
@@ -73,6 +80,8 @@ class Sound {
     int32_t deviceRate() const { return deviceRate_; }  // looked at by tests
 
  private:
+    bool goesOnAt(int64_t frame, int32_t frameRate);
+
     std::optional<WaveInterface> interface_;  // chosen when first needed
     int32_t deviceRate_ = 22050;              // of the next device
     double speed_ = 1.0;
@@ -80,6 +89,7 @@ class Sound {
     std::optional<SoundTrack> track_;
     std::unique_ptr<AudioOutput> output_;
     std::unique_ptr<SoundFeeder> feeder_;
+    std::optional<uint32_t> outOfStep_;  // since this tick, milliseconds
 };
 
 }  // namespace vistel

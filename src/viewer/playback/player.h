@@ -58,9 +58,10 @@ struct Loading {
 struct SoundPlaying {
     std::unique_ptr<Sound> sound;
     std::unique_ptr<Sound> nextSound;  // of the next pass, loaded ahead; null: not yet
-    std::optional<int> soundFrame;  // whose part was fed last
-    std::optional<int> soundStart;  // the frame with which it began, since it was loaded
-    bool soundBehind = false;       // the pictures went backward, in silence
+    std::optional<int> soundFrame;     // whose part was fed last
+    std::optional<int> soundStart;     // the frame with which it began, since it was loaded
+    bool soundBehind = false;          // the pictures went backward, in silence
+    bool soundGoesOn = false;          // with the last picture: others were to follow
 };
 
 struct Player : ShownPicture, Playing, Saving, SoundOptions, SoundPlaying, PlayerSession {

@@ -47,12 +47,15 @@ namespace {
 
 enum class Way { onward, backward, jump, toStart };
 
-// How the pictures came to this frame.
+// How the pictures came to this frame. Some that are skipped for being late are no jump: the sound
+// has not waited for them.
 Way wayTo(const Player& player, int before, int frame) {
     if (player.wentBackward) return Way::backward;
     if (frame < before) return frame == player.playFirst ? Way::toStart : Way::jump;
-    const bool late = player.soundBehind || frame > before + stepSize(player);
-    return late ? Way::jump : Way::onward;
+    const bool skips = playing(player) && player.frameSkip;
+    const int mostSkipped = skips ? effectiveFrameRate(player) / 5 : 0;
+    const bool jumped = frame - mostSkipped > before + stepSize(player);
+    return player.soundBehind || jumped ? Way::jump : Way::onward;
 }
 
 // By how much the picture is late, where the next ones can make up for that: the sound does not
@@ -74,7 +77,11 @@ void followPicture(Player& player, Way way) {
     const std::unique_ptr<Sound> before = way == Way::onward ? nullptr : begin(player);
     if (way == Way::jump) player.soundStart = player.audioOffset;
     if (!player.soundStart) player.soundStart = frame;
-    player.sound->feedPicture(frame - *player.soundStart, rate, secondsLate(player));
+    player.sound->feedPicture({.number = frame - *player.soundStart,
+                               .frameRate = rate,
+                               .late = secondsLate(player),
+                               .goesOn = playing(player),
+                               .step = stepSize(player)});
 }
 
 // A device takes some milliseconds to open: the next pass's is opened while the last picture of
@@ -87,13 +94,24 @@ void prepareNextPass(Player& player) {
         player.nextSound = loaded(player);
 }
 
+// What the device still has is not heard. The sound goes on where the pictures do.
+void silence(Player& player) {
+    const std::optional<int> start = player.soundStart;
+    begin(player);
+    player.soundStart = start;
+}
+
 }  // namespace
 
 void keepSoundInStep(Player& player) {
     if (!player.soundOn || !player.sound) return;
     const int frame = player.currentFrame;
     const int before = std::exchange(player.soundFrame, frame).value_or(frame - 1);
-    if (frame == before) return;
+    const bool pictureFollowed = std::exchange(player.soundGoesOn, playing(player));
+    if (frame == before) {
+        if (pictureFollowed && !player.soundGoesOn && player.soundLoaded) silence(player);
+        return;
+    }
     const Way way = wayTo(player, before, frame);
     if (frame >= player.audioOffset)
         followPicture(player, way);

@@ -80,7 +80,7 @@ void doLittle(Sound& sound, std::mt19937& random) {
             (void)sound.feed(number);
             break;
         case 3:
-            sound.feedPicture(number, 24);
+            sound.feedPicture({.number = number, .goesOn = number % 2 == 0});
             break;
         case 4:
             sound.seek(number, 24);

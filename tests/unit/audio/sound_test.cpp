@@ -146,49 +146,97 @@ TEST_F(SoundTest, FeedsOneChunkForEachPicture) {
     EXPECT_EQ(headless::recordedWaves().heard.size(), 44100u);
 }
 
-TEST_F(SoundTest, APictureThatFindsTheDeviceEmptyGetsMoreThanItsPart) {
-    headless::resetWaves({.playsAtOnce = false});
-    const TemporaryFile file(counted(44100));
+// A second of sound, heard as the test plays it.
+struct PicturesTest : SoundTest {
+    PicturesTest() : bytes(counted(44100)), file(bytes), whole(soundOf(bytes)) {
+        headless::resetWaves({.playsAtOnce = false});
+        EXPECT_TRUE(sound.load(file.name()));
+    }
+    std::vector<uint8_t> part(size_t from, size_t frames) const {
+        const auto begin = whole.begin() + static_cast<std::ptrdiff_t>(from * 2);
+        return {begin, begin + static_cast<std::ptrdiff_t>(frames * 2)};
+    }
+    // What is heard of so many frames, if there are so many.
+    std::vector<uint8_t> newlyHeard(size_t frames = SIZE_MAX / 2) {
+        headless::playWaves(frames * 2);
+        const auto heard = headless::recordedWaves().heard;
+        const auto begin = heard.begin() + static_cast<std::ptrdiff_t>(heardBefore);
+        heardBefore = heard.size();
+        return {begin, heard.end()};
+    }
+
+    Bytes bytes;
+    TemporaryFile file;
+    std::vector<uint8_t> whole;
     Sound sound;
-    sound.feedPicture(0, 24);
-    ASSERT_TRUE(sound.load(file.name()));
-    for (int picture = 0; picture < 4; ++picture) sound.feedPicture(picture, 24);
-    headless::playWaves(SIZE_MAX);
-    // 0.15 seconds are what it is to hold: the last one had none.
-    EXPECT_EQ(headless::recordedWaves().heard.size(), (4410 + 2 * (44100 / 24)) * 2u);
+    size_t heardBefore = 0;
+};
+
+constexpr size_t framesPart = 44100 / 25;  // of a picture's time
+
+TEST_F(PicturesTest, HasMoreInHandThanThePartOfOne) {
+    constexpr size_t parts = 8;  // until it is 0.3 seconds
+    sound.feedPicture({.number = 0, .frameRate = 25, .goesOn = true});
+    sound.feedPicture({.number = 0, .frameRate = 25, .goesOn = true});
+    EXPECT_EQ(newlyHeard(framesPart), part(0, framesPart));
+    for (int picture = 1; picture < 4; ++picture)  // each as soon as there is room for it
+        sound.feedPicture({.number = picture, .frameRate = 25, .goesOn = true});
+    EXPECT_EQ(newlyHeard(), part(framesPart, parts * framesPart));
 }
 
-TEST_F(SoundTest, AnEmptyDeviceGoesOnWithThePictureAndAFullOneLeavesItsPartOut) {
-    headless::resetWaves({.playsAtOnce = false});
-    const Bytes bytes = counted(44100);
-    const TemporaryFile file(bytes);
-    const auto whole = soundOf(bytes);
-    const auto part = [&](size_t from, size_t frames) {
-        const auto begin = whole.begin() + static_cast<std::ptrdiff_t>(from * 2);
-        return std::vector<uint8_t>(begin, begin + static_cast<std::ptrdiff_t>(frames * 2));
+TEST_F(PicturesTest, OneThatStaysHasAShortPart) {
+    sound.feedPicture({.number = 2, .frameRate = 25});
+    EXPECT_EQ(newlyHeard(), part(2 * framesPart, 3 * framesPart));  // at least 0.1 seconds
+    sound.feedPicture({.number = 1, .frameRate = 5});
+    EXPECT_EQ(newlyHeard(), part(8820, 4410));
+}
+
+TEST_F(PicturesTest, AnEmptyDeviceGoesOnWithThePicture) {
+    sound.feedPicture({.number = 0, .frameRate = 25});
+    newlyHeard();
+    sound.feedPicture({.number = 1, .frameRate = 25});  // what was heard too early is heard again
+    EXPECT_EQ(newlyHeard(), part(framesPart, 3 * framesPart));
+    sound.feedPicture({.number = 1, .frameRate = 25, .late = 0.06});  // where it should be by now
+    EXPECT_EQ(newlyHeard(), part(framesPart + 2646, 3 * framesPart));
+}
+
+TEST_F(PicturesTest, OutOfStepForAWhileItGoesOnWhereItShouldBe) {
+    const auto show = [&](int picture) {
+        sound.feedPicture({.number = picture, .frameRate = 25, .goesOn = true});
     };
-    auto newlyHeard = [before = size_t{0}]() mutable {
-        headless::playWaves(SIZE_MAX);
-        const auto heard = headless::recordedWaves().heard;
-        const auto begin = heard.begin() + static_cast<std::ptrdiff_t>(before);
-        before = heard.size();
-        return std::vector<uint8_t>(begin, heard.end());
-    };
-    Sound sound;
-    ASSERT_TRUE(sound.load(file.name()));
-    sound.feedPicture(0, 25);
-    EXPECT_EQ(newlyHeard(), part(0, 4410));
-    sound.feedPicture(1, 25);  // what was heard too early is heard again
-    EXPECT_EQ(newlyHeard(), part(1764, 4410));
-    sound.feedPicture(1, 25, 0.06);  // where it should be by now
-    EXPECT_EQ(newlyHeard(), part(1764 + 2646, 4410));
-    for (int picture = 10; picture < 14; ++picture) sound.feedPicture(picture, 25);
-    headless::playWaves(4410 * 2);
-    sound.feedPicture(14, 25);
-    EXPECT_EQ(newlyHeard().size(), (4410u + 3 * 1764) * 2);
-    const auto heard = headless::recordedWaves().heard;
-    EXPECT_EQ(std::vector<uint8_t>(heard.end() - 1764 * 2, heard.end()),
-              part(10 * 1764 + 4410 + 3 * 1764, 1764));
+    show(0);  // what it has goes from here to part 8
+    headless::playWaves(framesPart * 2);
+    show(3);
+    headless::advanceMilliseconds(99);
+    headless::playWaves(framesPart * 2);
+    show(4);
+    headless::advanceMilliseconds(1);
+    headless::playWaves(framesPart * 2);
+    show(5);  // two pictures ahead of what is heard
+    newlyHeard(7 * framesPart);
+    EXPECT_EQ(newlyHeard(), part(12 * framesPart, framesPart));
+    headless::playWaves(SIZE_MAX);
+    show(9);
+    headless::playWaves(framesPart * 2);
+    show(12);
+    headless::advanceMilliseconds(100);
+    show(10);  // in time again
+    headless::playWaves(framesPart * 2);
+    show(11);
+    newlyHeard(7 * framesPart);
+    EXPECT_EQ(newlyHeard(), part(18 * framesPart, framesPart));
+}
+
+TEST_F(PicturesTest, OfPicturesThatAreLeftOutTheSoundIsToo) {
+    sound.feedPicture({.number = 0, .frameRate = 25, .goesOn = true, .step = 2});
+    headless::playWaves(framesPart * 2);
+    sound.feedPicture({.number = 2, .frameRate = 25, .goesOn = true, .step = 2});
+    headless::advanceMilliseconds(100);
+    headless::playWaves(framesPart * 2);
+    sound.feedPicture({.number = 4, .frameRate = 25, .goesOn = true, .step = 2});
+    newlyHeard(7 * framesPart);
+    // What was to be heard at once is now heard after seven parts: there the pictures are 14 on.
+    EXPECT_EQ(newlyHeard(), part(18 * framesPart, framesPart));
 }
 
 TEST_F(SoundTest, TimeNeverGoesBack) {

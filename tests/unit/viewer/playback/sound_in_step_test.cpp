@@ -56,8 +56,29 @@ TEST_F(SoundInStepTest, APictureThatComesLateHasItsPartStill) {
     for (int frame = 1; frame <= 4; ++frame) EXPECT_EQ(show(frame), tenth(frame));
     headless::playWaves(300);  // there is something in hand
     const auto heard = headless::recordedWaves().heard;
-    EXPECT_EQ(heard.size(), 700u);
-    EXPECT_EQ(heard.back(), 7);
+    EXPECT_EQ(heard.size(), 600u);
+    EXPECT_EQ(heard.back(), 6);
+}
+
+TEST_F(SoundInStepTest, EndsAtOnceWithAPause) {
+    for (int frame = 1; frame <= 3; ++frame) EXPECT_EQ(show(frame), tenth(frame));
+    player.paused = 1;
+    EXPECT_TRUE(show(3).empty());
+    EXPECT_EQ(show(4).size(), 100u);  // of a picture that stays a short part
+    EXPECT_TRUE(show(4).empty());
+    player.paused = 0;
+    EXPECT_EQ(show(5), tenth(5));
+}
+
+TEST_F(SoundInStepTest, PicturesThatAreSkippedLeaveItAsItIs) {
+    player.frameSkip = 1;
+    EXPECT_EQ(show(1), tenth(1));
+    EXPECT_EQ(show(2), tenth(2));
+    headless::playWaves(100);
+    EXPECT_EQ(show(4), tenth(4));
+    EXPECT_EQ(headless::recordedWaves().opened, 1);
+    headless::playWaves(10000);
+    EXPECT_EQ(show(9), tenth(10));  // too many: a jump
 }
 
 TEST_F(SoundInStepTest, APictureThatIsDrawnAgainHasNoFurtherPart) {
