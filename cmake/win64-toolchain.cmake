@@ -14,4 +14,5 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 set(CMAKE_EXE_LINKER_FLAGS_INIT "-static")
 set(ZLIB_USE_STATIC_LIBS ON)
 find_program(WINE64 NAMES wine64 PATHS /usr/lib/wine REQUIRED)
-set(CMAKE_CROSSCOMPILING_EMULATOR ${WINE64})
+# Without random addresses: see scripts/wine_environment.
+set(CMAKE_CROSSCOMPILING_EMULATOR setarch -R ${WINE64})

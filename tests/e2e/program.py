@@ -214,10 +214,12 @@ class Wine(System):
 
     @staticmethod
     def loader():
-        return shutil.which("wine64") or "/usr/lib/wine/wine64"
+        """Without random addresses: one program in some thousands would not start, because its heap
+        lies where Windows has a page of its own (0x7FFE0000)."""
+        return ["setarch", "-R", shutil.which("wine64") or "/usr/lib/wine/wine64"]
 
     def command(self, name="vistel"):
-        return [self.loader(), str(self.binary.with_name(f"{name}.exe"))]
+        return [*self.loader(), str(self.binary.with_name(f"{name}.exe"))]
 
     def emit_command(self):
         compiler = ["x86_64-w64-mingw32-gcc-posix", "-static"]
@@ -247,7 +249,7 @@ class Wine(System):
         that are started along would hold a pipe open for ever."""
         with tempfile.TemporaryFile() as output:
             done = subprocess.run(
-                [self.loader(), *arguments],
+                [*self.loader(), *arguments],
                 env=self.environment(ROOT, self._session),
                 stdin=subprocess.DEVNULL,
                 stdout=output,

@@ -227,7 +227,7 @@ def test_without_memory_every_frame_is_read(play_from_disk, folder):
 @pytest.mark.parametrize("variable", ["VISTEL_MEMORY", "VISTEL_THREADS"])
 def test_a_variable_that_is_no_number_is_told_of_once_and_does_not_count(play_from_disk, variable):
     player = play_from_disk("-r", "10", environment={variable: "4x"}, last=4)
-    assert follows(player.record(9), player.animation.numbers)
+    player.record_in_order(9, lambda seen: follows(seen, player.animation.numbers))
     assert player.program.close() == 0
     lines = [line for line in player.program.stderr().splitlines() if variable in line]
     assert len(lines) == 1, player.program.stderr()

@@ -52,7 +52,7 @@ TEST_F(LoadAnimationTest, AGapKeepsTheStepsOfTheRange) {
 }
 
 TEST_F(LoadAnimationTest, FilesThatDoNotFitArePassedToo) {
-    for (int number = 1; number < 3000; ++number)
+    for (int number = 900; number < 1300; ++number)  // listed in the gap, from its thousandth on
         FrameFolder::write("s.0" + std::to_string(number), 7);
     EXPECT_EQ(load(2'000'000'000, 1), leftOut(2, 2'000'000'000));
 }
