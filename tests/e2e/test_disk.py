@@ -76,7 +76,7 @@ def test_a_vanished_file_leaves_the_picture_and_a_message(start, folder):
     text = scene.held("u", at_rest=True)
     scene.expect(scene.stored[..., :3])
     scene.key("r", rules.grey(rules.plane(scene.stored, 3)))
-    assert scene.held("u", at_rest=True) == text
+    wait_until(lambda: scene.held("u", at_rest=True) == text, what="the same message")
     scene.key("c", scene.stored[..., :3])
     write(folder / "one", Picture(colour=noise(101, 75, 8)))
     scene.key("u", noise(101, 75, 8))
