@@ -1,6 +1,7 @@
 #include "viewer/commands/queued_input.h"
 
 #include <bitset>
+#include <utility>
 
 #include "platform/clock.h"
 #include "platform/process.h"
@@ -49,7 +50,8 @@ bool keyWaitsTooLong(const Viewer& viewer) {
 }
 
 // What carries nothing, asked about each event in turn:
-// - Ticks, and the presses by which a held key repeats.
+// - Ticks but one, with which modifiers are looked up that a dialog or menu saw released.
+// - The presses by which a held key repeats.
 // - Moves while no button is down or waiting: where they lead is noted. With one, those that a
 //   further move follows; but what is painted is painted along each.
 class CarriesNothing {
@@ -61,7 +63,8 @@ class CarriesNothing {
     }
     bool operator()(const InputEvent& event) {
         if (isMove(event.code)) return move(event);
-        if (!isButton(event.code)) return event.code == EV_TIMER || repeats(event);
+        if (event.code == EV_TIMER) return std::exchange(tick_, true);
+        if (!isButton(event.code)) return repeats(event);
         button_ = true;
         if (event.code == EV_RIGHTMOUSE) painting_ = event.value != 0;
         return false;
@@ -84,7 +87,7 @@ class CarriesNothing {
         return event.value && before;
     }
 
-    bool painting_ = false, button_ = false;
+    bool painting_ = false, button_ = false, tick_ = false;
     std::bitset<512> down_;
 };
 
@@ -114,8 +117,9 @@ void dropRepeats(const Press& press) {
 void dropStepsBehind(const Viewer& viewer, FrameShown shown) {
     if (shown == FrameShown::unchanged || playing(viewer)) return;
     int kept = shown == FrameShown::givenUp ? 1 : 0;
+    bool tick = false;
     windowContext().queue.drop([&](const InputEvent& event) {
-        if (event.code == EV_TIMER) return true;
+        if (event.code == EV_TIMER) return std::exchange(tick, true);
         const bool step = event.code == keyReload || (isArrow(event.code) && event.value);
         return step && kept-- <= 0;
     });

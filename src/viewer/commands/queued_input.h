@@ -11,7 +11,8 @@ namespace vistel {
 void dropRepeats(const Press& press);
 
 // While stopped, steps and reloads that a held key has queued must not pile up behind a frame
-// change; the ticks that came meanwhile go too. The key that gave the frame up is to act.
+// change; the ticks that came meanwhile go too, but for one. The key that gave the frame up is to
+// act.
 void dropStepsBehind(const Viewer& viewer, FrameShown shown);
 
 // Whether the mouse has moved on already: then this place need not be shown. What a button does

@@ -334,7 +334,7 @@ TEST_F(ViewerLoopTest, EscapeEndsALoadAndNothingElse) {
     EXPECT_EQ(viewerState.fullScreen, 1);
 }
 
-TEST_F(ViewerLoopTest, ALongLoadKeepsOnlyTheKeys) {
+TEST_F(ViewerLoopTest, ALongLoadKeepsOnlyTheKeysAndATick) {
     showAnimation(1, 1);
     viewerState.animation = 1;
     viewerState.lastFrame = viewerState.playLast = 40;
@@ -348,7 +348,8 @@ TEST_F(ViewerLoopTest, ALongLoadKeepsOnlyTheKeys) {
     testing::internal::CaptureStderr();
     loadRemainingFrames(viewerState);
     EXPECT_NE(testing::internal::GetCapturedStderr().find("Frames 2 to 40"), std::string::npos);
-    EXPECT_EQ(windowContext().queue.count(), 1);
+    EXPECT_EQ(windowContext().queue.count(), 2);
+    EXPECT_EQ(waitEvent().code, EV_TIMER);
     EXPECT_EQ(waitEvent().code, 'S');
     EXPECT_EQ(headless::title(), "VisTel: loading no such file, frame 2 of 40");
 }
