@@ -66,12 +66,21 @@ double secondsLate(const Player& player) {
     return playing(player) && late > 0 && late <= longest ? late / 1000 : 0;
 }
 
+// What the device still has is not heard. The sound goes on where the pictures do.
+void silence(Player& player) {
+    const std::optional<int> start = player.soundStart;
+    begin(player);
+    player.soundStart = start;
+}
+
 // Backward nothing is heard. A jump begins with an empty device: what it still has belongs to other
 // pictures. The sound begins with the first picture of a pass, whatever its number; after a jump
 // with the picture that the offset names.
 void followPicture(Player& player, Way way) {
     const int frame = player.currentFrame, rate = effectiveFrameRate(player);
+    const bool turned = way == Way::backward && !player.soundBehind;
     player.soundBehind = way == Way::backward;
+    if (turned && player.soundLoaded) silence(player);
     if (way == Way::backward || (!player.soundLoaded && way != Way::toStart)) return;
     // To end it takes some milliseconds, too: first the new one is heard.
     const std::unique_ptr<Sound> before = way == Way::onward ? nullptr : begin(player);
@@ -92,13 +101,6 @@ void prepareNextPass(Player& player) {
         player.nextSound.reset();
     else if (!player.nextSound)
         player.nextSound = loaded(player);
-}
-
-// What the device still has is not heard. The sound goes on where the pictures do.
-void silence(Player& player) {
-    const std::optional<int> start = player.soundStart;
-    begin(player);
-    player.soundStart = start;
 }
 
 }  // namespace

@@ -70,6 +70,16 @@ TEST_F(SoundInStepTest, EndsAtOnceWithAPause) {
     EXPECT_EQ(show(5), tenth(5));
 }
 
+TEST_F(SoundInStepTest, EndsAtOnceWhereThePicturesTurn) {
+    for (int frame = 1; frame <= 3; ++frame) EXPECT_EQ(show(frame), tenth(frame));
+    for (int frame = 2; frame >= 1; --frame) {
+        player.wentBackward = true;
+        EXPECT_TRUE(show(frame).empty());
+    }
+    EXPECT_EQ(headless::recordedWaves().opened, 2);
+    EXPECT_EQ(show(2), tenth(3));  // what the offset names, as after a jump
+}
+
 TEST_F(SoundInStepTest, PicturesThatAreSkippedLeaveItAsItIs) {
     player.frameSkip = 1;
     EXPECT_EQ(show(1), tenth(1));
