@@ -34,6 +34,9 @@ def wait_until(condition, timeout=PATIENCE, what=None, interval=0.01):
         time.sleep(interval)
 
 
+STROKE = 0.02  # seconds that a key is down
+
+
 class Desktop:
     """An X server without window manager, whose screen is read straight from its memory."""
 
@@ -230,14 +233,21 @@ class Desktop:
         self._held.remove(name)
         self._display.sync()
 
+    def let_keys_repeat(self, on):
+        mode = X.AutoRepeatModeOn if on else X.AutoRepeatModeOff
+        self._display.change_keyboard_control(auto_repeat_mode=mode)
+
     def key(self, names):
-        """One stroke, such as "Right", "Control_L+Left"."""
+        """One stroke, such as "Right", "Control_L+Left". However long a busy machine takes over it,
+        the key does not repeat."""
         *modifiers, name = names.split("+")
         for modifier in modifiers:
             self.press(modifier)
+        self.let_keys_repeat(False)
         self.press(name)
-        time.sleep(0.02)
+        time.sleep(STROKE)
         self.release(name)
+        self.let_keys_repeat(True)
         for modifier in reversed(modifiers):
             self.release(modifier)
 

@@ -132,9 +132,11 @@ class Scene:
         self.desktop.focus(self.program.window())
         for modifier in modifiers:
             self.desktop.press(modifier)
+        self.desktop.let_keys_repeat(not at_rest)
         self.desktop.press(name)
         text = self.wait_for_message() if at_rest else self.wait_for_band()
         self.desktop.release(name)
+        self.desktop.let_keys_repeat(True)
         for modifier in reversed(modifiers):
             self.desktop.release(modifier)
         wait_until(lambda: self.band() is None, what=lambda: f"the end of the message of {stroke}")
