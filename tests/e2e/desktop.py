@@ -158,9 +158,12 @@ class Desktop:
         shown = lambda window: window.get_attributes().map_state == X.IsViewable
         return self.rectangle([w for w in self._root.query_tree().children if shown(w)][-1])
 
-    def focus(self, window):
+    def has_keyboard(self, window):
         focused = self._display.get_input_focus().focus
-        if getattr(focused, "id", 0) in self._family(window):
+        return getattr(focused, "id", 0) in self._family(window)
+
+    def focus(self, window):
+        if self.has_keyboard(window):
             return
         window.set_input_focus(X.RevertToPointerRoot, X.CurrentTime)
         self._display.sync()

@@ -83,14 +83,20 @@ class Analyser:
         return wait_until(found, what=lambda: f"{title!r} {self.program.report()}")[0]
 
     def choose(self, window):
-        """Without a window manager it takes the keyboard and a click, on one system or the other."""
-        window.configure(stack_mode=X.Above)
-        self.desktop.focus(window)
-        x, y, _, height = self.desktop.rectangle(window)
-        self.desktop.move_pointer(x + 5, y + height - 5)
-        self.desktop.button(1, True)
-        self.desktop.button(1, False)
-        self.program.wait_for_rest()
+        """Without a window manager it takes the keyboard and a click, on one system or the other, and
+        both again when another window that has just opened takes the keyboard after all."""
+
+        def chosen():
+            window.configure(stack_mode=X.Above)
+            self.desktop.focus(window)
+            x, y, _, height = self.desktop.rectangle(window)
+            self.desktop.move_pointer(x + 5, y + height - 5)
+            self.desktop.button(1, True)
+            self.desktop.button(1, False)
+            self.program.wait_for_rest()
+            return self.desktop.has_keyboard(window)
+
+        wait_until(chosen, what=lambda: f"the keyboard {self.program.report()}")
 
     def key(self, name, stroke):
         self.choose(self.window(name))

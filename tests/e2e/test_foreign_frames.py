@@ -215,7 +215,8 @@ def test_a_cut_file_in_a_range_is_shown_as_far_as_it_goes_and_named_once(system,
     program.find(part)
     program.key("Right")
     go(player, "Right", 13)
-    program.key("Left", "Left")
+    go(player, "Left", 12)
+    program.key("Left")
     program.find(part)
     assert program.close() == 0
     converter = lines_with(program.stderr(), "pixconv: ")

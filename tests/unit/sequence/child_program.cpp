@@ -18,7 +18,7 @@ constexpr const char* roleVariable = "VISTEL_TEST_CHILD";
     std::_Exit(status);
 }
 
-// Longer than any test waits for it, but not for ever, and not when the test has taken its files away.
+// Longer than `promptly`, but not for ever, and not when the test has taken its files away.
 void stay(const std::string& name) {
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(90);
     while (platform::fileExists(name) && std::chrono::steady_clock::now() < end)

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
@@ -114,12 +115,14 @@ inline std::string foreignFile(const char* task, const std::string& bytes) { ret
 namespace convert {
 constexpr const char* well = "GOOD";
 constexpr const char* andFail = "FAIL";
-constexpr const char* halfAndStall = "HALF";
-constexpr const char* andStay = "STAY";      // writes all and does not end
-constexpr const char* andComplain = "TELL";  // writes all, and "complaint" to standard error
-constexpr const char* notBut = "CRY!";       // only "complaint", and fails
+constexpr const char* halfAndStall = "HALF";  // writes half of it and does not end
+constexpr const char* andStay = "STAY";       // writes all and does not end
+constexpr const char* andComplain = "TELL";   // writes all, and "complaint" to standard error
+constexpr const char* notBut = "CRY!";        // only "complaint", and fails
 constexpr const char* complaint = "complaint";
 }  // namespace convert
+// Far less than what one takes that does not end.
+constexpr std::chrono::seconds promptly{80};
 // How often the file was converted.
 int conversions(const fs::path& file);
 
