@@ -2,8 +2,6 @@
 
 from contextlib import closing
 
-import pytest
-
 from dialogs import Dialog
 from drops import Source
 from framefile import Animation, Picture, noise, on_screen, write
@@ -20,9 +18,7 @@ def drop(program, *paths):
         return source.drop(window, left + width // 2, top + height - 20)
 
 
-def test_files_and_folders_that_are_dropped_are_opened(system, start, folder):
-    if system.name != "linux":
-        pytest.skip("programs of the other system drop there")
+def test_files_and_folders_that_are_dropped_are_opened(start, folder):
     write(folder / "one", PICTURE)
     program = start("one")
     program.find(on_screen(PICTURE))
