@@ -2,13 +2,16 @@
 //
 //     bench_play rate FRAMES_PER_SECOND WIDTH HEIGHT SECONDS   plays 48 frames from memory
 //     bench_play skip FRAMES_PER_SECOND WIDTH HEIGHT SECONDS   the same, skipping late frames
+//     bench_play commands FRAMES_PER_SECOND WIDTH HEIGHT SECONDS   the same as `rate`, while a
+//                              command of the menu and one of the bar change the view by turns
 //     bench_play idle SECONDS                                  shows one picture and waits
 //     bench_play first FILE    ends when the file's picture is there
 //     bench_play bare          ends when one textured quad is there
 //
 // Printed, one "name value" to a line: rate (of the range or of the frames, against the nominal
-// one), wrong (frames shown twice or left out), idle_processor (seconds). The last two modes print
-// nothing: the time of the whole process counts. (Linked with --wrap for swapBuffers.)
+// one), wrong (frames shown twice or left out), delay (the longest that a command took, in frames),
+// idle_processor (seconds). The last two modes print nothing: the time of the whole process counts.
+// (Linked with --wrap for swapBuffers.)
 
 #include <algorithm>
 #include <cstdio>
@@ -22,6 +25,7 @@
 #include "platform/clock.h"
 #include "platform/surface.h"
 #include "platform/window.h"
+#include "resources/command_ids.h"
 #include "sequence/image_source.h"
 #include "viewer/picture/display_lut.h"
 #include "viewer/picture/display_setup.h"
@@ -49,6 +53,23 @@ constexpr size_t settling = 10;  // presents until the window's own first redraw
 uint64_t endAt = UINT64_MAX;     // microseconds
 bool endAtFirst = false;
 
+// A view that is asked for by a command every few frames; what is presented next is to show it.
+struct TimedCommands {
+    bool on = false;
+    ChannelMode wanted = ChannelMode::all;
+    int waiting = 0, longest = 0;  // presented pictures without and with it, since the command
+
+    void presented(size_t count) {
+        if (!on) return;
+        ++waiting;
+        if (viewerState.mode == wanted) longest = std::max(longest, std::exchange(waiting, 0));
+        if (count % 7 || waiting) return;
+        const bool red = wanted == ChannelMode::all;
+        wanted = red ? ChannelMode::red : ChannelMode::all;
+        windowContext().calls.command(red ? COMMAND_RED_CHANNEL : BAR_ALL_CHANNELS);
+    }
+} timedCommands;
+
 }  // namespace
 
 // What the linker puts in the place of platform::swapBuffers, and the real one.
@@ -62,6 +83,7 @@ void notedSwap(vistel::platform::Window* window) {
     if (endAtFirst) std::_Exit(0);
     const uint64_t now = platform::tickMicroseconds();
     shown.push_back({now, viewerState.currentFrame});
+    timedCommands.presented(shown.size());
     if (now >= endAt) postEvent(EV_QUIT, 1);
 }
 
@@ -99,11 +121,13 @@ void showFrames(int count, int width, int height) {
     windowContext().drawPass = [] { drawPass(viewerState); };
 }
 
-// Frames that follow each other as they should not.
+// Frames that follow each other as they should not. A command presents the frame of before again.
 int countWrong() {
     int wrong = 0;
-    for (size_t i = 1; i < shown.size(); ++i)
-        wrong += shown[i].frame != shown[i - 1].frame % lastFrame + 1;
+    for (size_t i = 1; i < shown.size(); ++i) {
+        const int before = shown[i - 1].frame, next = shown[i].frame;
+        wrong += next != before % lastFrame + 1 && !(timedCommands.on && next == before);
+    }
     return wrong;
 }
 
@@ -115,11 +139,14 @@ int64_t framesPassed() {
     return passed;
 }
 
-int play(char** arguments, bool skip) {
+enum class PlayedAs { all, skipping, commanded };
+
+int play(char** arguments, PlayedAs how) {
     const int rate = std::atoi(arguments[0]);
     showFrames(lastFrame, std::atoi(arguments[1]), std::atoi(arguments[2]));
     viewerState.frameRate = rate;
-    viewerState.frameSkip = skip;
+    viewerState.frameSkip = how == PlayedAs::skipping;
+    timedCommands.on = how == PlayedAs::commanded;
     shown.reserve(1 << 20);
     endAt = platform::tickMicroseconds() + static_cast<uint64_t>(std::atof(arguments[3]) * 1e6);
     runViewerLoop(viewerState);
@@ -130,6 +157,8 @@ int play(char** arguments, bool skip) {
     const double nominal = static_cast<double>(framesPassed()) / rate;
     std::printf("rate %.6f\nwrong %d\npresented %zu\n", nominal / seconds, countWrong(),
                 shown.size());
+    if (timedCommands.on)
+        std::printf("delay %d\n", std::max(timedCommands.longest, timedCommands.waiting));
     return 0;
 }
 
@@ -188,13 +217,14 @@ int main(int argc, char** argv) {
     const auto mode = [&](const char* name, int arguments) {
         return argc == 2 + arguments && std::strcmp(argv[1], name) == 0;
     };
-    if (mode("rate", 4)) return play(argv + 2, false);
-    if (mode("skip", 4)) return play(argv + 2, true);
+    if (mode("rate", 4)) return play(argv + 2, PlayedAs::all);
+    if (mode("skip", 4)) return play(argv + 2, PlayedAs::skipping);
+    if (mode("commands", 4)) return play(argv + 2, PlayedAs::commanded);
     if (mode("idle", 1)) return idle(argv + 2);
     if (mode("first", 1)) return firstPicture(argv + 2);
     if (mode("bare", 0)) return bareWindow();
     std::fprintf(stderr,
-                 "usage: bench_play rate|skip RATE WIDTH HEIGHT SECONDS, idle SECONDS, "
+                 "usage: bench_play rate|skip|commands RATE WIDTH HEIGHT SECONDS, idle SECONDS, "
                  "first FILE, bare\n");
     return 1;
 }
