@@ -24,7 +24,7 @@ std::wstring systemErrorText(DWORD error) {
         FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
         nullptr, error, MAKELANGID(LANG_NEUTRAL, SUBLANG_DEFAULT),
         reinterpret_cast<wchar_t*>(&text), 0, nullptr);
-    const std::wstring copy(text, text ? length : 0);
+    std::wstring copy(text, text ? length : 0);
     LocalFree(text);
     return copy;
 }

@@ -57,7 +57,8 @@ std::optional<std::string> findProgram(const std::string& baseName) {
     if (isProgram(beside)) return beside;
     for (const std::string& folder : foldersOf(environmentVariable("PATH").value_or(""))) {
         if (!isWholePath(folder)) continue;
-        const std::string program = folder + "\\" + fileName;
+        std::string program = folder;
+        program.append("\\").append(fileName);
         if (isProgram(program)) return program;
     }
     return std::nullopt;
