@@ -37,6 +37,11 @@ bool AudioOutput::write(const void* frames, int64_t count) {
     return ring_ ? ring_->write(frames, samples) : queue_->write(conversion_, frames, samples);
 }
 
+bool AudioOutput::deviceHasGone() {
+    const std::lock_guard guard(lock_);
+    return queue_ && queue_->deviceHasGone();
+}
+
 int64_t AudioOutput::pendingSamples() {
     const std::lock_guard guard(lock_);
     return (ring_ ? ring_->pendingBytes() : queue_->pendingBytes()) / (conversion_.format.bits / 8);

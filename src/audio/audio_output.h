@@ -24,6 +24,8 @@ class AudioOutput {
 
     // Samples as the track reads them. False when the device has gone.
     [[nodiscard]] bool write(const void* frames, int64_t count);
+    // Whether the device has refused late, or has gone. Nobody knows of a ring.
+    bool deviceHasGone();
     // Samples that were written and have not been played.
     int64_t pendingSamples();
     // Frames that the device is to be given now; less than none when it has more than it needs.

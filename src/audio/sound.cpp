@@ -15,10 +15,10 @@ bool Sound::load(const std::string& file) {
     if (!track_) return false;
     if (!interface_) interface_ = chooseWaveInterface();
     deviceRate_ = track_->rate();
+    whyNot_ = "no sound device plays " + std::to_string(track_->channels()) + " channels at " +
+              std::to_string(deviceRate_) + " Hz";
     output_ = AudioOutput::open(*track_, *interface_);
     if (!output_) {
-        whyNot_ = "no sound device plays " + std::to_string(track_->channels()) + " channels at " +
-                  std::to_string(deviceRate_) + " Hz";
         track_.reset();
         return false;
     }

@@ -42,6 +42,9 @@ class Sound {
     // there is no name, no such sound or no device, which `whyNot` tells then.
     bool load(const std::string& file);
     const std::string& whyNot() const { return whyNot_; }
+    // Whether a device that took its time to open has refused after all, or one that played has gone,
+    // which `whyNot` tells then, too.
+    bool deviceHasGone() const { return output_ && output_->deviceHasGone(); }
     void unload();
     bool isLoaded() const { return feeder_ != nullptr; }
 

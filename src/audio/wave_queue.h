@@ -21,6 +21,7 @@ class WaveQueue {
     // In blocks of a hundredth of a second: it is by blocks that a device tells what it has played.
     // False when the device has gone or there is no memory.
     [[nodiscard]] bool write(const WaveConversion& conversion, const void* source, size_t samples);
+    bool deviceHasGone() const { return platform::waveDeviceHasGone(*device_); }
     // Bytes that were written and have not been played. Safe on every thread.
     int64_t pendingBytes() const { return pending_; }
     // Those of them that still have to reach the hardware.

@@ -37,6 +37,9 @@ using WaveBlockDone = void (*)(void* user, WaveBlock& block);
 // not taken, because the device has gone.
 [[nodiscard]] bool playWaveBlock(WaveDevice& device, WaveBlock& block);
 
+// Whether the device refuses to play after all, or has gone: it never takes a block again.
+[[nodiscard]] bool waveDeviceHasGone(WaveDevice& device);
+
 // To be called before a block that is done is changed.
 void takeWaveBlockBack(WaveDevice& device, WaveBlock& block);
 

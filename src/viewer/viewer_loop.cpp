@@ -16,6 +16,7 @@
 #include "viewer/picture/display_lut.h"
 #include "viewer/picture/title.h"
 #include "viewer/playback/present_frame.h"
+#include "viewer/playback/sound_in_step.h"
 #include "viewer/viewer_session.h"
 #include "viewer/window/front_image.h"
 #include "viewer/window/window_context.h"
@@ -96,6 +97,7 @@ bool dispatch(Viewer& viewer, const Press& press) {
         case EV_TIMER:
             refreshModifiers(viewer.modifiers);
             platform::collectEndedCommands();
+            tellOfSilence(viewer);
             return false;
         case EV_MOUSEX:
         case EV_MOUSEY:

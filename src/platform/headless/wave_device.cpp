@@ -94,6 +94,11 @@ bool playWaveBlock(WaveDevice& device, WaveBlock& block) {
     return true;
 }
 
+bool waveDeviceHasGone(WaveDevice&) {
+    const std::lock_guard guard(lock);
+    return faults.blocksToTake == 0;
+}
+
 void takeWaveBlockBack(WaveDevice&, WaveBlock&) {
     const std::lock_guard guard(lock);
     ++recorded.takenBack;

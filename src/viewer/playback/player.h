@@ -62,6 +62,7 @@ struct SoundPlaying {
     std::optional<int> soundStart;     // the frame with which it began, since it was loaded
     bool soundBehind = false;          // the pictures went backward, in silence
     bool soundGoesOn = false;          // with the last picture: others were to follow
+    bool silenceTold = false;          // since it was loaded for the first time
 };
 
 struct Player : ShownPicture, Playing, Saving, SoundOptions, SoundPlaying, PlayerSession {

@@ -31,10 +31,19 @@ void openSound(Player& player) {
 
 void startSound(Player& player) {
     player.soundOn = 1;
+    player.silenceTold = false;
     openSound(player);
-    if (!player.soundLoaded && !player.audioFile.empty())
-        printError(formatMessage(Message::rVTSoundNotPlayed,
-                                 {printable(player.audioFile), printable(player.sound->whyNot())}));
+    tellOfSilence(player);
+}
+
+void tellOfSilence(Player& player) {
+    if (!player.soundOn || !player.sound || player.audioFile.empty()) return;
+    const Sound& sound = *player.sound;
+    if (sound.isLoaded() && !sound.deviceHasGone()) return;
+    player.soundLoaded = false;
+    if (std::exchange(player.silenceTold, true)) return;
+    printError(formatMessage(Message::rVTSoundNotPlayed,
+                             {printable(player.audioFile), printable(sound.whyNot())}));
 }
 
 void closeSound(Player& player) {
@@ -107,6 +116,7 @@ void prepareNextPass(Player& player) {
 
 void keepSoundInStep(Player& player) {
     if (!player.soundOn || !player.sound) return;
+    tellOfSilence(player);
     const int frame = player.currentFrame;
     const int before = std::exchange(player.soundFrame, frame).value_or(frame - 1);
     const bool pictureFollowed = std::exchange(player.soundGoesOn, playing(player));

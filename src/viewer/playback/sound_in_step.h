@@ -12,6 +12,10 @@ void openSound(Player& player);
 // Loads it for the first time and turns it on; one line tells of a sound that cannot be played.
 void startSound(Player& player);
 
+// Tells once of a sound that is not heard though it should be, and why: a device may refuse long
+// after it was asked for, or go while it plays.
+void tellOfSilence(Player& player);
+
 // Ends it at once; it stays the animation's sound.
 void closeSound(Player& player);
 

@@ -259,6 +259,11 @@ bool playWaveBlock(WaveDevice& device, WaveBlock& block) {
     return true;
 }
 
+bool waveDeviceHasGone(WaveDevice& device) {
+    const std::lock_guard guard(device.mutex);
+    return device.state == WaveDevice::State::gone;
+}
+
 void takeWaveBlockBack(WaveDevice&, WaveBlock&) {}
 
 int64_t waveBytesInHardware(WaveDevice& device) {

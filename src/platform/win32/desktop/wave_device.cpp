@@ -117,6 +117,11 @@ bool playWaveBlock(WaveDevice& device, WaveBlock& block) {
     return true;
 }
 
+bool waveDeviceHasGone(WaveDevice& device) {
+    const std::lock_guard guard(device.output->mutex);
+    return device.output->state == Output::State::gone;
+}
+
 void takeWaveBlockBack(WaveDevice& device, WaveBlock& block) {
     if (!block.system) return;
     auto* header = static_cast<Header*>(block.system.get());

@@ -150,6 +150,21 @@ TEST_F(SoundInStepTest, OneThatIsNotPlayedIsToldOnce) {
               file.name() + " is not played: no sound device plays 1 channels at 1000 Hz.\n");
 }
 
+TEST_F(SoundInStepTest, ADeviceThatRefusesLateIsToldOnce) {
+    testing::internal::CaptureStderr();
+    startSound(player);
+    EXPECT_TRUE(player.soundLoaded);
+    tellOfSilence(player);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    headless::setWaveFaults({.blocksToTake = 0});
+    testing::internal::CaptureStderr();
+    tellOfSilence(player);  // while nothing plays
+    EXPECT_FALSE(player.soundLoaded);
+    for (const int frame : {1, 2, 9, 10, 1, 2}) EXPECT_TRUE(show(frame).empty());
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              file.name() + " is not played: no sound device plays 1 channels at 1000 Hz.\n");
+}
+
 TEST_F(SoundInStepTest, WithoutSoundNothingHappens) {
     player.soundOn = 0;
     EXPECT_TRUE(show(1).empty());
