@@ -3,12 +3,14 @@
 import subprocess
 from contextlib import contextmanager
 
+import numpy as np
 import pytest
 from Xlib import X
 from Xlib.ext import xtest
 
 import rules
-from framefile import Picture, noise, stored_pixels, write
+from framefile import Picture, blocky, noise, stored_pixels, write
+from menus import leave_menu, open_menu
 from rules import Lut
 from scene import Scene
 
@@ -95,3 +97,16 @@ def test_a_modifier_that_was_released_elsewhere_is_not_held(system, start, folde
         # With Shift it would be another key.
         scene.key("x", negative)
         scene.key("x", stored)
+
+
+def test_a_modifier_that_a_menu_saw_released_is_not_held(start, folder):
+    z = blocky(WIDTH, HEIGHT, channels=1).astype(np.float32)
+    picture = Picture(colour=noise(WIDTH, HEIGHT), z=z)
+    write(folder / "one", picture)
+    scene = Scene(start("one"), stored_pixels(picture))
+    plain, stored = rules.grey(rules.depth(z)), scene.stored[..., :3]
+    for _ in range(4):
+        open_menu(scene.program, "f")
+        leave_menu(scene.program)
+        scene.key("z", plain)
+        scene.key("c", stored)

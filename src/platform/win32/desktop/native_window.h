@@ -1,6 +1,7 @@
 // What the files of this folder share about a window.
 #pragma once
 
+#include <bitset>
 #include <map>
 
 #include "platform/gl/gl_state.h"
@@ -21,6 +22,7 @@ struct Window {
     bool creating = false;     // the system is creating the window
     WindowSink sink{};
     KeyTranslator keys;
+    std::bitset<6> modifiersPosted;  // as held, keyLeftShift and the codes behind it
     std::map<WPARAM, int>
         typed;  // codes of the pressed keys that type a character with Shift or AltGr
     ControlBar bar;

@@ -18,6 +18,8 @@ namespace {
 constexpr UINT_PTR timerId = 1;
 
 void post(Window& window, int code, unsigned value) {
+    if (code >= keyLeftShift && code <= keyRightAlt)
+        window.modifiersPosted.set(static_cast<size_t>(code - keyLeftShift), value != 0);
     window.sink.postEvent(window.sink.owner, code, value);
 }
 
@@ -49,6 +51,13 @@ bool isRightKey(WPARAM virtualKey, LPARAM flags) {
 constexpr int shiftState = 1, altGrState = 2 | 4;  // as VkKeyScan gives them
 
 bool held(int virtualKey) { return GetKeyState(virtualKey) < 0; }
+
+// A menu, a box or another window may have seen a modifier released: it is not held for what comes.
+void postMissedReleases(Window& window) {
+    for (int code = keyLeftShift; code <= keyRightAlt; ++code)
+        if (window.modifiersPosted[static_cast<size_t>(code - keyLeftShift)] && !held(code))
+            post(window, code, 0);
+}
 
 // A character that the layout types on this key with the modifiers that are held, and only so.
 struct TypedKey {
@@ -97,6 +106,7 @@ bool handleTypedKey(Window& window, WPARAM virtualKey, bool down) {
 }
 
 void postKey(Window& window, WPARAM virtualKey, LPARAM flags, bool down) {
+    if (down) postMissedReleases(window);
     if (handleTypedKey(window, virtualKey, down)) return;
     KeyTranslator& keys = window.keys;
     const int code =
@@ -181,6 +191,7 @@ LRESULT character(const Message& m) {
 template <int code>
 LRESULT buttonPressed(const Message& m) {
     SetCapture(m.handle);
+    postMissedReleases(m.window);
     post(m.window, code, 1);
     return 0;
 }
