@@ -15,6 +15,10 @@ class OutputFile {
     // The stream is the caller's and to be closed before `finish` and before the object goes. Null
     // with errno set on failure, for a link that leads nowhere ENOENT, for one in a circle ELOOP.
     [[nodiscard]] FILE* open(const std::string& path);
+    // See UnfinishedFile.
+    void beginWriteOut() {
+        if (!inPlace_) unfinished_.beginWriteOut();
+    }
     // False with errno set on failure: the target is then as it was.
     [[nodiscard]] bool finish() { return inPlace_ || unfinished_.finish(); }
 

@@ -5,7 +5,6 @@
 #include <bit>
 #include <cstring>
 
-
 namespace vistel {
 
 // A run is worth a packet of its own from this length on: shorter ones would cost more than they
@@ -16,12 +15,6 @@ static constexpr size_t shortestByteRun = 3, shortestPixelRun = 2;
 
 static uint64_t eightBytes(const uint8_t* bytes) {
     uint64_t word;
-    std::memcpy(&word, bytes, sizeof word);
-    return word;
-}
-
-static uint32_t fourBytes(const uint8_t* bytes) {
-    uint32_t word;
     std::memcpy(&word, bytes, sizeof word);
     return word;
 }
@@ -48,10 +41,11 @@ static size_t endOfRun(const uint8_t* values, size_t at, size_t end, uint8_t val
     return at;
 }
 
-// Copies the values from `at` on to `out`, up to the first place after it, before `end`, at which three
-// equal values begin; returns that place, else `end`. Values are there up to `count`; up to seven
-// bytes more than those are written.
-static size_t copyUpToRun(const uint8_t* values, size_t at, size_t end, size_t count, uint8_t* out) {
+// Copies the values from `at` on to `out`, up to the first place after it, before `end`, at which
+// three equal values begin; returns that place, else `end`. Values are there up to `count`; up to
+// seven bytes more than those are written.
+static size_t copyUpToRun(const uint8_t* values, size_t at, size_t end, size_t count,
+                          uint8_t* out) {
     *out++ = values[at++];
     for (; at < end && at + 10 <= count; at += 8, out += 8) {
         const uint64_t first = eightBytes(values + at);
@@ -62,7 +56,8 @@ static size_t copyUpToRun(const uint8_t* values, size_t at, size_t end, size_t c
             return std::min(at + lowestByte(found), end);
     }
     for (; at < end; ++at) {
-        if (at + 2 < count && values[at] == values[at + 1] && values[at] == values[at + 2]) return at;
+        if (at + 2 < count && values[at] == values[at + 1] && values[at] == values[at + 2])
+            return at;
         *out++ = values[at];
     }
     return end;
@@ -88,22 +83,26 @@ uint8_t* packRle(const uint8_t* values, size_t count, uint8_t* out) {
 
 // --- whole tiles ---
 
-// Each byte of the pixels as a plane of its own, one after the other.
-static void separatePlanes(const TileSource& source, size_t bytes, const TileRect& rect,
-                           uint8_t* out) {
-    const size_t width = rect.width(), height = rect.height();
-    const size_t pixelBytes = source.pixelBytes;
-    for (size_t i = 0; i < bytes; ++i) {
-        const size_t place = source.order[i];
-        for (size_t y = 0; y < height; ++y, out += width) {
-            const uint8_t* row = source.pixels + y * source.rowBytes;
-            if (pixelBytes == 4)  // as words, which the processor takes several at a time
-                for (size_t x = 0; x < width; ++x)
-                    out[x] = static_cast<uint8_t>(fourBytes(row + 4 * x) >> 8 * place);
-            else
-                for (size_t x = 0; x < width; ++x) out[x] = row[x * pixelBytes + place];
+// Each byte of the pixels as a plane of its own in `room`, which has room for four at least; the
+// planes in the file's order.
+static std::array<const uint8_t*, 8> separatePlanes(const TileSource& source, size_t bytes,
+                                                    const TileRect& rect, uint8_t* room) {
+    const size_t width = rect.width(), count = width * rect.height();
+    const bool ofFour = source.pixelBytes == 4;
+    std::array<const uint8_t*, 8> planes{};
+    for (size_t i = 0; i < bytes; ++i) planes[i] = room + (ofFour ? source.order[i] : i) * count;
+    for (size_t y = 0; y < rect.height(); ++y, room += width) {
+        const uint8_t* row = source.pixels + y * source.rowBytes;
+        if (ofFour) {
+            uint8_t* const all[4] = {room, room + count, room + 2 * count, room + 3 * count};
+            tileKernels().separate(row, width, all);
+            continue;
         }
+        for (size_t i = 0; i < bytes; ++i)
+            for (size_t x = 0; x < width; ++x)
+                room[i * count + x] = row[x * source.pixelBytes + source.order[i]];
     }
+    return planes;
 }
 
 // The pixels one after the other, each in the file's order.
@@ -153,8 +152,8 @@ static uint8_t* packPixels(const uint8_t* pixels, size_t count, uint8_t* out) {
     return out;
 }
 
-// The mask as one run-length coded channel, then the colours row by row, red first. `scratch` has room
-// for four bytes of each pixel.
+// The mask as one run-length coded channel, then the colours row by row, red first. `scratch` has
+// room for four bytes of each pixel.
 static uint8_t* packQrl(const TileFormat& format, const TileSource& source, const TileRect& rect,
                         uint8_t* scratch, uint8_t* out) {
     const auto placeOf = [&](FileChannel channel) {
@@ -163,8 +162,8 @@ static uint8_t* packQrl(const TileFormat& format, const TileSource& source, cons
     if (format.indexOf(channelMask) >= 0) {
         TileSource mask = source;
         mask.order[0] = placeOf(channelMask);
-        separatePlanes(mask, 1, rect, scratch);
-        out = packRle(scratch, size_t{rect.width()} * rect.height(), out);
+        const uint8_t* const plane = separatePlanes(mask, 1, rect, scratch)[0];
+        out = packRle(plane, size_t{rect.width()} * rect.height(), out);
     }
     TileSource colours = source;
     colours.order = {placeOf(channelRed), placeOf(channelGreen), placeOf(channelBlue)};
@@ -191,10 +190,11 @@ std::span<const uint8_t> TileEncoder::encode(const TileFormat& format, const Til
     if (format.packsWholePixels()) {
         end = packQrl(format, source, rect, scratch, packed);
     } else if (format.compression != compressNone) {
-        separatePlanes(source, bytes, rect, scratch);
-        for (size_t i = 0; i < bytes; ++i) end = packRle(scratch + i * count, count, end);
+        const auto planes = separatePlanes(source, bytes, rect, scratch);
+        for (size_t i = 0; i < bytes; ++i) end = packRle(planes[i], count, end);
     }
-    const bool smaller = format.compression != compressNone && end - packed < ptrdiff_t(bytes * count);
+    const bool smaller =
+        format.compression != compressNone && end - packed < ptrdiff_t(bytes * count);
     if (!smaller) end = copyWhole(source, bytes, rect, packed);
     return {packed, end};
 }

@@ -53,6 +53,12 @@ struct BytePlanes {
     }
 };
 
+// Pixels [at, end).
+inline void separatePixels(const uint8_t* pixels, size_t at, size_t end, uint8_t* const planes[4]) {
+    for (; at < end; ++at)
+        for (size_t place = 0; place < 4; ++place) planes[place][at] = pixels[4 * at + place];
+}
+
 // Pixels [at, end) of a row.
 inline void interleaveRow(uint32_t* row, const BytePlanes& from, size_t at, size_t end) {
     for (; at < end; ++at) row[at] = packBytes(from.b0[at], from.b1[at], from.b2[at], from.b3[at]);

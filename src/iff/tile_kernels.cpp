@@ -47,11 +47,15 @@ static void reverse3Scalar(const PixelArea& area, const uint8_t* source) {
         reverse3Row(area.pixels + y * area.rowPixels, source, 0, area.columns);
 }
 
+static void separateScalar(const uint8_t* pixels, size_t count, uint8_t* const planes[4]) {
+    separatePixels(pixels, 0, count, planes);
+}
+
 const TileKernels& scalarTileKernels() {
     static const TileKernels kernels{"scalar",        unpackPackets<storeRunScalar>,
                                      unpackQrlScalar, interleaveScalar,
                                      reverse4Scalar,  reverse3Scalar,
-                                     nullptr};
+                                     separateScalar,  nullptr};
     return kernels;
 }
 

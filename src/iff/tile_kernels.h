@@ -1,4 +1,4 @@
-// The inner loops of tile decoding. Each exists as a scalar reference, which says what it does, and
+// The inner loops of decoding and encoding tiles. Each exists as a scalar reference, which says what it does, and
 // as a faster version with the same results; the processor decides at run time which is used.
 // The environment variable VISTEL_SCALAR=1 forces the reference.
 #pragma once
@@ -58,6 +58,9 @@ struct TileKernels {
 
     // The same with pixels of three bytes and an opaque mask.
     void (*reverse3)(const PixelArea& area, const uint8_t* source);
+
+    // Pixels of four bytes, each byte into a plane of its own.
+    void (*separate)(const uint8_t* pixels, size_t count, uint8_t* const planes[4]);
 
     // Waits for the stores past the cache. Null where there are none.
     void (*settle)();

@@ -162,7 +162,7 @@ VISTEL_AVX2 static void reverse3Avx2(const PixelArea& area, const uint8_t* sourc
 const TileKernels* avx2TileKernels() {
     static const TileKernels kernels{
         "AVX2",       unpackRleAvx2, sse2TileKernels()->unpackQrl, interleaveAvx2,
-        reverse4Avx2, reverse3Avx2,  sse2TileKernels()->settle};
+        reverse4Avx2, reverse3Avx2,  sse2TileKernels()->separate,  sse2TileKernels()->settle};
     return platform::cpuHasAvx2() ? &kernels : nullptr;
 }
 

@@ -124,12 +124,38 @@ static void reverse4Sse2(const PixelArea& area, const uint8_t* source) {
     (area.streaming ? reverse4Area<true> : reverse4Area<false>)(area, source);
 }
 
+// The bytes at even places of both, the first's before the second's.
+static inline __m128i evenBytes(__m128i first, __m128i second) {
+    const __m128i low = _mm_set1_epi16(0xFF);
+    return _mm_packus_epi16(_mm_and_si128(first, low), _mm_and_si128(second, low));
+}
+
+static inline __m128i oddBytes(__m128i first, __m128i second) {
+    return _mm_packus_epi16(_mm_srli_epi16(first, 8), _mm_srli_epi16(second, 8));
+}
+
+static void separateSse2(const uint8_t* pixels, size_t count, uint8_t* const planes[4]) {
+    size_t x = 0;
+    for (; x + 16 <= count; x += 16) {
+        const uint8_t* const from = pixels + 4 * x;
+        const __m128i p0 = load16(from), p1 = load16(from + 16);
+        const __m128i p2 = load16(from + 32), p3 = load16(from + 48);
+        const __m128i even01 = evenBytes(p0, p1), even23 = evenBytes(p2, p3);
+        const __m128i odd01 = oddBytes(p0, p1), odd23 = oddBytes(p2, p3);
+        store16(planes[0] + x, evenBytes(even01, even23));
+        store16(planes[1] + x, evenBytes(odd01, odd23));
+        store16(planes[2] + x, oddBytes(even01, even23));
+        store16(planes[3] + x, oddBytes(odd01, odd23));
+    }
+    separatePixels(pixels, x, count, planes);
+}
+
 static void settleSse2() { _mm_sfence(); }
 
 const TileKernels* sse2TileKernels() {
     static const TileKernels kernels{"SSE2",         unpackRleSse2, unpackQrlSse2,
                                      interleaveSse2, reverse4Sse2,  scalarTileKernels().reverse3,
-                                     settleSse2};
+                                     separateSse2,   settleSse2};
     return &kernels;
 }
 

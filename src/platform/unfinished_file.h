@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <string>
+#include <vector>
 
 namespace vistel::platform {
 
@@ -33,17 +34,22 @@ class UnfinishedFile {
     // Creates the file that is to become `target`, a regular file or nothing yet and no link
     // (followLinks), for writing and reading back, always binary. Null with errno set on failure:
     // also when the target may not be written. The stream is the caller's and to be closed before
-    // `finish` and before the object goes.
+    // `finish` and before the object goes, whose memory it writes from.
     [[nodiscard]] FILE* create(const std::string& target, Name named = Name::whereNeeded);
+    // What the system has got so far may begin its way to the disk: less is left to wait for.
+    void beginWriteOut();
     // Makes it the target, once its bytes are on disk, with the permissions that the target had, or
     // those that new files have.
     // False with errno set on failure: it then still goes with the object.
     [[nodiscard]] bool finish();
 
  private:
+    static constexpr size_t bufferBytes = size_t{1} << 18;
+
     std::string target_;
     std::string name_;      // empty: it has none
     intptr_t handle_ = -1;  // the open file; -1: there is none
+    std::vector<char> buffer_;  // of the stream
     bool copied_ = false;   // into the target, instead of taking its place
     unsigned mode_ = 0;     // permissions of the target; 0: it was not there
 };

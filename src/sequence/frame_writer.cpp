@@ -22,20 +22,6 @@ uint32_t flagsOf(const FrameStore& frame) {
     return imageColour | (frame.header.has(imageMask) ? imageMask : 0u);
 }
 
-int writeRows(ImageWriter& writer, const FrameStore& frame, bool maskInverted) {
-    std::vector<uint32_t> inverted(maskInverted ? static_cast<size_t>(frame.width) : 0);
-    for (size_t y = static_cast<size_t>(frame.height); y-- > 0;) {
-        const uint32_t* row = frame.colour.empty() ? nullptr : frame.colour.row(y);
-        if (row && maskInverted) {
-            for (size_t x = 0; x < inverted.size(); ++x) inverted[x] = row[x] ^ maskBits;
-            row = inverted.data();
-        }
-        const int code = writer.writeScanline(row, row ? nullptr : frame.z.row(y));
-        if (code != iffOk) return code;
-    }
-    return iffOk;
-}
-
 // A full disk, a folder that nobody may write to, a medium that fails.
 bool isReasonOfPlace(int systemError) {
     return systemError != 0 && systemError != EINVAL && systemError != ENOMEM;
@@ -58,6 +44,22 @@ bool FrameWriter::open(const OutputTarget& target) {
     return stream && writer_.openStream(stream) == iffOk;
 }
 
+int FrameWriter::writeRows(const FrameStore& frame, bool maskInverted) {
+    constexpr size_t rowsAtOnce = 256;  // begin their way to the disk while others are packed
+    std::vector<uint32_t> inverted(maskInverted ? static_cast<size_t>(frame.width) : 0);
+    for (size_t y = static_cast<size_t>(frame.height); y-- > 0;) {
+        const uint32_t* row = frame.colour.empty() ? nullptr : frame.colour.row(y);
+        if (row && maskInverted) {
+            for (size_t x = 0; x < inverted.size(); ++x) inverted[x] = row[x] ^ maskBits;
+            row = inverted.data();
+        }
+        const int code = writer_.writeScanline(row, row ? nullptr : frame.z.row(y));
+        if (code != iffOk) return code;
+        if (toFile_ && y % rowsAtOnce == 0) file_.beginWriteOut();
+    }
+    return iffOk;
+}
+
 int FrameWriter::writeImage(const FrameStore& frame, bool maskInverted) {
     const auto width = static_cast<uint32_t>(frame.width);
     const auto height = static_cast<uint32_t>(frame.height);
@@ -65,7 +67,7 @@ int FrameWriter::writeImage(const FrameStore& frame, bool maskInverted) {
     if (code == iffOk) code = writer_.writeText("ANNO", messageText(Message::rVTImgWritten));
     if (code == iffOk) code = writer_.writeHeader(width, height, flagsOf(frame));
     if (code == iffOk) code = writer_.beginImageData();
-    if (code == iffOk) code = writeRows(writer_, frame, maskInverted);
+    if (code == iffOk) code = writeRows(frame, maskInverted);
     if (code == iffOk) code = writer_.endImage();
     return code;
 }

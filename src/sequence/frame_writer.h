@@ -33,6 +33,7 @@ class FrameWriter {
 
  private:
     int writeImage(const FrameStore& frame, bool maskInverted);
+    int writeRows(const FrameStore& frame, bool maskInverted);
 
     OutputFile file_;
     ImageWriter writer_;

@@ -72,6 +72,7 @@ void doLittle(Sound& sound, std::mt19937& random) {
     switch (random() % 6) {
         case 0:
             (void)sound.read(settings);
+            (void)sound.deviceHasGone();
             break;
         case 1:
             sound.write(settings);

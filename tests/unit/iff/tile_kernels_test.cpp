@@ -99,6 +99,33 @@ TEST_F(KernelTest, ReversedPixelsAreTheSameAtEveryWidthAndAlignment) {
         }
 }
 
+TEST_F(KernelTest, SeparatedBytesAreTheSameAtEveryWidth) {
+    SCOPED_TRACE(testing::Message() << "seed " << seed);
+    for (const TileKernels* fast : fastKernels())
+        for (const size_t columns : widths()) {
+            const std::vector<uint8_t> pixels = noise(4 * columns);
+            const auto separated = [&](const TileKernels& kernels) {
+                std::vector<std::vector<uint8_t>> planes(4, std::vector<uint8_t>(columns));
+                uint8_t* const bytes[4] = {planes[0].data(), planes[1].data(), planes[2].data(),
+                                           planes[3].data()};
+                kernels.separate(pixels.data(), columns, bytes);
+                return planes;
+            };
+            EXPECT_EQ(separated(*fast), separated(scalarTileKernels())) << columns;
+        }
+}
+
+TEST(TileKernels, TheReferenceSeparatesTheFirstByteIntoTheFirstPlane) {
+    const uint8_t pixels[] = {1, 2, 3, 4, 5, 6, 7, 8};
+    uint8_t planes[4][2] = {};
+    uint8_t* const bytes[4] = {planes[0], planes[1], planes[2], planes[3]};
+    scalarTileKernels().separate(pixels, 2, bytes);
+    for (int place = 0; place < 4; ++place) {
+        EXPECT_EQ(planes[place][0], 1 + place);
+        EXPECT_EQ(planes[place][1], 5 + place);
+    }
+}
+
 TEST(TileKernels, TheReferenceInterleavesTheFirstPlaneIntoTheLowestByte) {
     const uint8_t a[] = {1, 5}, b[] = {2, 6}, c[] = {3, 7}, d[] = {4, 8};
     const uint8_t* const bytes[4] = {a, b, c, d};

@@ -115,10 +115,11 @@ bool copyInto(int from, const std::string& target) {
 }
 
 // The descriptor stays open when the stream is closed.
-FILE* streamOn(int file) {
+FILE* streamOn(int file, std::vector<char>& buffer) {
     const int copy = fcntl(file, F_DUPFD_CLOEXEC, 3);
     FILE* stream = copy < 0 ? nullptr : fdopen(copy, "w+");
     if (!stream && copy >= 0) close(copy);
+    if (stream) std::setvbuf(stream, buffer.data(), _IOFBF, buffer.size());
     return stream;
 }
 
@@ -141,10 +142,15 @@ FILE* UnfinishedFile::create(const std::string& target, Name named) {
     const bool closedFolder = file < 0 && (errno == EACCES || errno == EPERM || errno == EROFS);
     if (there && closedFolder) file = openElsewhere();
     copied_ = there && (closedFolder || status.st_nlink > 1 || !ownedAs(file, status));
-    FILE* stream = file < 0 ? nullptr : streamOn(file);
+    buffer_.resize(bufferBytes);
+    FILE* stream = file < 0 ? nullptr : streamOn(file, buffer_);
     handle_ = file;
     endChange(name_);
     return stream;
+}
+
+void UnfinishedFile::beginWriteOut() {
+    if (!copied_) (void)!sync_file_range(static_cast<int>(handle_), 0, 0, SYNC_FILE_RANGE_WRITE);
 }
 
 bool UnfinishedFile::finish() {

@@ -56,7 +56,7 @@ void setRemoval(HANDLE file, bool removed) {
 }
 
 // A stream on a handle of its own to the same file; null on failure.
-FILE* streamOn(HANDLE file) {
+FILE* streamOn(HANDLE file, std::vector<char>& buffer) {
     const HANDLE self = GetCurrentProcess();
     HANDLE copy = nullptr;
     if (!DuplicateHandle(self, file, self, &copy, 0, FALSE, DUPLICATE_SAME_ACCESS)) return nullptr;
@@ -68,6 +68,7 @@ FILE* streamOn(HANDLE file) {
     }
     FILE* stream = _fdopen(descriptor, "w+b");
     if (!stream) _close(descriptor);
+    if (stream) std::setvbuf(stream, buffer.data(), _IOFBF, buffer.size());
     return stream;
 }
 
@@ -172,7 +173,8 @@ FILE* UnfinishedFile::create(const std::string& target, Name) {
     }
     if (file == INVALID_HANDLE_VALUE) return nullptr;
     setRemoval(file, true);
-    FILE* stream = streamOn(file);
+    buffer_.resize(bufferBytes);
+    FILE* stream = streamOn(file, buffer_);
     if (!stream) {
         CloseHandle(file);
         name_.clear();
@@ -183,6 +185,9 @@ FILE* UnfinishedFile::create(const std::string& target, Name) {
     handle_ = reinterpret_cast<intptr_t>(file);
     return stream;
 }
+
+// There is no such request; what is written is on its way soon.
+void UnfinishedFile::beginWriteOut() {}
 
 bool UnfinishedFile::finish() {
     const std::lock_guard lock(changing);
