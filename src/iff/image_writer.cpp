@@ -7,6 +7,7 @@
 #include <new>
 #include <optional>
 #include <span>
+#include <system_error>
 
 #include "host/byte_order.h"
 #include "iff/iff_writer.h"
@@ -249,35 +250,71 @@ static std::array<uint8_t, 8> orderInBand(const TileFormat& format, size_t pixel
     return order;
 }
 
+void ImageWriter::addBandTile(int32_t id, const Band& band, const TileRect& rect) {
+    TileSource source;
+    if (band.there()) {
+        const uint8_t* pixels = band.row(rect.y1 % tile_.height) + rect.x1 * band.pixelBytes;
+        const auto order = orderInBand(formatOf(id), band.pixelBytes);
+        source = {pixels, band.pixelBytes, band.rowBytes, order};
+    }
+    bandTiles_.push_back({id, rect, source, {}});
+}
+
+// The tiles from that one on. Without a thread they are not packed, and the result is none.
+std::future<void> ImageWriter::packBeside(size_t first) try {
+    return std::async(std::launch::async, [this, first] {
+        for (BandTile& tile : std::span(bandTiles_).subspan(first)) {
+            const auto data = encoderBeside_.encode(formatOf(tile.id), tile.rect, tile.source);
+            tile.packed.assign(data.begin(), data.end());
+        }
+    });
+} catch (const std::system_error&) {
+    return {};
+}
+
 int ImageWriter::writeBandTiles() {
     const uint32_t firstRow =
         fromLastRow_ ? header_.height - rowsWritten_ : rowsWritten_ - bandRows_;
     TileRect rect;
     rect.y1 = static_cast<uint16_t>(firstRow);
     rect.y2 = static_cast<uint16_t>(firstRow + bandRows_ - 1);
+    bandTiles_.clear();
     for (uint32_t x = 0; x < header_.width; x += tile_.width) {
         rect.x1 = static_cast<uint16_t>(x);
         rect.x2 = static_cast<uint16_t>(std::min(x + tile_.width, header_.width) - 1);
-        if (int code = writeBandTile(iffId("RGBA"), colour_, rect); code != iffOk) return code;
-        if (header_.has(imageTwelveBit))
-            if (int code = writeBandTile(iffId("RGB2"), second_, rect); code != iffOk) return code;
-        if (header_.has(imageZ))
-            if (int code = writeBandTile(iffId("ZBUF"), z_, rect); code != iffOk) return code;
+        addBandTile(iffId("RGBA"), colour_, rect);
+        if (header_.has(imageTwelveBit)) addBandTile(iffId("RGB2"), second_, rect);
+        if (header_.has(imageZ)) addBandTile(iffId("ZBUF"), z_, rect);
     }
-    return iffOk;
-}
-
-int ImageWriter::writeBandTile(int32_t id, const Band& band, const TileRect& rect) {
-    if (!band.there()) return writeTileChunk(id, rect, {});
-    const uint8_t* pixels = band.row(rect.y1 % tile_.height) + rect.x1 * band.pixelBytes;
-    const auto order = orderInBand(formatOf(id), band.pixelBytes);
-    return writeTileChunk(id, rect, {pixels, band.pixelBytes, band.rowBytes, order});
+    constexpr size_t worthAThread = 8;
+    const size_t half = bandTiles_.size() / 2;
+    std::future<void> beside;
+    if (twoThreads_ && half >= worthAThread) beside = packBeside(half);
+    int code = iffOk;
+    const auto write = [&](size_t first, size_t end, auto&& one) {
+        for (size_t i = first; i < end && code == iffOk; ++i) code = one(bandTiles_[i]);
+    };
+    const auto packAndWrite = [this](const BandTile& tile) {
+        return writeTileChunk(tile.id, tile.rect, tile.source);
+    };
+    if (!beside.valid()) {
+        write(0, bandTiles_.size(), packAndWrite);
+        return code;
+    }
+    write(0, half, packAndWrite);
+    beside.get();
+    write(half, bandTiles_.size(),
+          [this](const BandTile& tile) { return writePacked(tile.id, tile.rect, tile.packed); });
+    return code;
 }
 
 int ImageWriter::writeTileChunk(int32_t id, const TileRect& rect, const TileSource& source) {
     const TileFormat format = formatOf(id);
     if (rawTileSize(format, rect) > INT32_MAX - 8) return iffBadSize;
-    const std::span<const uint8_t> data = encoder_.encode(format, rect, source);
+    return writePacked(id, rect, encoder_.encode(format, rect, source));
+}
+
+int ImageWriter::writePacked(int32_t id, const TileRect& rect, std::span<const uint8_t> data) {
     uint8_t corners[8];
     writeBig16(corners, rect.x1);
     writeBig16(corners + 2, rect.y1);

@@ -18,7 +18,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <future>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -71,6 +73,10 @@ class ImageWriter {
     // Whether the rows come last row first (the default is first row first); before the image data.
     // The file is the same either way but for the order of its tiles.
     [[nodiscard]] int setRowsFromLast(bool fromLast);
+
+    // Whether a second thread packs half of the tiles of each band (the default is one thread); at
+    // any time. The file is the same.
+    void setTwoThreads(bool two) { twoThreads_ = two; }
 
     // A chunk of the image form ("NAME", "AUTH", "ANNO", "ZPLC" ...). iffClientError inside the
     // image data.
@@ -129,6 +135,12 @@ class ImageWriter {
         const uint8_t* row(size_t y) const { return bytes.data() + y * rowBytes; }
         bool there() const { return !bytes.empty(); }
     };
+    struct BandTile {
+        int32_t id = 0;
+        TileRect rect;
+        TileSource source;            // without pixels: the plane has none
+        std::vector<uint8_t> packed;  // by the second thread
+    };
 
     bool is(State state) const { return (state_ & state) != 0; }
     bool inImageData() const;
@@ -139,8 +151,10 @@ class ImageWriter {
     [[nodiscard]] int allocateBands();
     [[nodiscard]] int flushBand();
     [[nodiscard]] int writeBandTiles();
-    [[nodiscard]] int writeBandTile(int32_t id, const Band& band, const TileRect& rect);
+    void addBandTile(int32_t id, const Band& band, const TileRect& rect);
+    std::future<void> packBeside(size_t first);
     [[nodiscard]] int writeTileChunk(int32_t id, const TileRect& rect, const TileSource& source);
+    [[nodiscard]] int writePacked(int32_t id, const TileRect& rect, std::span<const uint8_t> data);
     TileFormat formatOf(int32_t id) const;
     void reset();
     void resetImage();
@@ -155,8 +169,10 @@ class ImageWriter {
     uint32_t compression_ = compressRle;
     uint16_t wideChannels_ = 0;
     bool fromLastRow_ = false;
+    bool twoThreads_ = false;
     Band colour_, second_, z_;
-    TileEncoder encoder_;
+    std::vector<BandTile> bandTiles_;
+    TileEncoder encoder_, encoderBeside_;
 };
 
 }  // namespace vistel

@@ -63,6 +63,7 @@ int FrameWriter::writeRows(const FrameStore& frame, bool maskInverted) {
 int FrameWriter::writeImage(const FrameStore& frame, bool maskInverted) {
     const auto width = static_cast<uint32_t>(frame.width);
     const auto height = static_cast<uint32_t>(frame.height);
+    writer_.setTwoThreads(true);
     int code = writer_.setRowsFromLast(true);
     if (code == iffOk) code = writer_.writeText("ANNO", messageText(Message::rVTImgWritten));
     if (code == iffOk) code = writer_.writeHeader(width, height, flagsOf(frame));

@@ -70,7 +70,7 @@ int writeRow(ImageWriter& writer, const Case& c, uint32_t y) {
                                 second ? rows.second.data() : nullptr);
 }
 
-Bytes written(const Case& c) {
+Bytes written(const Case& c, bool twoThreads = false) {
     static const TemporaryFile file;
     ImageWriter writer;
     EXPECT_EQ(writer.openStream(platform::openFile(file.name(), "w"), c.pipe), iffOk);
@@ -79,6 +79,7 @@ Bytes written(const Case& c) {
     }
     EXPECT_EQ(writer.setWideChannels(c.wide), iffOk);
     EXPECT_EQ(writer.setRowsFromLast(c.fromLast), iffOk);
+    writer.setTwoThreads(twoThreads);
     EXPECT_EQ(writer.writeHeader(c.width, c.height, c.flags), iffOk);
     EXPECT_EQ(writer.beginImageData(), iffOk);
     for (uint32_t i = 0; i < c.height; ++i)
@@ -223,6 +224,20 @@ TEST(WrittenImages, AroundTheBordersOfTheTileSizeTableAreReadBackEqual) {
         expectReadBack({width, height, 0x7, (turn + 1) % 3, false, turn % 2 == 0, false});
         if (HasFatalFailure()) return;
     }
+}
+
+TEST(WrittenImages, AreTheSameByTwoThreads) {
+    const auto undated = [](const Bytes& bytes) {
+        std::string text(bytes.data.begin(), bytes.data.end());
+        constexpr size_t date = 8 + 24;
+        return text.erase(text.find("DATE"), date);
+    };
+    for (const uint32_t width : {960u, 1100u})  // 15 tiles in a row are too few for two
+        for (const uint32_t flags : {0x3u, 0x7u})
+            for (const bool fromLast : {false, true}) {
+                const Case c{width, 130, flags, compressRle, false, false, fromLast};
+                EXPECT_TRUE(undated(written(c)) == undated(written(c, true))) << width << flags;
+            }
 }
 
 TEST(WrittenImages, WithRowsMissingKeepThoseThatWereGiven) {
