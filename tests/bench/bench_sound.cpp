@@ -1,6 +1,7 @@
 // How fast sound files are read, against copies of the samples as they are handed out.
 //
 //     sound/copy16, sound/copy24   from one block into a buffer, of 2 and of 4 bytes a sample
+//     sound/read16                 a file of as many bytes, by the system's own reads alone
 //     sound/wave16                 a WAVE file of 16 bits, whose bytes need no change
 //     sound/aiff16                 an AIFF file of 16 bits: bytes exchanged
 //     sound/aiff24                 an AIFF file of 24 bits: widened
@@ -9,6 +10,7 @@
 // fifth of a second as they are read while playing; the files lie in the system's cache.
 
 #include <benchmark/benchmark.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -75,7 +77,7 @@ std::string waveHeader() {
 }
 
 // A file that goes with the program.
-AFfilehandle* fileOf(const std::string& header, size_t sampleBytes) {
+FILE* streamOf(const std::string& header, size_t sampleBytes) {
     FILE* file = std::tmpfile();
     if (!file) std::abort();
     std::vector<uint8_t> data(samples * sampleBytes);
@@ -84,6 +86,11 @@ AFfilehandle* fileOf(const std::string& header, size_t sampleBytes) {
         std::fwrite(data.data(), 1, data.size(), file) != data.size() || std::fflush(file) != 0)
         std::abort();
     std::rewind(file);
+    return file;
+}
+
+AFfilehandle* fileOf(const std::string& header, size_t sampleBytes) {
+    FILE* file = streamOf(header, sampleBytes);
     AFfilehandle* handle = AFopenfd(platform::streamDescriptor(file), "r", nullptr);
     if (!handle) std::abort();
     return handle;
@@ -101,6 +108,13 @@ void copyAll(size_t sampleBytes) {
         std::memcpy(buffer(), block.data() + place, std::min(bytes, samples * sampleBytes - place));
         benchmark::ClobberMemory();
     }
+}
+
+void readBytes(int file) {
+    const size_t bytes = samplesOfARead * 2;
+    if (lseek(file, 0, SEEK_SET) != 0) std::abort();
+    for (size_t place = 0; place < samples * 2; place += bytes)
+        if (read(file, buffer(), std::min(bytes, samples * 2 - place)) <= 0) std::abort();
 }
 
 void readAll(AFfilehandle* file) {
@@ -128,6 +142,7 @@ int main(int argc, char** argv) {
     const auto addFile = [](const char* name, const std::string& header, size_t sampleBytes) {
         add(name, [file = fileOf(header, sampleBytes)] { readAll(file); });
     };
+    add("sound/read16", [file = vistel::platform::streamDescriptor(streamOf("", 2))] { readBytes(file); });
     addFile("sound/wave16", waveHeader(), 2);
     addFile("sound/aiff16", aiffHeader(16), 2);
     addFile("sound/aiff24", aiffHeader(24), 3);
