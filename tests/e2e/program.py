@@ -540,7 +540,11 @@ class Player:
         wait_until(there, what=lambda: f"the first frame {self.program.report()}")
 
     def step(self, stroke, expected):
+        """A step that leads where it began is not seen; one that came before its end would be lost."""
+        before = self.frame()
         self.program.key(stroke)
+        if before == expected:
+            self.program.wait_for_rest()
         self.wait_for(expected)
 
     def record_in_order(self, count, in_order, timeout=PATIENCE):
