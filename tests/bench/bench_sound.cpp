@@ -142,7 +142,8 @@ int main(int argc, char** argv) {
     const auto addFile = [](const char* name, const std::string& header, size_t sampleBytes) {
         add(name, [file = fileOf(header, sampleBytes)] { readAll(file); });
     };
-    add("sound/read16", [file = vistel::platform::streamDescriptor(streamOf("", 2))] { readBytes(file); });
+    add("sound/read16",
+        [file = vistel::platform::streamDescriptor(streamOf("", 2))] { readBytes(file); });
     addFile("sound/wave16", waveHeader(), 2);
     addFile("sound/aiff16", aiffHeader(16), 2);
     addFile("sound/aiff24", aiffHeader(24), 3);
